@@ -1,0 +1,28 @@
+find_program(PAYLODGE_WIDL ${PAYLODGE_TRIPLET}-widl REQUIRED)
+set(PAYLODGE_WINE_IDL_FOLDER /usr/include/wine/wine/windows CACHE PATH "oaidl.idl and ocidl.idl")
+find_path(PAYLODGE_STDOLE stdole2.tlb REQUIRED NO_CMAKE_FIND_ROOT_PATH
+    PATHS /usr/lib/x86_64-linux-gnu/wine /usr/lib/i386-linux-gnu/wine /usr/lib/wine
+    PATH_SUFFIXES x86_64-windows i386-windows)
+
+# add_type_library(TARGET IDL TLB): an interface library TARGET that gives NAME.h, with the identifiers compiled in, and
+# the type library TLB. NAME is the name of the IDL file.
+function(add_type_library target idl tlb)
+    get_filename_component(name ${idl} NAME_WE)
+    set(folder ${CMAKE_CURRENT_BINARY_DIR}/${target})
+    set(header ${folder}/${name}.h)
+    set(identifiers ${folder}/${name}_i.c)
+    set(widl ${PAYLODGE_WIDL} ${PAYLODGE_WIDL_ARCHITECTURE} -I${PAYLODGE_WINE_IDL_FOLDER} -L${PAYLODGE_STDOLE})
+    file(MAKE_DIRECTORY ${folder})
+    add_custom_command(
+        OUTPUT ${header} ${identifiers} ${tlb}
+        COMMAND ${widl} -h -o ${header} ${CMAKE_CURRENT_SOURCE_DIR}/${idl}
+        COMMAND ${widl} -u -o ${identifiers} ${CMAKE_CURRENT_SOURCE_DIR}/${idl}
+        COMMAND ${widl} -t -o ${tlb} ${CMAKE_CURRENT_SOURCE_DIR}/${idl}
+        DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${idl}
+        COMMENT "Interfaces and type library from ${idl}"
+        VERBATIM)
+    add_library(${target} STATIC ${identifiers} ${header})
+    target_include_directories(${target} SYSTEM PUBLIC ${folder})
+    add_custom_target(${target}_generated DEPENDS ${header} ${identifiers} ${tlb})
+    add_dependencies(${target} ${target}_generated)
+endfunction()
