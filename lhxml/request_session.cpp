@@ -1,0 +1,103 @@
+#include "lhxml/request_session.hpp"
+
+#include <array>
+
+#include "frame/com/ansi_text.hpp"
+
+namespace paylodge {
+namespace {
+
+constexpr std::wstring_view kApplicationId;
+constexpr std::wstring_view kApplicationName = L"Ledgerhall Paylodge";
+constexpr LONG kFileMode = 2;
+
+// The description from the error's information object; empty without one.
+[[nodiscard]] std::string DescriptionOf(const _com_error& error) {
+    const auto information = ComPtr<IErrorInfo>::Attach(error.ErrorInfo());
+    OwnedBstr description;
+    if (information) {
+        static_cast<void>(information->GetDescription(description.Receive()));
+    }
+    return AnsiFromBstr(description.Get());
+}
+
+}  // namespace
+
+HRESULT CreateRequestProcessor(REFCLSID class_id, ComPtr<IRequestProcessor>& processor) {
+    std::array<wchar_t, 200> buffer{};
+    ::StringFromGUID2(class_id, buffer.data(), static_cast<int>(buffer.size()));
+    const OwnedBstr class_id_text = MakeBstr(buffer.data());
+
+    ComPtr<IHostObjectBroker> broker;
+    HRESULT result = ::CoCreateInstance(kHostObjectBrokerClass, nullptr, CLSCTX_INPROC_SERVER,
+                                        __uuidof(IHostObjectBroker), broker.ReceiveVoid());
+    if (FAILED(result)) {
+        return result;
+    }
+    // The broker keeps this reference for good: the host counts on it while processors are alive.
+    IHostObjectBroker* const kept_broker = broker.Detach();
+    ComPtr<IUnknown> object;
+    result = kept_broker->CreateObjectFromClassId(class_id_text.Get(), object.Receive());
+    return FAILED(result) ? result : object.As(processor);
+}
+
+struct lhXMLRPWrapper::Strings {
+    OwnedBstr application_id = MakeBstr(kApplicationId);
+    OwnedBstr application_name = MakeBstr(kApplicationName);
+    OwnedBstr request;
+    OwnedBstr company_file_name;
+};
+
+lhXMLRPWrapper::lhXMLRPWrapper(std::string_view company_file_name, std::string_view request)
+    : request_(request), company_file_name_(company_file_name) {}
+
+HRESULT lhXMLRPWrapper::SendRequest(BSTR* response) {
+    const Strings strings{.request = BstrFromAnsi(request_), .company_file_name = BstrFromAnsi(company_file_name_)};
+    OwnedBstr ticket;
+    try {
+        ComPtr<IRequestProcessor> processor;
+        // Only the pointer tells whether there is a processor.
+        static_cast<void>(CreateRequestProcessor(kRequestProcessorClass, processor));
+        if (!processor) {
+            _com_issue_error(E_POINTER);
+        }
+        return RunSession(*processor.Get(), strings, ticket.Receive(), response);
+    } catch (const _com_error& error) {
+        RecordFailure(error);
+        return E_FAIL;
+    }
+}
+
+// The codes of opening and closing are not looked at: what failed there shows in the code of the request.
+HRESULT lhXMLRPWrapper::RunSession(IRequestProcessor& processor, const Strings& strings, BSTR* ticket, BSTR* response) {
+    bool is_connection_open = false;
+    bool is_session_open = false;
+    try {
+        processor.OpenConnection(strings.application_id.Get(), strings.application_name.Get());
+        is_connection_open = true;
+        processor.BeginSession(strings.company_file_name.Get(), kFileMode, ticket);
+        is_session_open = true;
+        const HRESULT result = processor.ProcessRequest(*ticket, strings.request.Get(), response);
+        processor.EndSession(*ticket);
+        is_session_open = false;
+        processor.CloseConnection();
+        is_connection_open = false;
+        return result;
+    } catch (const _com_error& error) {
+        RecordFailure(error);
+        if (is_session_open) {
+            processor.EndSession(*ticket);
+        }
+        if (is_connection_open) {
+            processor.CloseConnection();
+        }
+        return E_FAIL;
+    }
+}
+
+void lhXMLRPWrapper::RecordFailure(const _com_error& error) {
+    has_failed_ = true;
+    status_message_ = DescriptionOf(error);
+}
+
+}  // namespace paylodge

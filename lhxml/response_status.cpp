@@ -1,0 +1,75 @@
+#include "lhxml/response_status.hpp"
+
+#include <array>
+
+#include "lhxml/dom.hpp"
+
+namespace paylodge {
+namespace {
+
+using namespace std::string_view_literals;
+
+constexpr auto kStatusCode = "statusCode"sv;
+constexpr auto kStatusMessage = "statusMessage"sv;
+constexpr auto kSuccess = "0"sv;
+constexpr std::array kStatusAttributes = {"requestID"sv, kStatusCode, "statusSeverity"sv, kStatusMessage};
+
+[[nodiscard]] HRESULT GetAttributes(IXMLDOMNode* node, ComPtr<IXMLDOMNamedNodeMap>& attributes) {
+    return node == nullptr ? E_POINTER : node->get_attributes(attributes.Receive());
+}
+
+}  // namespace
+
+HRESULT GetResponseStatus(IXMLDOMNode* response_element, std::string& status_code, std::string& status_message) {
+    ComPtr<IXMLDOMNamedNodeMap> attributes;
+    HRESULT result = GetAttributes(response_element, attributes);
+    if (SUCCEEDED(result)) {
+        result = GetAttributeValue(attributes.Get(), kStatusCode, status_code);
+    }
+    if (SUCCEEDED(result)) {
+        result = GetAttributeValue(attributes.Get(), kStatusMessage, status_message);
+    }
+    return result;
+}
+
+bool IsStatusOK(IXMLDOMNode* response_element) {
+    ComPtr<IXMLDOMNamedNodeMap> attributes;
+    std::string status_code;
+    return SUCCEEDED(GetAttributes(response_element, attributes)) &&
+           SUCCEEDED(GetAttributeValue(attributes.Get(), kStatusCode, status_code)) && status_code == kSuccess;
+}
+
+HRESULT CopyStatusAttributes(XMLBuilder& builder, IXMLDOMNode* response_element, std::string_view name) {
+    ComPtr<IXMLDOMNamedNodeMap> attributes;
+    HRESULT result = GetAttributes(response_element, attributes);
+    std::array<std::string, kStatusAttributes.size()> values;
+    if (SUCCEEDED(result)) {
+        for (size_t index = 0; index < values.size(); ++index) {
+            result = GetAttributeValue(attributes.Get(), kStatusAttributes[index], values[index]);
+        }
+    }
+    const std::array<std::string_view, kStatusAttributes.size()> views = {values[0], values[1], values[2], values[3]};
+    builder.OpenElement(name, kStatusAttributes, views);
+    return result;
+}
+
+HRESULT CheckAddResponse(std::string_view response, std::wstring_view element_name,
+                         std::optional<std::string_view> extra_code) {
+    std::string load_error;
+    const auto document = LoadXmlDocument(response, load_error);
+    if (!document) {
+        return E_FAIL;
+    }
+    ComPtr<IXMLDOMNode> element;
+    const HRESULT result = FindFirstElement(document.Get(), element_name, element);
+    if (FAILED(result) || !element) {
+        return result;
+    }
+    std::string status_code;
+    std::string status_message;
+    GetResponseStatus(element.Get(), status_code, status_message);
+    const bool is_accepted = status_code == kSuccess || (extra_code && status_code == *extra_code);
+    return is_accepted ? S_OK : E_FAIL;
+}
+
+}  // namespace paylodge

@@ -1,0 +1,33 @@
+// The status that a response element carries. Status values are compared as exact texts, never as numbers.
+#pragma once
+
+#include <windows.h>
+
+#include <msxml2.h>
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "lhxml/xml_builder.hpp"
+
+namespace paylodge {
+
+// Reads statusCode, then statusMessage; an absent one leaves its text unchanged. Gives the first failure code met (the
+// attributes, the code), else that of reading the message.
+HRESULT GetResponseStatus(IXMLDOMNode* response_element, std::string& status_code, std::string& status_message);
+
+// Whether statusCode is exactly "0".
+[[nodiscard]] bool IsStatusOK(IXMLDOMNode* response_element);
+
+// Opens an element of the given name that carries the response element's four status attributes, empty where absent. The
+// caller closes it. Gives the code of reading the attributes or of the last one.
+HRESULT CopyStatusAttributes(XMLBuilder& builder, IXMLDOMNode* response_element, std::string_view name);
+
+// Judges the response to an add or modify request by its first element of this name: S_OK for status "0" and for the
+// extra code, where one is accepted; also without such an element. E_FAIL for any other status and for a response that
+// does not load.
+[[nodiscard]] HRESULT CheckAddResponse(std::string_view response, std::wstring_view element_name,
+                                       std::optional<std::string_view> extra_code = std::nullopt);
+
+}  // namespace paylodge
