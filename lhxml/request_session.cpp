@@ -34,7 +34,7 @@ HRESULT CreateRequestProcessor(REFCLSID class_id, ComPtr<IRequestProcessor>& pro
     if (FAILED(result)) {
         return result;
     }
-    // The broker keeps this reference for good: the host counts on it while processors are alive.
+    // Deliberately never released: each request leaves one reference on the broker.
     IHostObjectBroker* const kept_broker = broker.Detach();
     ComPtr<IUnknown> object;
     result = kept_broker->CreateObjectFromClassId(class_id_text.Get(), object.Receive());
