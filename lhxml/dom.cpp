@@ -128,11 +128,22 @@ ComPtr<IXMLDOMNode> FirstChild(IXMLDOMNode* node) { return Step(node, &IXMLDOMNo
 
 ComPtr<IXMLDOMNode> NextSibling(IXMLDOMNode* node) { return Step(node, &IXMLDOMNode::get_nextSibling); }
 
-bool IsElement(IXMLDOMNode* node, std::wstring_view name) {
+ComPtr<IXMLDOMNode> FindResponseElement(std::string_view response, std::wstring_view name) {
+    std::string load_error;
+    const auto document = LoadXmlDocument(response, load_error);
+    ComPtr<IXMLDOMNode> element;
+    static_cast<void>(FindFirstElement(document.Get(), name, element));
+    return element;
+}
+
+bool IsElement(IXMLDOMNode* node) {
     DOMNodeType type = NODE_INVALID;
+    return SUCCEEDED(node->get_nodeType(&type)) && type == NODE_ELEMENT;
+}
+
+bool IsElement(IXMLDOMNode* node, std::wstring_view name) {
     OwnedBstr node_name;
-    return SUCCEEDED(node->get_nodeName(node_name.Receive())) && View(node_name) == name &&
-           SUCCEEDED(node->get_nodeType(&type)) && type == NODE_ELEMENT;
+    return SUCCEEDED(node->get_nodeName(node_name.Receive())) && View(node_name) == name && IsElement(node);
 }
 
 ComPtr<IXMLDOMNode> FindChild(IXMLDOMNode* node, std::wstring_view name) {

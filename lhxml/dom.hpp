@@ -6,9 +6,12 @@
 
 #include <msxml2.h>
 
+#include <algorithm>
+#include <array>
 #include <string>
 #include <string_view>
 
+#include "frame/com/bstr.hpp"
 #include "frame/com/com_ptr.hpp"
 
 namespace paylodge {
@@ -31,10 +34,34 @@ HRESULT GetNodeName(IXMLDOMNode* node, std::string& name);
 [[nodiscard]] ComPtr<IXMLDOMNode> FirstChild(IXMLDOMNode* node);
 [[nodiscard]] ComPtr<IXMLDOMNode> NextSibling(IXMLDOMNode* node);
 
-// Whether the node is an element of this name.
+// The first element of this name in a response; empty when the response does not load or holds none.
+[[nodiscard]] ComPtr<IXMLDOMNode> FindResponseElement(std::string_view response, std::wstring_view name);
+
+// Whether the node is an element, and one of this name.
+[[nodiscard]] bool IsElement(IXMLDOMNode* node);
 [[nodiscard]] bool IsElement(IXMLDOMNode* node, std::wstring_view name);
 
 // The node's first child element of this name, or empty.
 [[nodiscard]] ComPtr<IXMLDOMNode> FindChild(IXMLDOMNode* node, std::wstring_view name);
+
+// The texts of the node's first child elements with these names, each empty where there is none, in one walk over the
+// children.
+template <size_t count>
+[[nodiscard]] std::array<std::string, count> ReadChildTexts(IXMLDOMNode* node,
+                                                            const std::array<std::wstring_view, count>& names) {
+    std::array<std::string, count> texts;
+    std::array<bool, count> is_found{};
+    for (auto child = FirstChild(node); child && std::ranges::count(is_found, false) > 0;
+         child = NextSibling(child.Get())) {
+        OwnedBstr name;
+        static_cast<void>(child->get_nodeName(name.Receive()));
+        const auto index = static_cast<size_t>(std::ranges::find(names, View(name)) - names.begin());
+        if (index < count && !is_found[index] && IsElement(child.Get())) {
+            is_found[index] = true;
+            GetNodeText(child.Get(), texts[index]);
+        }
+    }
+    return texts;
+}
 
 }  // namespace paylodge

@@ -21,4 +21,16 @@ void FormatAmount(double number, std::string& text, int decimals) {
     text = buffer.data();
 }
 
+std::optional<std::string> AmountWithTwoDecimals(const std::string& text) {
+    constexpr size_t kTooLong = 30;
+    if (text.size() >= kTooLong) {
+        return std::nullopt;
+    }
+    double number = 0;
+    static_cast<void>(ParseDouble(text, number));
+    std::string amount;
+    FormatAmount(number, amount, 2);
+    return amount;
+}
+
 }  // namespace paylodge

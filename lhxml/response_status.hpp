@@ -24,6 +24,10 @@ HRESULT GetResponseStatus(IXMLDOMNode* response_element, std::string& status_cod
 // caller closes it. Gives the code of reading the attributes or of the last one.
 HRESULT CopyStatusAttributes(XMLBuilder& builder, IXMLDOMNode* response_element, std::string_view name);
 
+// The status of an add request whose name exists already: of an account or customer, and of a payment item.
+inline constexpr std::string_view kNameExists = "3100";
+inline constexpr std::string_view kPaymentItemExists = "3180";
+
 // Judges the response to an add or modify request by its first element of this name: S_OK for status "0" and for the
 // extra code, where one is accepted; also without such an element. E_FAIL for any other status and for a response that
 // does not load.

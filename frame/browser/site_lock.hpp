@@ -10,6 +10,9 @@
 
 #include "frame/browser/site_table.hpp"
 
+// The platform's header leaves its id out.
+__CRT_UUID_DECL(IObjectSafety, 0xCB5BDC81, 0x93C1, 0x11CF, 0x8F, 0x20, 0x00, 0x80, 0x5F, 0x2C, 0xD0, 0x64)
+
 // IObjectSafety, extended by two queries about the lock.
 struct IObjectSafetySiteLock : public IObjectSafety {
     // *value: in 0 asks for the lock's version and options, in 1 for further options. E_POINTER, E_NOTIMPL.
@@ -93,7 +96,7 @@ class IObjectSafetySiteLockImpl : public IObjectSafetySiteLock {
   private:
     [[nodiscard]] HRESULT FindInterface(REFIID id) {
         IUnknown* found = nullptr;
-        const HRESULT result = static_cast<Class*>(this)->QueryInterface(id, reinterpret_cast<void**>(&found));
+        const HRESULT result = this->QueryInterface(id, reinterpret_cast<void**>(&found));
         if (found != nullptr) {
             found->Release();
         }

@@ -1,0 +1,57 @@
+// Requests whose body the page writes itself. The response is handed back as it is, whatever its status says.
+
+#include "bridge/channel_registry.hpp"
+#include "lhxml/envelope.hpp"
+#include "operations/paylodge.hpp"
+
+namespace paylodge {
+namespace {
+
+// Sends the page's body; `response` stays null when none came.
+[[nodiscard]] HRESULT SendBody(BSTR body, OwnedBstr& response) {
+    return CPaylodge::SendLHRequest(PassThroughEnvelope(AnsiFromBstr(body)), response.Receive());
+}
+
+// The page gets what the ANSI code page can hold, as from every other operation.
+[[nodiscard]] BSTR ResultFrom(const OwnedBstr& response) {
+    return BstrFromAnsi(AnsiFromBstr(response.Get())).Detach();
+}
+
+}  // namespace
+
+// The processor's failure code, or S_OK with the response; then the control on this object's channel is told.
+STDMETHODIMP CPaylodge::ProcessLHRequest(BSTR requestBody, BSTR* pResponse) {
+    if (!IsSiteAllowed()) {
+        return E_FAIL;
+    }
+    if (pResponse == nullptr) {
+        return E_POINTER;
+    }
+    OwnedBstr response;
+    if (const HRESULT result = SendBody(requestBody, response); FAILED(result) || !response) {
+        return result;
+    }
+    *pResponse = ResultFrom(response);
+    if (IPaylodgeCtrl10* const control = FindChannelControl(View(channel_name_))) {
+        control->ProcessLHRequestData(requestBody, pResponse);
+    }
+    return S_OK;
+}
+
+// S_OK with the response, or E_FAIL when there is none.
+STDMETHODIMP CPaylodge::SavePaymentTxn(BSTR requestBody, BSTR* pResponse) {
+    if (!IsSiteAllowed()) {
+        return S_OK;
+    }
+    if (pResponse == nullptr) {
+        return E_POINTER;
+    }
+    OwnedBstr response;
+    if (FAILED(SendBody(requestBody, response)) || !response) {
+        return E_FAIL;
+    }
+    *pResponse = ResultFrom(response);
+    return S_OK;
+}
+
+}  // namespace paylodge
