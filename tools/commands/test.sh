@@ -1,0 +1,62 @@
+#!/usr/bin/env bash
+# builds what is to be tested and runs the tests
+
+usage() {
+    cat <<'END'
+Usage: ./dev test [--filter TEXT] [--time-limit SECONDS] [KIND]...
+
+Builds and runs the tests of the given kinds; without a KIND all of them:
+
+  x64     programs for 64-bit Windows, under Wine
+  x86     programs for 32-bit Windows, under Wine
+  native  programs for this machine, under sanitizers
+  script  page scripts, on both Windows architectures
+  tools   the tests of the tools themselves
+  format  the format of the C++ sources
+
+  --filter TEXT         only tests with TEXT in their full name, as a failure prints it
+  --time-limit SECONDS  how long a program may run before it counts as hanging (default 120)
+
+The last line says "N passed, N failed" (", N skipped"); the exit status is 0 only when nothing failed.
+docs/testing.md says how tests are laid out and how to add one.
+END
+}
+
+# The flavours that have to be built for the given kinds of test.
+flavours_for() {
+    local kind
+    for kind in "$@"; do
+        case $kind in
+            x64 | x86 | native) printf '%s\n' "$kind" ;;
+            script) printf 'x64\nx86\n' ;;
+        esac
+    done | sort -u
+}
+
+run() {
+    local options=() kinds=() preset
+    while [ $# -gt 0 ]; do
+        case $1 in
+            --filter | --time-limit)
+                [ $# -ge 2 ] || usage_error "$1 needs a value"
+                options+=("$1" "$2")
+                shift
+                ;;
+            x64 | x86 | native | script | tools | format) kinds+=("$1") ;;
+            *) usage_error "'test' does not know '$1'; './dev test --help' says what it knows" ;;
+        esac
+        shift
+    done
+    [ ${#kinds[@]} -gt 0 ] || kinds=(x64 x86 native script tools format)
+
+    install_packages
+    lock_checkout
+    for preset in $(flavours_for "${kinds[@]}"); do
+        build_preset "$preset"
+    done
+    . tools/wine.sh
+    prepare_wine
+    export UBSAN_OPTIONS=print_stacktrace=1 PYTHONDONTWRITEBYTECODE=1
+    say "testing"
+    python3 tools/run_tests.py "${options[@]}" "${kinds[@]}"
+}

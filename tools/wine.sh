@@ -1,0 +1,48 @@
+#!/usr/bin/env bash
+# Wine for tests and demo: a prefix of this checkout's own, quiet and without a display. Sourced at the top of the
+# checkout.
+
+export WINEPREFIX=$PWD/build/wine WINEDEBUG=-all WINEDLLOVERRIDES=mscoree,mshtml= LC_ALL=C.UTF-8
+unset DISPLAY WAYLAND_DISPLAY WINEARCH WINEPATH WINESERVER WINELOADER
+
+# Names what the prefix was made by and for; a prefix of another kind is made anew.
+wine_stamp() {
+    wine --version
+    ls /usr/lib/wine
+    cat tools/wine.sh
+}
+
+stop_wine() {
+    wineserver -k 2>/dev/null || true
+    wineserver -w 2>/dev/null || true
+}
+
+# Windows are drawn where there is a display and nowhere else; a crash ends in a backtrace instead of a dialog.
+set_up_prefix() {
+    rm -rf "$WINEPREFIX"
+    timeout 300 wineboot -i &&
+        wine reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d x11,null /f &&
+        wine reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f &&
+        wineserver -k
+    wineserver -w
+}
+
+prepare_wine() {
+    local stamp
+    stamp=$(wine_stamp | sha256sum)
+    [ "$(cat "$WINEPREFIX/.stamp" 2>/dev/null)" = "$stamp" ] && return
+    say "making the Wine prefix build/wine (about 10 seconds, once)"
+    stop_wine
+    if ! set_up_prefix </dev/null >build/wine.log 2>&1 9>&-; then
+        cat build/wine.log >&2
+        fail "Wine could not set up its prefix: the lines above say why"
+    fi
+    printf '%s\n' "$stamp" >"$WINEPREFIX/.stamp"
+}
+
+# windows_path FILE: the name under which Windows programs see a file of this machine.
+windows_path() {
+    local path
+    path=$(realpath -m "$1")
+    printf 'Z:%s' "${path//\//\\}"
+}
