@@ -1,0 +1,62 @@
+// A stand-in for the host's object broker and request processor: it records every call with its arguments and does what
+// the test told it to.
+#pragma once
+
+#include <windows.h>
+
+#include <deque>
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "frame/com/com_ptr.hpp"
+#include "lhxml/host_interfaces.hpp"
+
+namespace paylodge::test {
+
+// What one ProcessRequest answers.
+struct Answer {
+    HRESULT result = S_OK;
+    std::wstring response;
+    bool is_null = false;  // no response string at all
+};
+
+// Stands in for the host while it lives: CoCreateInstance of the broker class gives this one.
+class HostStandIn {
+  public:
+    HostStandIn();
+    ~HostStandIn();
+    HostStandIn(const HostStandIn&) = delete;
+    HostStandIn& operator=(const HostStandIn&) = delete;
+
+    // The calls so far, one text each, such as `BeginSession("", 2)`. Strings are shown between double quotes, null as
+    // null.
+    std::vector<std::string> calls;
+    // The request documents as the processor received them.
+    std::vector<std::wstring> requests;
+
+    // Answers of the next requests, in order; without one, S_OK with an empty document element.
+    std::deque<Answer> answers;
+    // Codes that methods answer with instead of S_OK, by name: "CreateObjectFromClassId", "OpenConnection", "BeginSession",
+    // "ProcessRequest" (in place of the answer), "EndSession", "CloseConnection". BeginSession hands out no ticket then.
+    std::map<std::string, HRESULT> failures;
+    // Run at the start of a method, by name; may throw.
+    std::map<std::string, std::function<void()>> on_call;
+
+    // Objects that are alive, and references that the broker was left with.
+    int live_processors = 0;
+    ULONG broker_references = 0;
+
+    // The one request that was sent, as narrow text; the test fails when there was not exactly one.
+    [[nodiscard]] std::string OnlyRequest() const;
+
+  private:
+    ComPtr<IClassFactory> class_object_;
+    DWORD registration_ = 0;
+};
+
+// The text with the digits of every requestID replaced by "N", so that documents can be compared byte for byte.
+[[nodiscard]] std::string WithoutRequestIDs(std::string text);
+
+}  // namespace paylodge::test
