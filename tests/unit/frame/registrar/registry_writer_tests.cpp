@@ -1,0 +1,184 @@
+#include "frame/registrar/registry_writer.hpp"
+
+#include "tests/unit/frame/registrar/scratch_registry.hpp"
+
+namespace paylodge {
+namespace {
+
+class RegistryWriter : public ScratchRegistry {
+  protected:
+    // The entries of a script, which its root key does not matter for.
+    [[nodiscard]] static std::vector<RegistryEntry> Entries(std::u16string_view entries) {
+        std::u16string script = u"HKCU { ";
+        script += entries;
+        script += u" }";
+        return ParseRegistryScript(script, {}).at(0).entries;
+    }
+    [[nodiscard]] HRESULT Write(std::u16string_view entries) const { return WriteEntries(Root(), Entries(entries)); }
+    [[nodiscard]] HRESULT Remove(std::u16string_view entries) const { return RemoveEntries(Root(), Entries(entries)); }
+};
+
+using Bytes = std::vector<BYTE>;
+
+TEST_F(RegistryWriter, CreatesKeysWithTheirDefaultValues) {
+    ASSERT_EQ(Write(u"a = s 'one' { b = s '' c }"), S_OK);
+    EXPECT_EQ(Text(L"a"), L"one");
+    EXPECT_EQ(Text(L"a\\b"), L"");
+    EXPECT_TRUE(HasKey(L"a\\c"));
+    EXPECT_FALSE(Value(L"a\\c", nullptr).has_value());
+    EXPECT_EQ(CountSubkeys(L"a"), 2u);
+}
+
+TEST_F(RegistryWriter, WritesNamedValues) {
+    ASSERT_EQ(Write(u"a { Val 'Threading Model' = s 'Apartment' }"), S_OK);
+    EXPECT_EQ(Text(L"a", L"Threading Model"), L"Apartment");
+    EXPECT_FALSE(HasKey(L"a\\Threading Model"));
+    EXPECT_FALSE(Value(L"a", nullptr).has_value());
+}
+
+TEST_F(RegistryWriter, StoresEachTypeOfData) {
+    ASSERT_EQ(Write(u"a = d 131473 { Val m = m 'b\\0c' Val e = m '' Val b = b '00FF' Val n = b '' }"), S_OK);
+    const auto number = Value(L"a", nullptr).value();
+    EXPECT_EQ(number.type, DWORD{REG_DWORD});
+    EXPECT_EQ(number.bytes, (Bytes{0x91, 0x01, 0x02, 0x00}));
+    const auto texts = Value(L"a", L"m").value();
+    EXPECT_EQ(texts.type, DWORD{REG_MULTI_SZ});
+    EXPECT_EQ(texts.bytes, (Bytes{'b', 0, 0, 0, 'c', 0, 0, 0, 0, 0}));
+    EXPECT_EQ(Value(L"a", L"e").value().bytes, (Bytes{0, 0}));
+    const auto bytes = Value(L"a", L"b").value();
+    EXPECT_EQ(bytes.type, DWORD{REG_BINARY});
+    EXPECT_EQ(bytes.bytes, (Bytes{0x00, 0xFF}));
+    EXPECT_TRUE(Value(L"a", L"n").value().bytes.empty());
+}
+
+TEST_F(RegistryWriter, KeepsWhatStandsInAKeyThatExists) {
+    SetText(L"a", L"other", L"stays");
+    SetText(L"a", nullptr, L"old");
+    CreateKey(L"a\\foreign");
+    ASSERT_EQ(Write(u"a = s 'new' { b }"), S_OK);
+    EXPECT_EQ(Text(L"a"), L"new");
+    EXPECT_EQ(Text(L"a", L"other"), L"stays");
+    EXPECT_TRUE(HasKey(L"a\\foreign"));
+}
+
+TEST_F(RegistryWriter, EmptiesAForceRemoveKeyFirst) {
+    SetText(L"a", L"other", L"goes");
+    CreateKey(L"a\\foreign\\deeper");
+    ASSERT_EQ(Write(u"ForceRemove a = s 'new' { b }"), S_OK);
+    EXPECT_EQ(Text(L"a"), L"new");
+    EXPECT_EQ(CountValues(L"a"), 1u);
+    EXPECT_EQ(CountSubkeys(L"a"), 1u);
+}
+
+TEST_F(RegistryWriter, DeletesTheKeysThatAScriptDeletes) {
+    CreateKey(L"a\\old\\deeper");
+    CreateKey(L"a\\kept");
+    ASSERT_EQ(Write(u"a { Delete old Delete missing }"), S_OK);
+    EXPECT_FALSE(HasKey(L"a\\old"));
+    EXPECT_TRUE(HasKey(L"a\\kept"));
+}
+
+TEST_F(RegistryWriter, NeverDeletesWhatComponentsShare) {
+    CreateKey(L"clsid\\foreign");
+    CreateKey(L"Software\\Classes\\foreign");
+    CreateKey(L"TypeLib\\foreign");
+    ASSERT_EQ(Write(u"ForceRemove CLSID { a } Delete Software Delete TypeLib"), S_OK);
+    ASSERT_EQ(Remove(u"ForceRemove CLSID { a } Software { Classes } ForceRemove TypeLib"), S_OK);
+    EXPECT_TRUE(HasKey(L"CLSID\\foreign"));
+    EXPECT_FALSE(HasKey(L"CLSID\\a"));
+    EXPECT_TRUE(HasKey(L"Software\\Classes\\foreign"));
+    EXPECT_TRUE(HasKey(L"TypeLib\\foreign"));
+}
+
+TEST_F(RegistryWriter, RemovesAProgramIdsClassId) {
+    constexpr auto script = u"Program = s 'x' { CLSID = s '{y}' }";
+    ASSERT_EQ(Write(script), S_OK);
+    ASSERT_EQ(Remove(script), S_OK);
+    EXPECT_FALSE(HasKey(L"Program"));
+}
+
+TEST_F(RegistryWriter, StoresTextsOfAllScripts) {
+    ASSERT_EQ(Write(u"'\u65e5\u672c ''\u00e4''' = s 'C:\\\u03a9 \U0001F600\\''x''.dll'"), S_OK);
+    EXPECT_EQ(Text(L"\u65e5\u672c '\u00e4'"), L"C:\\\u03a9 \U0001F600\\'x'.dll");
+}
+
+TEST_F(RegistryWriter, EndsAtTheFirstFailure) {
+    std::u16string script = u"a { ";
+    script.append(300, u'n');
+    script += u" } b";
+    RegistryKey key;
+    const LSTATUS too_long = ::RegCreateKeyExW(Root(), std::wstring(300, L'n').c_str(), 0, nullptr, 0, KEY_READ,
+                                               nullptr, key.Receive(), nullptr);
+    ASSERT_NE(too_long, ERROR_SUCCESS);
+    EXPECT_EQ(Write(script), HRESULT_FROM_WIN32(too_long));
+    EXPECT_TRUE(HasKey(L"a"));
+    EXPECT_FALSE(HasKey(L"b"));
+}
+
+TEST_F(RegistryWriter, ReturnsTheFailureToWriteAValue) {
+    CreateKey(L"a");
+    RegistryKey read_only;
+    ASSERT_EQ(::RegOpenKeyExW(Root(), L"a", 0, KEY_READ, read_only.Receive()), ERROR_SUCCESS);
+    EXPECT_EQ(WriteEntries(read_only.Get(), Entries(u"Val v = s 'x'")), E_ACCESSDENIED);
+    EXPECT_EQ(CountValues(L"a"), 0u);
+}
+
+TEST_F(RegistryWriter, RemovesWhatItWrote) {
+    constexpr auto script = u"a = s 'x' { b { Val c = d 1 } ForceRemove d } Val v = s 'y'";
+    ASSERT_EQ(Write(script), S_OK);
+    ASSERT_EQ(Remove(script), S_OK);
+    EXPECT_EQ(CountSubkeys(nullptr), 0u);
+    EXPECT_EQ(CountValues(nullptr), 0u);
+}
+
+TEST_F(RegistryWriter, RemovesAgainWithoutFailure) {
+    EXPECT_EQ(Remove(u"a { b { Val c = d 1 } } ForceRemove d NoRemove e { f } Val v = s 'y'"), S_OK);
+    EXPECT_EQ(CountSubkeys(nullptr), 0u);
+}
+
+TEST_F(RegistryWriter, LeavesNoRemoveKeysAndValues) {
+    constexpr auto script =
+        u"NoRemove a = s 'x' { b NoRemove Val c = s 'c' Val d = s 'd' } ForceRemove NoRemove e { f }";
+    ASSERT_EQ(Write(script), S_OK);
+    ASSERT_EQ(Remove(script), S_OK);
+    EXPECT_EQ(Text(L"a"), L"x");
+    EXPECT_EQ(Text(L"a", L"c"), L"c");
+    EXPECT_FALSE(Value(L"a", L"d").has_value());
+    EXPECT_EQ(CountSubkeys(L"a"), 0u);
+    EXPECT_TRUE(HasKey(L"e"));
+    EXPECT_FALSE(HasKey(L"e\\f"));
+}
+
+TEST_F(RegistryWriter, RemovesForceRemoveKeysWithAllThatIsInThem) {
+    CreateKey(L"a\\foreign\\deeper");
+    ASSERT_EQ(Remove(u"ForceRemove a { b }"), S_OK);
+    EXPECT_FALSE(HasKey(L"a"));
+}
+
+TEST_F(RegistryWriter, LeavesAKeyWithSubkeysThatAreNotItsOwn) {
+    ASSERT_EQ(Write(u"a = s 'x' { b }"), S_OK);
+    CreateKey(L"a\\foreign");
+    ASSERT_EQ(Remove(u"a = s 'x' { b }"), S_OK);
+    EXPECT_TRUE(HasKey(L"a\\foreign"));
+    EXPECT_FALSE(HasKey(L"a\\b"));
+}
+
+TEST_F(RegistryWriter, DoesNotRestoreDeletedKeysWhenRemoving) {
+    CreateKey(L"a");
+    ASSERT_EQ(Remove(u"Delete a"), S_OK);
+    EXPECT_TRUE(HasKey(L"a"));
+}
+
+TEST_F(RegistryWriter, RemovesTheRestAfterAFailure) {
+    CreateKey(L"a");
+    SetText(L"a", L"v", L"x");
+    CreateKey(L"a\\b");
+    RegistryKey read_only;
+    ASSERT_EQ(::RegOpenKeyExW(Root(), L"a", 0, KEY_READ, read_only.Receive()), ERROR_SUCCESS);
+    EXPECT_EQ(RemoveEntries(read_only.Get(), Entries(u"Val v = s 'x' ForceRemove b")), E_ACCESSDENIED);
+    EXPECT_EQ(Text(L"a", L"v"), L"x");
+    EXPECT_FALSE(HasKey(L"a\\b"));
+}
+
+}  // namespace
+}  // namespace paylodge
