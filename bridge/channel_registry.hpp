@@ -9,8 +9,8 @@
 
 namespace paylodge {
 
-// Channel names compare code unit by code unit; null is the empty name. The controls are not reference-counted: a control
-// is subscribed and unsubscribed while it lives. Used on the host's user-interface thread only.
+// Channel names compare code unit by code unit; null is the empty name. The controls are not reference-counted: a
+// control is subscribed and unsubscribed while it lives. Used on the host's user-interface thread only.
 extern std::map<std::wstring, IPaylodgeCtrl10*, std::less<>> g_mapChannelControls;
 
 // The control under this name, or null.

@@ -52,7 +52,8 @@ template <class Node>
 }
 
 // One of the DOM's properties that lead to another node.
-[[nodiscard]] ComPtr<IXMLDOMNode> Step(IXMLDOMNode* node, HRESULT (STDMETHODCALLTYPE IXMLDOMNode::*get)(IXMLDOMNode**)) {
+[[nodiscard]] ComPtr<IXMLDOMNode> Step(IXMLDOMNode* node,
+                                       HRESULT (STDMETHODCALLTYPE IXMLDOMNode::*get)(IXMLDOMNode**)) {
     ComPtr<IXMLDOMNode> next;
     if (node == nullptr || FAILED((node->*get)(next.Receive()))) {
         return {};

@@ -13,8 +13,8 @@ namespace paylodge {
 // The number with two decimals when `decimals` is 2 and with five for any other value; at most 255 characters.
 void FormatAmount(double number, std::string& text, int decimals);
 
-// The amount of a request: the number that the text begins with (0 without one) with two decimals. Nothing for a text of
-// 30 characters or more.
+// The amount of a request: the number that the text begins with (0 without one) with two decimals. Nothing for a text
+// of 30 characters or more.
 [[nodiscard]] std::optional<std::string> AmountWithTwoDecimals(const std::string& text);
 
 }  // namespace paylodge

@@ -13,22 +13,22 @@
 
 namespace paylodge {
 
-// Obtains a request processor through the host's object broker. Gives the code of the first step that fails; `processor`
-// has to be empty and stays so then.
+// Obtains a request processor through the host's object broker. Gives the code of the first step that fails;
+// `processor` has to be empty and stays so then.
 [[nodiscard]] HRESULT CreateRequestProcessor(REFCLSID class_id, ComPtr<IRequestProcessor>& processor);
 
 // Sends one request document in a session of its own, on the caller's thread.
 class lhXMLRPWrapper {
   public:
-    // An empty company file name asks for the company file that the host has open. The request is a complete document in
-    // the system's ANSI code page.
+    // An empty company file name asks for the company file that the host has open. The request is a complete document
+    // in the system's ANSI code page.
     lhXMLRPWrapper(std::string_view company_file_name, std::string_view request);
     lhXMLRPWrapper(const lhXMLRPWrapper&) = delete;
     lhXMLRPWrapper& operator=(const lhXMLRPWrapper&) = delete;
     virtual ~lhXMLRPWrapper() = default;
 
-    // Gives the processor's own code for the request, and E_FAIL where a COM error was raised on the way. *response: what
-    // the processor put there, owned by the caller. Raises E_OUTOFMEMORY before anything is sent.
+    // Gives the processor's own code for the request, and E_FAIL where a COM error was raised on the way. *response:
+    // what the processor put there, owned by the caller. Raises E_OUTOFMEMORY before anything is sent.
     [[nodiscard]] HRESULT SendRequest(BSTR* response);
 
     [[nodiscard]] const std::string& StatusMessage() const noexcept { return status_message_; }
@@ -37,7 +37,8 @@ class lhXMLRPWrapper {
   private:
     struct Strings;
 
-    [[nodiscard]] HRESULT RunSession(IRequestProcessor& processor, const Strings& strings, BSTR* ticket, BSTR* response);
+    [[nodiscard]] HRESULT RunSession(IRequestProcessor& processor, const Strings& strings, BSTR* ticket,
+                                     BSTR* response);
     void RecordFailure(const _com_error& error);
 
     std::string request_;

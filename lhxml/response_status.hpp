@@ -20,8 +20,8 @@ HRESULT GetResponseStatus(IXMLDOMNode* response_element, std::string& status_cod
 // Whether statusCode is exactly "0".
 [[nodiscard]] bool IsStatusOK(IXMLDOMNode* response_element);
 
-// Opens an element of the given name that carries the response element's four status attributes, empty where absent. The
-// caller closes it. Gives the code of reading the attributes or of the last one.
+// Opens an element of the given name that carries the response element's four status attributes, empty where absent.
+// The caller closes it. Gives the code of reading the attributes or of the last one.
 HRESULT CopyStatusAttributes(XMLBuilder& builder, IXMLDOMNode* response_element, std::string_view name);
 
 // The status of an add request whose name exists already: of an account or customer, and of a payment item.

@@ -49,7 +49,9 @@ void AppendEscaped(std::string& text, std::string_view value) {
     text.append(value, run_start);
 }
 
-void XMLBuilder::AddProcessingInstruction(std::string_view text) { text_.append("<").append(text).append(">").append(kLineEnd); }
+void XMLBuilder::AddProcessingInstruction(std::string_view text) {
+    text_.append("<").append(text).append(">").append(kLineEnd);
+}
 
 void XMLBuilder::OpenElement(std::string_view name, std::span<const std::string_view> attribute_names,
                              std::span<const std::string_view> attribute_values) {

@@ -8,8 +8,9 @@
 
 namespace paylodge {
 
-// Appends XML to a narrow string: four spaces a level, lines ending in carriage return and line feed. Values are escaped
-// (double quote, ampersand, apostrophe, less-than, greater-than; every other byte is copied as it is), names are not.
+// Appends XML to a narrow string: four spaces a level, lines ending in carriage return and line feed. Values are
+// escaped (double quote, ampersand, apostrophe, less-than, greater-than; every other byte is copied as it is), names
+// are not.
 class XMLBuilder {
   public:
     XMLBuilder() = default;

@@ -166,11 +166,10 @@ STDMETHODIMP CPaylodge::ActivateOrDeactivateAccount(BSTR bstrAccountName, VARIAN
     }
     const std::string_view wanted = bMakeActive == VARIANT_TRUE ? "true" : "false";
     std::string response;
-    HRESULT result = Exchange(ComposeRequest("AccountQueryRq",
-                                             [&](XMLBuilder& request) {
-                                                 request.AddElement("FullName", AnsiFromBstr(bstrAccountName));
-                                             }),
-                              response);
+    HRESULT result = Exchange(
+        ComposeRequest("AccountQueryRq",
+                       [&](XMLBuilder& request) { request.AddElement("FullName", AnsiFromBstr(bstrAccountName)); }),
+        response);
     if (FAILED(result)) {
         return result;
     }

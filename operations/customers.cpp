@@ -70,7 +70,8 @@ using namespace std::string_view_literals;
 
 }  // namespace
 
-// The list id of the customer whose name is the payor's, without regard to letter case and spaces around it; else empty.
+// The list id of the customer whose name is the payor's, without regard to letter case and spaces around it; else
+// empty.
 STDMETHODIMP CPaylodge::GetCustomerIDForName(BSTR payorName, BSTR* pCustomerListElemID) {
     std::string name;
     return AnswerQuery(

@@ -110,8 +110,8 @@ STDMETHODIMP CPaylodge::IsTaxableItem(BSTR itemName, VARIANT_BOOL* pIsTaxable) {
 }
 
 bool CPaylodge::IsTaxableCode(std::string_view tax_code_id) {
-    const std::string document = ComposeRequest(
-        "SalesTaxCodeQueryRq", [&](XMLBuilder& request) { request.AddElement("ListID", tax_code_id); });
+    const std::string document =
+        ComposeRequest("SalesTaxCodeQueryRq", [&](XMLBuilder& request) { request.AddElement("ListID", tax_code_id); });
     std::string response;
     return SUCCEEDED(Exchange(document, response)) && ReadIsTaxable(response);
 }

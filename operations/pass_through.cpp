@@ -13,9 +13,7 @@ namespace {
 }
 
 // The page gets what the ANSI code page can hold, as from every other operation.
-[[nodiscard]] BSTR ResultFrom(const OwnedBstr& response) {
-    return BstrFromAnsi(AnsiFromBstr(response.Get())).Detach();
-}
+[[nodiscard]] BSTR ResultFrom(const OwnedBstr& response) { return BstrFromAnsi(AnsiFromBstr(response.Get())).Detach(); }
 
 }  // namespace
 

@@ -48,8 +48,8 @@ class CPaylodge : public CComCoClass<CPaylodge, &CLSID_Paylodge>,
     [[nodiscard]] static std::span<const SiteEntry> SiteTable() noexcept { return ApprovedSites(); }
 
     // Sends one complete request document in a session of its own. *response: the processor's string, which the caller
-    // owns; it may be null or empty. Gives the processor's code, which is S_OK whenever a response came with success, and
-    // E_FAIL when there is no processor.
+    // owns; it may be null or empty. Gives the processor's code, which is S_OK whenever a response came with success,
+    // and E_FAIL when there is no processor.
     [[nodiscard]] static HRESULT SendLHRequest(std::string_view request, BSTR* response);
 
     // IPaylodge
@@ -71,7 +71,8 @@ class CPaylodge : public CComCoClass<CPaylodge, &CLSID_Paylodge>,
     STDMETHODIMP put_ReconFeeData(BSTR newVal) override;
     STDMETHODIMP GetReconPaymentData(BSTR* pPaymentData) override;
     STDMETHODIMP GetReconPaymentParams(VARIANT_BOOL* pIsUndepFundsAccntDefault, BSTR* pUndepFundsStartDate) override;
-    STDMETHODIMP SetReconPaymentDataAndParams(BSTR paymentData, BSTR undepFundsStartDate, VARIANT_BOOL isUndepFundsAccntDefault) override;
+    STDMETHODIMP SetReconPaymentDataAndParams(BSTR paymentData, BSTR undepFundsStartDate,
+                                              VARIANT_BOOL isUndepFundsAccntDefault) override;
     STDMETHODIMP GetAccountsForMultipleTypes(BSTR accountTypes, BSTR* pAccountData) override;
 
     // IPaylodge3
@@ -85,7 +86,8 @@ class CPaylodge : public CComCoClass<CPaylodge, &CLSID_Paylodge>,
     STDMETHODIMP GetScanTxnCustomerName(BSTR* pCustomerName) override;
     STDMETHODIMP GetScanTxnInvoiceList(BSTR* pInvoiceList) override;
     STDMETHODIMP GetScanTxnAmount(BSTR* pAmount) override;
-    STDMETHODIMP SetScanTxnInfo(BSTR txnID, BSTR customerListElemID, BSTR customerName, BSTR invoiceList, BSTR amount) override;
+    STDMETHODIMP SetScanTxnInfo(BSTR txnID, BSTR customerListElemID, BSTR customerName, BSTR invoiceList,
+                                BSTR amount) override;
     STDMETHODIMP get_ScanTxnListForDeposit(BSTR* pVal) override;
     STDMETHODIMP put_ScanTxnListForDeposit(BSTR newVal) override;
     STDMETHODIMP get_ScanUnrecordedCheckNumListForDeposit(BSTR* pVal) override;
@@ -103,14 +105,21 @@ class CPaylodge : public CComCoClass<CPaylodge, &CLSID_Paylodge>,
 
     // IPaylodge4
     STDMETHODIMP GetBalanceForAccountType(BSTR accountType, BSTR* pAccountData) override;
-    STDMETHODIMP TransferFunds(BSTR bstrDepositFromName, BSTR bstrDepositToName, BSTR bstrDepositAmount, BSTR bstrDepositMemo, BSTR* pTransferFundResults) override;
+    STDMETHODIMP TransferFunds(BSTR bstrDepositFromName, BSTR bstrDepositToName, BSTR bstrDepositAmount,
+                               BSTR bstrDepositMemo, BSTR* pTransferFundResults) override;
     STDMETHODIMP CreateAccount(BSTR bstrAccountName, BSTR bstrAccountType, BSTR bstrAccountNumber) override;
     STDMETHODIMP ActivateOrDeactivateAccount(BSTR bstrAccountName, VARIANT_BOOL bMakeActive) override;
     STDMETHODIMP get_IsReconBatchDataReady(VARIANT_BOOL* pVal) override;
     STDMETHODIMP put_IsReconBatchDataReady(VARIANT_BOOL newVal) override;
     STDMETHODIMP get_ReconBatchData(BSTR* pVal) override;
     STDMETHODIMP put_ReconBatchData(BSTR newVal) override;
-    STDMETHODIMP CreatePaymentTxn(BSTR bstrFullName, BSTR bstrTxnDate, BSTR bstrAmount, BSTR bstrRefNum, BSTR bstrPaymentName, BSTR bstrMemo, BSTR bstrAutoApply, BSTR bstrCCNumber, BSTR bstrExpMonth, BSTR bstrExpYear, BSTR bstrNameOnCard, BSTR bstrCCResultCode, BSTR bstrCCMessage, BSTR bstrCCTransID, BSTR bstrMasAccountNumber, BSTR bstrAuthCode, BSTR bstrReconBatchID, BSTR bstrPaymentGroupingCode, BSTR bstrCCPaymentStatus, BSTR bstrTxnAutTime, BSTR bstrTxnAutTimeStamp, BSTR bstrClientTxnID, BSTR* pRetValue) override;
+    STDMETHODIMP CreatePaymentTxn(BSTR bstrFullName, BSTR bstrTxnDate, BSTR bstrAmount, BSTR bstrRefNum,
+                                  BSTR bstrPaymentName, BSTR bstrMemo, BSTR bstrAutoApply, BSTR bstrCCNumber,
+                                  BSTR bstrExpMonth, BSTR bstrExpYear, BSTR bstrNameOnCard, BSTR bstrCCResultCode,
+                                  BSTR bstrCCMessage, BSTR bstrCCTransID, BSTR bstrMasAccountNumber, BSTR bstrAuthCode,
+                                  BSTR bstrReconBatchID, BSTR bstrPaymentGroupingCode, BSTR bstrCCPaymentStatus,
+                                  BSTR bstrTxnAutTime, BSTR bstrTxnAutTimeStamp, BSTR bstrClientTxnID,
+                                  BSTR* pRetValue) override;
     STDMETHODIMP get_LHExportableNameID(BSTR* pVal) override;
     STDMETHODIMP put_LHExportableNameID(BSTR newVal) override;
     STDMETHODIMP SavePaymentTxn(BSTR requestBody, BSTR* pResponse) override;
@@ -138,8 +147,8 @@ class CPaylodge : public CComCoClass<CPaylodge, &CLSID_Paylodge>,
     STDMETHODIMP get_SearchLineItemsListMatchingQuery(BSTR* pVal) override;
     STDMETHODIMP put_SearchLineItemsListMatchingQuery(BSTR newVal) override;
 
-    // The one slot behind the type library's: names the channel whose control is told of requests passed through. Keeps a
-    // copy; null takes the name away.
+    // The one slot behind the type library's: names the channel whose control is told of requests passed through. Keeps
+    // a copy; null takes the name away.
     virtual STDMETHODIMP SetNotificationChannel(BSTR channel_name);
 
   protected:

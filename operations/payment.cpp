@@ -31,8 +31,8 @@ void AddGroup(XMLBuilder& request, std::string_view name, const std::array<Field
 
 // S_OK with the response, or E_FAIL when none came. The payment carries no memo.
 STDMETHODIMP CPaylodge::CreatePaymentTxn(BSTR bstrFullName, BSTR bstrTxnDate, BSTR bstrAmount, BSTR bstrRefNum,
-                                         BSTR bstrPaymentName, BSTR /*bstrMemo*/, BSTR bstrAutoApply,
-                                         BSTR bstrCCNumber, BSTR bstrExpMonth, BSTR bstrExpYear, BSTR bstrNameOnCard,
+                                         BSTR bstrPaymentName, BSTR /*bstrMemo*/, BSTR bstrAutoApply, BSTR bstrCCNumber,
+                                         BSTR bstrExpMonth, BSTR bstrExpYear, BSTR bstrNameOnCard,
                                          BSTR bstrCCResultCode, BSTR bstrCCMessage, BSTR bstrCCTransID,
                                          BSTR bstrMasAccountNumber, BSTR bstrAuthCode, BSTR bstrReconBatchID,
                                          BSTR bstrPaymentGroupingCode, BSTR bstrCCPaymentStatus, BSTR bstrTxnAutTime,

@@ -157,8 +157,8 @@ HRESULT CPaylodge::AddListEntry(std::string_view document, std::wstring_view res
     return FAILED(result) ? result : CheckAddResponse(response, response_element, extra_code);
 }
 
-// Each response of the batch with its status and, where it succeeded, the main texts of its record. Empty for a response
-// that does not load or holds no message set.
+// Each response of the batch with its status and, where it succeeded, the main texts of its record. Empty for a
+// response that does not load or holds no message set.
 std::string CPaylodge::SummarizeTxnResponses(std::string_view response_text) {
     const auto message_set = FindResponseElement(response_text, L"LHXMLMsgsRs");
     if (!message_set) {

@@ -49,8 +49,8 @@ STDMETHODIMP CPaylodge::TransferFunds(BSTR bstrDepositFromName, BSTR bstrDeposit
                                // A text too long for an amount leaves the line without one.
                                .amount = AmountWithTwoDecimals(AnsiFromBstr(bstrDepositAmount)).value_or(""),
                                .memo = AnsiFromBstr(bstrDepositMemo)};
-    const std::string document = ComposeRequest(
-        "DepositAddRq", [&transfer](XMLBuilder& request) { BuildTransferDepositRq(request, transfer); });
+    const std::string document =
+        ComposeRequest("DepositAddRq", [&transfer](XMLBuilder& request) { BuildTransferDepositRq(request, transfer); });
     std::string response;
     if (const HRESULT result = Exchange(document, response); FAILED(result)) {
         return result;

@@ -5,8 +5,8 @@
 
 namespace paylodge {
 
-// The instance that the host named last; "" until then, null when the host named null. Used on the host's user-interface
-// thread only.
+// The instance that the host named last; "" until then, null when the host named null. Used on the host's
+// user-interface thread only.
 extern OwnedBstr g_bstrBrowserInstance;
 
 }  // namespace paylodge

@@ -7,8 +7,8 @@
 
 namespace paylodge {
 
-// Keeps the library loaded until this module is unloaded. A library or export that is missing is looked for again on the
-// next call. Used on one thread at a time.
+// Keeps the library loaded until this module is unloaded. A library or export that is missing is looked for again on
+// the next call. Used on one thread at a time.
 class HostLibrary {
   public:
     explicit HostLibrary(const wchar_t* file_name) noexcept : file_name_(file_name) {}

@@ -70,7 +70,8 @@ HRESULT CCustomTypeInfoHolder::GetIDsOfNames(REFIID reserved, LPOLESTR* names, U
     }
     if (count == 1 && names[0] != nullptr) {
         const auto found = std::ranges::find_if(
-            members_, [name = std::wstring_view(names[0])](const NamedMember& member) { return View(member.name) == name; });
+            members_,
+            [name = std::wstring_view(names[0])](const NamedMember& member) { return View(member.name) == name; });
         if (found != members_.end()) {
             *ids = found->id;
             return S_OK;

@@ -7,11 +7,17 @@
 
 #include <cassert>
 
+#include "frame/com/bstr.hpp"
+
 namespace paylodge {
 
 class OwnedVariant {
   public:
     OwnedVariant() noexcept { ::VariantInit(&value_); }
+    explicit OwnedVariant(OwnedBstr text) noexcept : OwnedVariant() {
+        V_VT(&value_) = VT_BSTR;
+        V_BSTR(&value_) = text.Detach();
+    }
     ~OwnedVariant() { ::VariantClear(&value_); }
     OwnedVariant(const OwnedVariant&) = delete;
     OwnedVariant& operator=(const OwnedVariant&) = delete;

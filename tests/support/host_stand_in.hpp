@@ -38,8 +38,9 @@ class HostStandIn {
 
     // Answers of the next requests, in order; without one, S_OK with an empty document element.
     std::deque<Answer> answers;
-    // Codes that methods answer with instead of S_OK, by name: "CreateObjectFromClassId", "OpenConnection", "BeginSession",
-    // "ProcessRequest" (in place of the answer), "EndSession", "CloseConnection". BeginSession hands out no ticket then.
+    // Codes that methods answer with instead of S_OK, by name: "CreateObjectFromClassId", "OpenConnection",
+    // "BeginSession", "ProcessRequest" (in place of the answer), "EndSession", "CloseConnection". BeginSession hands
+    // out no ticket then.
     std::map<std::string, HRESULT> failures;
     // Run at the start of a method, by name; may throw.
     std::map<std::string, std::function<void()>> on_call;

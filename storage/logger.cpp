@@ -1,0 +1,135 @@
+#include "storage/logger.hpp"
+
+#include <direct.h>
+#include <sys/stat.h>
+
+#include <array>
+#include <cstdio>
+#include <ctime>
+#include <memory>
+
+#include "frame/com/ansi_text.hpp"
+#include "frame/com/host_library.hpp"
+#include "storage/application.hpp"
+#include "storage/log_text.hpp"
+
+namespace paylodge {
+namespace {
+
+constexpr std::wstring_view kLogName = L"NALog.log";
+constexpr std::wstring_view kOldLogName = L"NAOldLog.log";
+
+// Empty until the first call. In the current-directory fallback there is no older generation.
+std::wstring g_log_path;
+std::wstring g_old_log_path;
+
+struct CloseFile {
+    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, CloseFile>;
+
+[[nodiscard]] std::wstring AskHostForFolder() {
+    try {
+        OwnedBstr folder;
+        if (const auto folders = FindApplication<IHostFolders>();
+            folders && SUCCEEDED(folders->GetFolder(kLogFolderKind, folder.Receive()))) {
+            return std::wstring(View(folder));
+        }
+    } catch (const _com_error&) {
+        // A host that cannot be asked names no folder.
+    }
+    return {};
+}
+
+// Creates the folder, which ends in a slash, and every missing folder above it.
+void CreateFolders(const std::string& folder) {
+    for (size_t end = folder.find_first_of("\\/"); end != std::string::npos;
+         end = folder.find_first_of("\\/", end + 1)) {
+        const std::string parent = folder.substr(0, end);
+        if (!parent.empty() && ::GetFileAttributesA(parent.c_str()) == INVALID_FILE_ATTRIBUTES) {
+            ::_mkdir(parent.c_str());
+        }
+    }
+}
+
+void SetUpPaths() {
+    if (!g_log_path.empty()) {
+        return;
+    }
+    const std::wstring host_folder = AskHostForFolder();
+    if (host_folder.empty()) {
+        g_log_path = std::wstring(L".\\").append(kLogName);
+        return;
+    }
+    const std::wstring folder = WithTrailingSlash(host_folder);
+    CreateFolders(AnsiFromWide(folder));
+    g_log_path = folder + std::wstring(kLogName);
+    g_old_log_path = folder + std::wstring(kOldLogName);
+}
+
+// Failures are ignored: the next call tries again while the file is too large.
+void RollOver() {
+    const std::string path = AnsiFromWide(g_log_path);
+    struct _stat64i32 status {};
+    if (g_old_log_path.empty() || ::_stat64i32(path.c_str(), &status) != 0 || !IsLogFull(status.st_size)) {
+        return;
+    }
+    const std::string old_path = AnsiFromWide(g_old_log_path);
+    static_cast<void>(std::remove(old_path.c_str()));
+    static_cast<void>(std::rename(path.c_str(), old_path.c_str()));
+}
+
+void ShowLostEntry(const std::string& entry) {
+    ::MessageBoxA(::FindWindowA("OrkaFrame", nullptr), FormatLostEntry(AnsiFromWide(g_log_path), entry).c_str(),
+                  "Network Adapter", MB_OK);
+}
+
+// The log opened for appending, or null.
+[[nodiscard]] File OpenLog() { return File(std::fopen(AnsiFromWide(g_log_path).c_str(), "a")); }
+
+// Kesto::KestoAccess::GetFeatureParamAsBool under the name that the host's compiler gives it.
+using GetFeatureParamAsBool = bool __cdecl(const char* section, const char* name, const char* default_value);
+#ifdef _WIN64
+constexpr const char* kGetFeatureParamAsBool = "?GetFeatureParamAsBool@KestoAccess@Kesto@@SA_NPEBD00@Z";
+#else
+constexpr const char* kGetFeatureParamAsBool = "?GetFeatureParamAsBool@KestoAccess@Kesto@@SA_NPBD00@Z";
+#endif
+
+HostLibrary g_feature_flags(L"Kesto.dll");
+
+// A missing library counts as a flag that is off.
+[[nodiscard]] bool IsContextLogged() {
+    auto* const get_flag = g_feature_flags.Find<GetFeatureParamAsBool>(kGetFeatureParamAsBool);
+    return get_flag != nullptr && get_flag("SBSSettings", "NetworkAdapter.EnableLogContext", nullptr);
+}
+
+}  // namespace
+
+void CNALogger::LogHResult(const std::string& function, const std::string& message, HRESULT result) {
+    SetUpPaths();
+    RollOver();
+    const auto context = IsContextLogged() ? std::optional<std::string_view>(function) : std::nullopt;
+    const std::string entry = FormatLogEntry(context, message, static_cast<std::uint32_t>(result));
+    if (const File log = OpenLog()) {
+        const std::time_t now = std::time(nullptr);
+        // The time stamp ends in a newline: an entry takes two lines.
+        std::fprintf(log.get(), "%s   %s", std::ctime(&now), entry.c_str());
+    } else {
+        ShowLostEntry(entry);
+    }
+}
+
+void CNALogger::LogText(const std::string& text) {
+    SetUpPaths();
+    RollOver();
+    if (const File log = OpenLog()) {
+        const std::time_t now = std::time(nullptr);
+        std::array<char, 80> stamp{};
+        std::strftime(stamp.data(), stamp.size(), "%c", std::localtime(&now));
+        std::fprintf(log.get(), "%s  %s\n", text.c_str(), stamp.data());
+    } else {
+        ShowLostEntry(text);
+    }
+}
+
+}  // namespace paylodge
