@@ -37,11 +37,7 @@ def short_name(test: unittest.TestCase) -> str:
 
 
 def print_failure(test: unittest.TestCase, text: str) -> None:
-    lines = text.rstrip().splitlines()
-    print(f"FAIL {short_name(test)}: {lines[-1]}")
-    for line in lines[:-1]:
-        print(f"    {line}")
-    sys.stdout.flush()
+    print(f"FAIL {short_name(test)}: " + text.rstrip().replace("\n", "\n    "), flush=True)
 
 
 def main() -> int:

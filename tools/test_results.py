@@ -101,7 +101,7 @@ def read_gtest_element(name: str, element: ElementTree.Element) -> Case:
 def without_location(text: str) -> str:
     """The reason of a skipped test: GoogleTest puts the place in the source on a line before it."""
     lines = text.strip().splitlines()
-    if lines and re.search(r":\d+$", lines[0]):
+    if lines and re.search(r":\d+(: Skipped)?$", lines[0]):
         lines = lines[1:]
     return " ".join(line.strip() for line in lines) or "no reason given"
 
