@@ -265,21 +265,21 @@ std::u16string RewriteForCurrentUser(std::u16string_view script) {
     std::size_t copied = 0;
     int depth = 0;
     bool in_classes = false;
+    ScriptToken previous;
     ScriptTokenizer tokens(script);
     while (const std::optional<ScriptToken> token = tokens.Next()) {
-        if (depth == 0 && token->IsWord(kClassesRoot)) {
-            result += script.substr(copied, token->begin - copied);
+        if (token->IsWord(kOpen) && ++depth == 1 && previous.IsWord(kClassesRoot)) {
+            result += script.substr(copied, previous.begin - copied);
             result += kUserClassesOpening;
-            copied = token->end;
+            copied = previous.end;
             in_classes = true;
-        } else if (token->IsWord(kOpen)) {
-            ++depth;
         } else if (token->IsWord(kClose) && --depth == 0 && in_classes) {
             result += script.substr(copied, token->end - copied);
             result += kUserClassesClosing;
             copied = token->end;
             in_classes = false;
         }
+        previous = *token;
     }
     result += script.substr(copied);
     return result;

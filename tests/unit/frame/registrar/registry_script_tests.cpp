@@ -257,7 +257,8 @@ TEST(RewriteForCurrentUser, RewritesEachClassesRootOfAScript) {
 }
 
 TEST(RewriteForCurrentUser, DoesNotMendAScriptWithAMistake) {
-    for (const char16_t* script : {u"HKCR", u"HKCR {", u"HKCR { a { }", u"HKCR { } }"}) {
+    for (const char16_t* script :
+         {u"HKCR", u"HKCR {", u"HKCR { a { }", u"HKCR { } }", u"HKCR a { }", u"HKCR HKCR { }"}) {
         EXPECT_NE(MistakeIn(RewriteForCurrentUser(script)).line, 0u);
     }
     EXPECT_THROW(static_cast<void>(RewriteForCurrentUser(u"HKCR { 'a }")), RegistryScriptError);
