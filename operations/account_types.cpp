@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "frame/com/ascii_case.hpp"
+
 namespace paylodge {
 
 std::vector<std::string_view> SplitAccountTypes(std::string_view account_types) {
@@ -16,12 +18,6 @@ std::vector<std::string_view> SplitAccountTypes(std::string_view account_types) 
     return types;
 }
 
-bool IsBankAccountType(std::string_view account_type) noexcept {
-    constexpr std::string_view kBank = "bank";
-    constexpr auto to_lower = [](char character) {
-        return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
-    };
-    return std::ranges::equal(account_type, kBank, {}, to_lower);
-}
+bool IsBankAccountType(std::string_view account_type) noexcept { return EqualsIgnoringCase(account_type, "bank"); }
 
 }  // namespace paylodge

@@ -1,0 +1,66 @@
+#include "bridge/bridge_library.hpp"
+
+#include "frame/browser/browser_binding.hpp"
+#include "frame/com/ansi_text.hpp"
+
+namespace paylodge {
+
+ModuleHandle g_hBridgeModule;
+
+namespace {
+
+constexpr const char* kLibraryName = "Oskerin.dll";
+
+// The library's reference for the addresses that are kept, beside the one that comes and goes with each script.
+ModuleHandle g_kept_bridge_module;
+
+using ExecuteJavaScript = void __cdecl(const char* browser_instance, const char* script);
+
+// C++ exceptions of this compiler are caught by the caller. Structured exceptions, and so C++ exceptions of another
+// compiler, cannot be caught here: this compiler has no handler for them.
+[[nodiscard]] HRESULT CallExport(const std::string& script) {
+    auto* const execute = reinterpret_cast<ExecuteJavaScript*>(
+        reinterpret_cast<void*>(::GetProcAddress(g_hBridgeModule.Get(), "ExecuteJavaScript")));
+    if (execute == nullptr) {
+        return E_FAIL;
+    }
+    const std::string browser_instance = AnsiFromBstr(g_bstrBrowserInstance.Get());
+    execute(browser_instance.c_str(), script.c_str());
+    return S_OK;
+}
+
+}  // namespace
+
+void LoadBridgeLibrary() noexcept {
+    if (!g_hBridgeModule) {
+        g_hBridgeModule.Reset(::LoadLibraryA(kLibraryName));
+    }
+}
+
+void FreeBridgeLibrary() noexcept { g_hBridgeModule.Reset(); }
+
+HRESULT RunScript(const std::function<std::string()>& make_script) noexcept {
+    LoadBridgeLibrary();
+    if (!g_hBridgeModule) {
+        return E_FAIL;
+    }
+    HRESULT result = E_FAIL;
+    try {
+        result = CallExport(make_script());
+    } catch (...) {
+        result = E_FAIL;
+    }
+    FreeBridgeLibrary();
+    return result;
+}
+
+FARPROC KeepBridgeExport(const char* name) noexcept {
+    LoadBridgeLibrary();
+    const FARPROC address = g_hBridgeModule ? ::GetProcAddress(g_hBridgeModule.Get(), name) : nullptr;
+    if (address != nullptr && !g_kept_bridge_module) {
+        g_kept_bridge_module.Reset(::LoadLibraryA(kLibraryName));
+    }
+    return address;
+}
+
+}  // namespace paylodge
