@@ -1,0 +1,41 @@
+// The control object of the reference host. All of its objects speak for the one host of the process.
+#pragma once
+
+#include "frame/com/class_object.hpp"
+#include "frame/com/dispatch_impl.hpp"
+#include "refhost.h"
+
+namespace paylodge::refhost {
+
+class CReferenceHost : public IDispatchImpl<IReferenceHost, &IID_IReferenceHost, &LIBID_ReferenceHostLib, 1, 0>,
+                       public ISupportErrorInfo,
+                       public CComCoClass<CReferenceHost, &CLSID_ReferenceHost> {
+  public:
+    using Interfaces =
+        InterfaceTable<Entry<IReferenceHost>, Entry<IDispatch, IReferenceHost>, Entry<ISupportErrorInfo>>;
+
+    // The methods are described in the IDL. E_FAIL comes with a description for the script.
+    STDMETHODIMP OpenCompanyFile(BSTR path) override;
+    STDMETHODIMP CloseCompanyFile() override;
+    STDMETHODIMP get_CompanyFile(BSTR* path) override;
+    // E_INVALIDARG for an unknown name or a number below 0. The HRESULT may be written signed or unsigned.
+    STDMETHODIMP FailCall(BSTR name, DOUBLE result, LONG nth) override;
+    STDMETHODIMP AnswerEmpty(LONG nth) override;
+    STDMETHODIMP AnswerNull(LONG nth) override;
+    STDMETHODIMP AnswerNext(BSTR text, LONG result) override;
+    STDMETHODIMP ClearFaults() override;
+    STDMETHODIMP get_CallCount(LONG* count) override;
+    // DISP_E_BADINDEX when there is no such call.
+    STDMETHODIMP Call(LONG index, BSTR* text) override;
+    STDMETHODIMP get_RequestCount(LONG* count) override;
+    STDMETHODIMP Request(LONG index, BSTR* text) override;
+    STDMETHODIMP Response(LONG index, BSTR* text) override;
+    STDMETHODIMP ClearCalls() override;
+
+    STDMETHODIMP InterfaceSupportsErrorInfo(REFIID id) override;
+
+  protected:
+    ~CReferenceHost() = default;
+};
+
+}  // namespace paylodge::refhost

@@ -1,0 +1,40 @@
+#include "refhost/request.hpp"
+
+#include <algorithm>
+
+#include "refhost/additions.hpp"
+#include "refhost/queries.hpp"
+
+namespace paylodge::refhost {
+namespace {
+
+[[nodiscard]] bool IsWanted(const Element& field, const Element& request) {
+    return std::ranges::any_of(request.children, [&](const Element& child) {
+        return child.name == "IncludeRetElement" && child.text == field.name;
+    });
+}
+
+}  // namespace
+
+const RequestKind* FindRequestKind(std::string_view name) noexcept {
+    for (const std::span<const RequestKind> kinds : {Queries(), Additions()}) {
+        const auto found = std::ranges::find(kinds, name, &RequestKind::name);
+        if (found != kinds.end()) {
+            return &*found;
+        }
+    }
+    return nullptr;
+}
+
+Element MakeReturned(const Element& record, const Element& request) {
+    Element returned = MakeElement(record.name + "Ret");
+    const bool has_choice = FindChild(request, "IncludeRetElement") != nullptr;
+    for (const Element& field : record.children) {
+        if (!has_choice || IsWanted(field, request)) {
+            returned.children.push_back(field);
+        }
+    }
+    return returned;
+}
+
+}  // namespace paylodge::refhost
