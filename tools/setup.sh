@@ -14,17 +14,27 @@ wine=(wine wine64 wine32:i386)
 
 say() { printf 'setup: %s\n' "$*" >&2; }
 
-is_installed() {
-    [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null || true)" = installed ]
+# Prints those of the given packages that are not installed. A package without an architecture may have that of the
+# machine or none.
+list_missing() {
+    local installed package
+    # Fails when it does not know one of them, which is no more than an answer here.
+    installed=$({ dpkg-query -W -f='${db:Status-Status} ${Package}:${Architecture}\n' "${@%%:*}" 2>/dev/null || true; } |
+        sed -n -e "s/:$(dpkg --print-architecture)\$//" -e 's/:all$//' -e 's/^installed //p')
+    for package in "$@"; do
+        grep -qxF "$package" <<<"$installed" || printf '%s\n' "$package"
+    done
 }
 
-missing=()
-for package in "${tools[@]}" "${wine[@]}"; do
-    is_installed "$package" || missing+=("$package")
-done
+mapfile -t missing < <(list_missing "${tools[@]}" "${wine[@]}")
 [ ${#missing[@]} -eq 0 ] && exit 0
 
 say "missing packages: ${missing[*]}"
+mapfile -t missing_of_wine < <(list_missing "${wine[@]}")
+if [ ${#missing_of_wine[@]} -gt 0 ]; then
+    mapfile -t missing < <(printf '%s\n' "${missing[@]}" "${wine[@]}" | sort -u)
+fi
+
 as_root=()
 if [ "$(id -u)" -ne 0 ]; then
     if ! command -v sudo >/dev/null; then
@@ -41,35 +51,55 @@ apt() {
     "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -y -o Dpkg::Use-Pty=0 "$@"
 }
 
-# Shows one line for each package that is unpacked; the whole log only when the step fails.
+# Shows how the download goes and a line for each package that is unpacked; the whole log only when the step fails.
 run_quietly() {
-    local status=0
-    "$@" 2>&1 | tee "$log" | sed -un -e 's/^Unpacking \([^ ]*\) (\([^)]*\)).*/setup:   \1 \2/p' >&2 || status=$?
-    return "$status"
+    "$@" 2>&1 | tee "$log" | sed -un \
+        -e 's/^Need to get .*/setup:   &/p' \
+        -e 's/^Get:\([0-9]*0\) .*/setup:   fetching package \1/p' \
+        -e 's/^Unpacking \([^ ]*\) (\([^)]*\)).*/setup:   \1 \2/p' >&2
 }
 
-install_all() { run_quietly apt install --no-install-recommends "$@" "${missing[@]}"; }
+# Nothing is ever removed to make room.
+install() { apt install --no-install-recommends --no-remove "${choice[@]}" "${missing[@]}" "$@"; }
 
-# Where the security suite's index of one architecture is out of step, the release's own versions fit together.
-install_from_release_only() {
+fits() { install --simulate >"$log" 2>&1; }
+
+# Where the security suite's index of one architecture cannot be fetched, its packages of the other architecture have no
+# counterpart. The release's own versions fit together, also where that takes an installed library back to one of them.
+choose_release_only() {
     pin_folder=$(mktemp -d)
     chmod 755 "$pin_folder"
-    printf 'Package: *\nPin: release n=bookworm-security\nPin-Priority: -10\n' >"$pin_folder/preferences"
-    install_all -o Dir::Etc::Preferences="$pin_folder/preferences" --allow-downgrades \
-        libgstreamer-plugins-base1.0-0/bookworm
+    printf 'Package: *\nPin: release n=%s\nPin-Priority: %s\n\n' bookworm-security -10 bookworm 1001 \
+        >"$pin_folder/preferences"
+    choice=(-o Dir::Etc::Preferences="$pin_folder/preferences" --allow-downgrades)
+}
+
+choose_without_32_bit_wine() {
+    choice=()
+    mapfile -t missing < <(list_missing "${tools[@]}" "${wine[@]}" | grep -v ':i386$')
+}
+
+give_up() {
+    cat "$log" >&2
+    say "the packages could not be installed: the lines above say why"
+    exit 1
 }
 
 dpkg --print-foreign-architectures | grep -qx i386 || "${as_root[@]}" dpkg --add-architecture i386
 say "reading the package lists"
 # A list that cannot be fetched is not fatal by itself: the install below decides.
 apt update >"$log" 2>&1 || say "some package lists could not be fetched; going on with the others"
-say "installing (a new machine downloads about 1 GB and takes a few minutes)"
-if ! install_all; then
-    say "that did not work; trying again with the release's own versions only"
-    if ! install_from_release_only; then
-        cat "$log" >&2
-        say "the packages could not be installed: the lines above say why"
-        exit 1
+choice=()
+if ! fits; then
+    say "the newest versions do not fit together; taking the release's own versions"
+    choose_release_only
+    if ! fits; then
+        say "wine32:i386 cannot be installed: what needs 32-bit Wine is skipped until it can"
+        choose_without_32_bit_wine
     fi
+fi
+if [ ${#missing[@]} -gt 0 ]; then
+    say "installing (a new machine downloads about 1 GB and takes a few minutes)"
+    run_quietly install || give_up
 fi
 say "done"

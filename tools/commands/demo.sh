@@ -1,0 +1,63 @@
+#!/usr/bin/env bash
+# shows the component at work against the reference host
+
+usage() {
+    cat <<'END'
+Usage: ./dev demo [--fresh]
+
+Builds the component for x64 and runs examples/first-steps.js, a page script that reads from and records in the
+company file of the reference host. Shows each call, the LHXML request that went out, the response and the result.
+
+The demo works on a copy of the sample company, build/demo/riverside.lhcompany, and finds there what it recorded
+the last time.
+
+  --fresh  start over with a new copy
+END
+}
+
+sample=examples/riverside.lhcompany
+company_file=build/demo/riverside.lhcompany
+time_limit_seconds=60
+
+register_library() {
+    timeout "$time_limit_seconds" wine 'C:\windows\system32\regsvr32.exe' /s "$(windows_path "$1")" 9>&- ||
+        fail "registering $1 failed; './dev clean' and another try may help"
+}
+
+run_script() {
+    export LEDGERHALL_COMPANY_FILE LEDGERHALL_TRANSCRIPT=1 WINEPATH
+    LEDGERHALL_COMPANY_FILE=$(windows_path "$company_file")
+    WINEPATH="$(windows_path build/x64/refhost);$(windows_path build/x64)"
+    timeout "$time_limit_seconds" wine 'C:\windows\system32\cscript.exe' //nologo \
+        "$(windows_path examples/first-steps.js)" 9>&- </dev/null | tr -d '\r'
+}
+
+run() {
+    local fresh=
+    while [ $# -gt 0 ]; do
+        case $1 in
+            --fresh) fresh=yes ;;
+            *) usage_error "'demo' does not know '$1'; './dev demo --help' says what it knows" ;;
+        esac
+        shift
+    done
+
+    install_packages
+    lock_checkout
+    build_preset x64 Paylodge refhost/all
+    . tools/wine.sh
+    prepare_wine
+    mkdir -p build/demo
+    if [ -n "$fresh" ] || [ ! -f "$company_file" ]; then
+        cp "$sample" "$company_file"
+    fi
+
+    trap stop_wine EXIT
+    # Keeps the Wine server between the programs; the first one would otherwise wait for it to start and end each time.
+    wineserver -p60 9>&- >/dev/null 2>&1
+    register_library build/x64/refhost/refhost.dll
+    register_library build/x64/Paylodge.dll
+    run_script || fail "the page script did not end within $time_limit_seconds s"
+    say ""
+    say "The company file is $company_file. './dev demo' goes on with it; './dev demo --fresh' starts over."
+}
