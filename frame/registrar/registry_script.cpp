@@ -44,7 +44,7 @@ constexpr std::array kRootNames = {
     if (character >= u'0' && character <= u'9') {
         return static_cast<std::uint32_t>(character - u'0');
     }
-    const char16_t lower = static_cast<char16_t>(character | 0x20);
+    const auto lower = static_cast<char16_t>(character | 0x20);
     return lower >= u'a' && lower <= u'f' ? static_cast<std::uint32_t>(lower - u'a' + 10) : 16;
 }
 

@@ -1,0 +1,67 @@
+// The module itself, registered from a folder with an awkward name.
+#include "frame/com/module.hpp"
+#include "tests/unit/frame/registrar/scratch_registry.hpp"
+
+namespace paylodge {
+namespace {
+
+class ModuleRegistration : public ScratchRegistry {
+  protected:
+    ModuleRegistration() {
+        const std::wstring program = Module::Path();
+        const std::wstring tests = program.substr(0, program.find_last_of(L'\\'));
+        folder_ = tests + L"\\It's 100% \u65e5\u672c \u03a9 %MODULE%";
+        path_ = folder_ + L"\\Paylodge.dll";
+        ::CreateDirectoryW(folder_.c_str(), nullptr);
+        EXPECT_TRUE(::CopyFileW((tests + L"\\..\\Paylodge.dll").c_str(), path_.c_str(), FALSE));
+        module_ = ModuleHandle(::LoadLibraryW(path_.c_str()));
+        EXPECT_EQ(::RegOverridePredefKey(HKEY_CLASSES_ROOT, Root()), ERROR_SUCCESS);
+    }
+    ~ModuleRegistration() override {
+        EXPECT_EQ(::RegOverridePredefKey(HKEY_CLASSES_ROOT, nullptr), ERROR_SUCCESS);
+        module_.Reset();
+        EXPECT_TRUE(::DeleteFileW(path_.c_str()));
+        EXPECT_TRUE(::RemoveDirectoryW(folder_.c_str()));
+    }
+
+    [[nodiscard]] HRESULT Call(const char* name) const {
+        const FARPROC function = ::GetProcAddress(module_.Get(), name);
+        EXPECT_NE(function, nullptr) << name;
+        return function == nullptr ? E_UNEXPECTED
+                                   : reinterpret_cast<HRESULT(STDAPICALLTYPE*)()>(reinterpret_cast<void*>(function))();
+    }
+    [[nodiscard]] const std::wstring& Path() const noexcept { return path_; }
+
+  private:
+    std::wstring folder_;
+    std::wstring path_;
+    ModuleHandle module_;
+};
+
+TEST_F(ModuleRegistration, KnowsWhereTheModuleIs) {
+    ASSERT_EQ(Call("DllRegisterServer"), S_OK);
+    EXPECT_EQ(Text(L"CLSID\\{F8A9E1FD-7DCD-4be8-B510-7CBB849364AB}\\InprocServer32"), Path());
+    EXPECT_EQ(Text(L"CLSID\\{00A0CCCE-89E6-4779-AACD-E774651CB5AD}\\InprocServer32"), Path());
+    EXPECT_EQ(Text(L"CLSID\\{00A0CCCE-89E6-4779-AACD-E774651CB5AD}\\ToolboxBitmap32"), Path() + L", 103");
+    EXPECT_EQ(Text(sizeof(void*) == 8 ? L"TypeLib\\{C29F0A7C-64E9-4345-A15A-EBCB89E54784}\\1.0\\0\\win64"
+                                      : L"TypeLib\\{C29F0A7C-64E9-4345-A15A-EBCB89E54784}\\1.0\\0\\win32"),
+              Path());
+}
+
+TEST_F(ModuleRegistration, IsTakenBackWhole) {
+    ASSERT_EQ(Call("DllRegisterServer"), S_OK);
+    ASSERT_EQ(Call("DllUnregisterServer"), S_OK);
+    EXPECT_FALSE(HasKey(L"Paylodge.Paylodge"));
+    EXPECT_EQ(CountSubkeys(L"CLSID"), 0u);
+    EXPECT_FALSE(HasKey(L"TypeLib\\{C29F0A7C-64E9-4345-A15A-EBCB89E54784}"));
+    EXPECT_EQ(Call("DllUnregisterServer"), S_OK);
+}
+
+TEST_F(ModuleRegistration, MayBeDoneTwice) {
+    ASSERT_EQ(Call("DllRegisterServer"), S_OK);
+    EXPECT_EQ(Call("DllRegisterServer"), S_OK);
+    EXPECT_EQ(CountSubkeys(L"CLSID"), 2u);
+}
+
+}  // namespace
+}  // namespace paylodge
