@@ -1,6 +1,8 @@
 #include "lhxml/xml_builder.hpp"
 
-#include <array>
+#include <emmintrin.h>
+
+#include <bit>
 #include <cassert>
 
 namespace paylodge {
@@ -26,25 +28,38 @@ constexpr size_t kIndentation = 4;
     }
 }
 
-// Whether a byte has an entity, by its value: the search for the next one looks at every byte of every value.
-constexpr auto kHasEntity = [] {
-    std::array<bool, 256> table{};
-    for (size_t byte = 0; byte < table.size(); ++byte) {
-        table[byte] = !EntityFor(static_cast<char>(byte)).empty();
+// One bit for each of the 16 characters that has an entity. Both architectures have these instructions.
+[[nodiscard]] unsigned EscapesIn(const char* characters) noexcept {
+    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(characters));
+    __m128i found = _mm_setzero_si128();
+    for (const char special : {'"', '&', '\'', '<', '>'}) {
+        found = _mm_or_si128(found, _mm_cmpeq_epi8(block, _mm_set1_epi8(special)));
     }
-    return table;
-}();
+    return static_cast<unsigned>(_mm_movemask_epi8(found));
+}
+
+// The position of the next character that has an entity, from `start` on; the value's size when there is none.
+[[nodiscard]] size_t FindEscape(std::string_view value, size_t start) noexcept {
+    constexpr size_t kBlock = sizeof(__m128i);
+    size_t position = start;
+    for (; value.size() - position >= kBlock; position += kBlock) {
+        if (const unsigned escapes = EscapesIn(value.data() + position); escapes != 0) {
+            return position + static_cast<size_t>(std::countr_zero(escapes));
+        }
+    }
+    while (position < value.size() && EntityFor(value[position]).empty()) {
+        ++position;
+    }
+    return position;
+}
 
 }  // namespace
 
 void AppendEscaped(std::string& text, std::string_view value) {
     size_t run_start = 0;
-    for (size_t position = 0; position < value.size(); ++position) {
-        if (kHasEntity[static_cast<unsigned char>(value[position])]) {
-            text.append(value, run_start, position - run_start);
-            text.append(EntityFor(value[position]));
-            run_start = position + 1;
-        }
+    for (size_t found = FindEscape(value, 0); found < value.size(); found = FindEscape(value, run_start)) {
+        text.append(value, run_start, found - run_start).append(EntityFor(value[found]));
+        run_start = found + 1;
     }
     text.append(value, run_start);
 }
