@@ -6,23 +6,12 @@
 
 #include "frame/com/ansi_text.hpp"
 #include "frame/com/object_root.hpp"
+#include "tests/support/without_dispatch.hpp"
 
 namespace paylodge::test {
 namespace {
 
 [[nodiscard]] std::string Show(BSTR text) { return text == nullptr ? "null" : "\"" + AnsiFromBstr(text) + "\""; }
-
-// The host's objects are called through their slots only.
-template <class Interface>
-class WithoutDispatch : public Interface {
-  public:
-    STDMETHODIMP GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
-    STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override {
-        return E_NOTIMPL;
-    }
-};
 
 // Records the call, runs the test's hook, and gives the code that the test chose.
 HRESULT Record(HostStandIn& host, const std::string& method, const std::string& arguments) {
