@@ -37,5 +37,5 @@ build_preset() {
         }
     fi
     say "building $preset"
-    ninja -C "build/$preset" "$@" 9>&- || fail "building $preset failed: the lines above say why"
+    (cd "build/$preset" && exec ninja "$@" 9>&-) || fail "building $preset failed: the lines above say why"
 }

@@ -86,7 +86,7 @@ def program_job(paths: Paths, preset: str, program: Path, pattern: str) -> Job:
     options += gtest_filter(name, pattern)
     return Job(
         name,
-        (["wine"] if under_wine else []) + [str(program)] + options,
+        (wine_session.wine_command(str(program)) if under_wine else [str(program)]) + options,
         lambda ending: read_gtest(ending, report, may_be_empty=len(options) > 1),
         lambda: prepare_program(preset, report),
         environment=wine_environment(paths, preset, name) if under_wine else {},
@@ -124,11 +124,11 @@ def script_jobs(paths: Paths) -> list[Job]:
 
 def script_job(paths: Paths, architecture: str, script: Path) -> Job:
     name = f"script/{architecture}/{script.stem}"
-    host = wine_session.system_program(architecture, "cscript")
+    host = wine_session.system_command(architecture, "cscript")
     harness = script.with_name("harness.js")
     return Job(
         name,
-        ["wine", host, "//nologo", windows_path(harness), windows_path(script)],
+        [*host, "//nologo", windows_path(harness), windows_path(script)],
         read_lines,
         lambda: check_wine(architecture) or register_libraries(paths, architecture),
         environment=wine_environment(paths, architecture, name),

@@ -3,6 +3,11 @@
 # checkout.
 
 export WINEPREFIX=$PWD/build/wine WINEDEBUG=-all WINEDLLOVERRIDES=mscoree,mshtml= LC_ALL=C.UTF-8
+# The 64-bit loader runs both kinds of program; the one that "wine" may stand for takes the 64-bit system folder for the
+# 32-bit one.
+PAYLODGE_WINE=/usr/lib/wine/wine64
+[ -x "$PAYLODGE_WINE" ] || PAYLODGE_WINE=$(command -v wine64 || printf wine)
+export PAYLODGE_WINE
 unset DISPLAY WAYLAND_DISPLAY WINEARCH WINEPATH WINESERVER WINELOADER
 
 # Names what the prefix was made by and for; a prefix of another kind is made anew.
@@ -21,10 +26,10 @@ stop_wine() {
 set_up_prefix() {
     rm -rf "$WINEPREFIX"
     timeout 300 wineboot -i &&
-        wine reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d x11,null /f &&
-        wine reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f &&
-        wineserver -k
-    wineserver -w
+        "$PAYLODGE_WINE" reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d x11,null /f &&
+        "$PAYLODGE_WINE" reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f &&
+        wineserver -k &&
+        wineserver -w
 }
 
 prepare_wine() {

@@ -20,8 +20,14 @@ def windows_path(path: Path) -> str:
     return "Z:" + str(path.resolve()).replace("/", "\\")
 
 
-def system_program(architecture: str, name: str) -> str:
-    return f"C:\\windows\\{SYSTEM_FOLDERS[architecture]}\\{name}.exe"
+def wine_command(program: str) -> list[str]:
+    """The beginning of a command that runs a Windows program."""
+    return [os.environ.get("PAYLODGE_WINE", "wine"), program]
+
+
+def system_command(architecture: str, name: str) -> list[str]:
+    """The same for a program of the system."""
+    return wine_command(f"C:\\windows\\{SYSTEM_FOLDERS[architecture]}\\{name}.exe")
 
 
 def run_quietly(command: list[str]) -> int:
@@ -40,7 +46,7 @@ def run_quietly(command: list[str]) -> int:
 def works(architecture: str) -> bool:
     """Whether programs of this architecture can run on this machine."""
     try:
-        return run_quietly(["wine", system_program(architecture, "cmd"), "/c", "exit 7"]) == 7
+        return run_quietly([*system_command(architecture, "cmd"), "/c", "exit 7"]) == 7
     except (OSError, subprocess.TimeoutExpired):
         return False
 
@@ -50,7 +56,7 @@ def register(architecture: str, library: Path) -> str:
     if not library.exists():
         return f"{library} is missing"
     try:
-        exit_code = run_quietly(["wine", system_program(architecture, "regsvr32"), "/s", windows_path(library)])
+        exit_code = run_quietly([*system_command(architecture, "regsvr32"), "/s", windows_path(library)])
     except subprocess.TimeoutExpired:
         return f"registering {library} did not end within {TIME_LIMIT_SECONDS} s"
     return f"registering {library} failed with exit code {exit_code}" if exit_code != 0 else ""

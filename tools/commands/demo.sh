@@ -20,7 +20,7 @@ company_file=build/demo/riverside.lhcompany
 time_limit_seconds=60
 
 register_library() {
-    timeout "$time_limit_seconds" wine 'C:\windows\system32\regsvr32.exe' /s "$(windows_path "$1")" 9>&- ||
+    timeout "$time_limit_seconds" "$PAYLODGE_WINE" 'C:\windows\system32\regsvr32.exe' /s "$(windows_path "$1")" 9>&- ||
         fail "registering $1 failed; './dev clean' and another try may help"
 }
 
@@ -28,7 +28,7 @@ run_script() {
     export LEDGERHALL_COMPANY_FILE LEDGERHALL_TRANSCRIPT=1 WINEPATH
     LEDGERHALL_COMPANY_FILE=$(windows_path "$company_file")
     WINEPATH="$(windows_path build/x64/refhost);$(windows_path build/x64)"
-    timeout "$time_limit_seconds" wine 'C:\windows\system32\cscript.exe' //nologo \
+    timeout "$time_limit_seconds" "$PAYLODGE_WINE" 'C:\windows\system32\cscript.exe' //nologo \
         "$(windows_path examples/first-steps.js)" 9>&- </dev/null | tr -d '\r'
 }
 
@@ -53,11 +53,14 @@ run() {
     fi
 
     trap stop_wine EXIT
-    # Keeps the Wine server between the programs; the first one would otherwise wait for it to start and end each time.
+    # One Wine server for all of them.
     wineserver -p60 9>&- >/dev/null 2>&1
     register_library build/x64/refhost/refhost.dll
     register_library build/x64/Paylodge.dll
+    cp "$company_file" "$company_file.before"
     run_script || fail "the page script did not end within $time_limit_seconds s"
+    ! cmp -s "$company_file" "$company_file.before" ||
+        fail "the page script recorded nothing in $company_file: what it printed above should say why"
     say ""
     say "The company file is $company_file. './dev demo' goes on with it; './dev demo --fresh' starts over."
 }
