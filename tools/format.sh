@@ -16,8 +16,13 @@ if [ "${1-}" != --check ]; then
     exit 0
 fi
 
-unformatted=$(list_sources | xargs -0 -r clang-format --dry-run 2>&1 | sed -n 's/^\([^:]*\):[0-9]*:.*warning: code should be.*/\1/p' | sort -u)
-[ -n "$unformatted" ] || exit 0
-printf 'not formatted:\n%s\n' "$unformatted" | sed '2,$s/^/  /'
+findings=$(list_sources | xargs -0 -r clang-format --dry-run -Werror 2>&1) && exit 0
+unformatted=$(sed -n 's/^\([^:]*\):[0-9]*:.*code should be clang-formatted.*/\1/p' <<<"$findings" | sort -u)
+if [ -z "$unformatted" ]; then
+    printf '%s\n' "$findings"
+    exit 1
+fi
+printf 'not formatted:\n'
+sed 's/^/  /' <<<"$unformatted"
 printf "'./dev format' mends that\n"
 exit 1

@@ -19,8 +19,10 @@ say() { printf 'setup: %s\n' "$*" >&2; }
 list_missing() {
     local installed package
     # Fails when it does not know one of them, which is no more than an answer here.
-    installed=$({ dpkg-query -W -f='${db:Status-Status} ${Package}:${Architecture}\n' "${@%%:*}" 2>/dev/null || true; } |
-        sed -n -e "s/:$(dpkg --print-architecture)\$//" -e 's/:all$//' -e 's/^installed //p')
+    installed=$(
+        { dpkg-query -W -f='${db:Status-Status} ${Package}:${Architecture}\n' "${@%%:*}" 2>/dev/null || true; } |
+            sed -n -e "s/:$(dpkg --print-architecture)\$//" -e 's/:all$//' -e 's/^installed //p'
+    )
     for package in "$@"; do
         grep -qxF "$package" <<<"$installed" || printf '%s\n' "$package"
     done

@@ -12,8 +12,10 @@ import wine_session
 from test_results import Case, Ending, Outcome, read_gtest, read_lines, read_status
 from wine_session import windows_path
 
-KINDS = ("x64", "x86", "native", "script", "tools", "format")
+KINDS = ("x64", "x86", "native", "script", "fuzz", "tools", "format")
 WINE_PACKAGES = {"x64": "wine64", "x86": "wine32:i386"}
+
+SHORT_FUZZ_RUNS = 50_000
 
 
 @dataclass(frozen=True)
@@ -47,17 +49,21 @@ class Job:
     environment: dict[str, str] = field(default_factory=dict)
     under_wine: bool = False
     needs_display: bool = False
+    # The name of its case when there is but one.
+    only_case: str = ""
 
 
 def collect_jobs(paths: Paths, kinds: list[str], pattern: str) -> list[Job]:
     """The jobs of the given kinds that may have a case with the pattern in its full name."""
     jobs = [job for kind in KINDS if kind in kinds for job in jobs_of_kind(paths, kind, pattern)]
-    return [job for job in jobs if may_match(job.name, pattern)]
+    return [job for job in jobs if may_match(job.name, job.only_case, pattern)]
 
 
 def jobs_of_kind(paths: Paths, kind: str, pattern: str) -> list[Job]:
     if kind == "script":
         return script_jobs(paths)
+    if kind == "fuzz":
+        return fuzz_jobs(paths)
     if kind == "tools":
         return [tools_job(paths)]
     if kind == "format":
@@ -65,8 +71,10 @@ def jobs_of_kind(paths: Paths, kind: str, pattern: str) -> list[Job]:
     return program_jobs(paths, kind, pattern)
 
 
-def may_match(job_name: str, pattern: str) -> bool:
+def may_match(job_name: str, only_case: str, pattern: str) -> bool:
     """A pattern that begins like a full name names its job; any other may stand in the name of a case."""
+    if only_case:
+        return pattern in f"{job_name}/{only_case}"
     names_job = "/" in pattern and pattern.split("/")[0] in KINDS
     prefix = job_name + "/"
     return not names_job or pattern in prefix or pattern.startswith(prefix)
@@ -157,11 +165,28 @@ def wine_environment(paths: Paths, preset: str, job_name: str) -> dict[str, str]
     return environment
 
 
+def fuzz_jobs(paths: Paths) -> list[Job]:
+    """A short run of each fuzzer, the same each time: whether the code stands it, not what more could be found."""
+    fuzzers = sorted((paths.build / "native" / "fuzz").glob("*_fuzz"))
+    return [fuzz_job(paths, fuzzer) for fuzzer in fuzzers]
+
+
+def fuzz_job(paths: Paths, fuzzer: Path) -> Job:
+    dictionary = paths.root / "tests" / "fuzz" / f"{fuzzer.name.removesuffix('_fuzz')}.dict"
+    options = [f"-runs={SHORT_FUZZ_RUNS}", "-seed=1", "-timeout=10", "-verbosity=0"]
+    options += [f"-dict={dictionary}"] if dictionary.exists() else []
+    return status_job(f"fuzz/{fuzzer.name}", "short run", [str(fuzzer), *options])
+
+
 def tools_job(paths: Paths) -> Job:
     command = [sys.executable, str(paths.root / "tools/run_unittests.py"), str(paths.root / "tests/tools")]
     return Job("tools", command, read_lines)
 
 
 def format_job(paths: Paths) -> Job:
-    command = ["bash", str(paths.root / "tools/format.sh"), "--check"]
-    return Job("format", command, lambda ending: read_status(ending, "sources"))
+    return status_job("format", "sources", ["bash", str(paths.root / "tools/format.sh"), "--check"])
+
+
+def status_job(name: str, case: str, command: list[str]) -> Job:
+    """A program that is one test."""
+    return Job(name, command, lambda ending: read_status(ending, case), only_case=case)

@@ -45,6 +45,20 @@ prepare_wine() {
     printf '%s\n' "$stamp" >"$WINEPREFIX/.stamp"
 }
 
+# One Wine server for all programs of a command, which it ends with.
+start_wine() {
+    trap stop_wine EXIT
+    wineserver -p60 9>&- >/dev/null 2>&1
+}
+
+# run_wine SECONDS FOLDER PROGRAM [ARGUMENT]...: runs a Windows program that finds the host's libraries built in FOLDER.
+run_wine() {
+    local seconds=$1 folder=$2
+    shift 2
+    WINEPATH="$(windows_path "$folder/refhost");$(windows_path "$folder")" \
+        timeout "$seconds" "$PAYLODGE_WINE" "$@" 9>&- </dev/null
+}
+
 # windows_path FILE: the name under which Windows programs see a file of this machine.
 windows_path() {
     local path

@@ -110,7 +110,8 @@ class GTestResults(Folder):
                 self.assertEqual(cases[1].name, "(end of program)")
 
     def test_a_failure_outside_any_test_counts(self) -> None:
-        report = '<testsuites><testsuite name="Sum"><testcase name=""><failure>f</failure></testcase></testsuite></testsuites>'
+        case = '<testcase name=""><failure>f</failure></testcase>'
+        report = f'<testsuites><testsuite name="Sum">{case}</testsuite></testsuites>'
         self.assertEqual(self.read(Ending("", 1), report), [Case("Sum.(set-up)", Outcome.FAILED, "f")])
 
     def test_a_program_without_tests_fails_unless_they_were_filtered_out(self) -> None:
@@ -171,13 +172,18 @@ class Texts(unittest.TestCase):
 
 class Filters(unittest.TestCase):
     def test_a_full_name_selects_its_program_only(self) -> None:
-        self.assertTrue(may_match("x64/sum_tests", "x64/sum_tests/Sum.Adds"))
-        self.assertFalse(may_match("x86/sum_tests", "x64/sum_tests/Sum.Adds"))
-        self.assertTrue(may_match("x64/sum_tests", "x64/sum"))
+        self.assertTrue(may_match("x64/sum_tests", "", "x64/sum_tests/Sum.Adds"))
+        self.assertFalse(may_match("x86/sum_tests", "", "x64/sum_tests/Sum.Adds"))
+        self.assertTrue(may_match("x64/sum_tests", "", "x64/sum"))
 
     def test_any_other_text_may_stand_in_a_case(self) -> None:
-        self.assertTrue(may_match("x86/sum_tests", "Sum.Adds"))
-        self.assertTrue(may_match("x86/sum_tests", "Some/Sum.Odd/0"))
+        self.assertTrue(may_match("x86/sum_tests", "", "Sum.Adds"))
+        self.assertTrue(may_match("x86/sum_tests", "", "Some/Sum.Odd/0"))
+
+    def test_a_program_of_one_case_runs_only_for_that(self) -> None:
+        self.assertTrue(may_match("format", "sources", ""))
+        self.assertTrue(may_match("format", "sources", "format/so"))
+        self.assertFalse(may_match("format", "sources", "Sum"))
 
     def test_a_program_is_told_which_cases_are_wanted(self) -> None:
         self.assertEqual(gtest_filter("x64/sum_tests", ""), [])

@@ -1,26 +1,25 @@
 #!/usr/bin/env bash
-# measures the operations and the XML writer
+# measures each operation beside what it cannot avoid
 
 usage() {
     cat <<'END'
 Usage: ./dev bench
 
-Measures every list operation and a batch at 100, 10,000 and 100,000 records, each beside its floor in the same run (the
-same request sent, the same response loaded, the leanest walk that reads the needed texts), under Wine on x64; then the
-XML writer on this machine. Prints medians and ratios; the operations' are in build/bench.json too.
-Takes a few minutes. Nothing else should run on the machine meanwhile.
+Measures each operation of the component (x64, under Wine) beside its floor in the same run: the same request sent,
+the same response loaded, the leanest walk over the records. Prints a table and writes build/benchmarks/operations.json.
 END
 }
 
 run() {
-    [ $# -eq 0 ] || usage_error "'bench' takes no arguments"
+    [ $# -eq 0 ] || usage_error "'bench' takes no argument, not '$1'"
     install_packages
     lock_checkout
-    build_preset x64 operations_bench LHUtilities
-    build_preset bench xml_builder_bench
+    build_preset x64 operations_bench refhost/all
     . tools/wine.sh
     prepare_wine
-    WINEPATH=$(windows_path build/x64/refhost) \
-        wine build/x64/benchmarks/operations_bench.exe "$(windows_path build/bench.json)" </dev/null 9>&-
-    build/bench/benchmarks/xml_builder_bench
+    mkdir -p build/benchmarks
+    say "measuring (a few minutes)"
+    start_wine
+    run_wine 1800 build/x64 build/x64/benchmarks/operations_bench.exe \
+        "$(windows_path build/benchmarks/operations.json)" || fail "the measurement broke off: the lines above say why"
 }

@@ -19,17 +19,17 @@ sample=examples/riverside.lhcompany
 company_file=build/demo/riverside.lhcompany
 time_limit_seconds=60
 
+run_system_program() { run_wine "$time_limit_seconds" build/x64 "C:\\windows\\system32\\$1" "${@:2}"; }
+
 register_library() {
-    timeout "$time_limit_seconds" "$PAYLODGE_WINE" 'C:\windows\system32\regsvr32.exe' /s "$(windows_path "$1")" 9>&- ||
+    run_system_program regsvr32.exe /s "$(windows_path "$1")" ||
         fail "registering $1 failed; './dev clean' and another try may help"
 }
 
 run_script() {
-    export LEDGERHALL_COMPANY_FILE LEDGERHALL_TRANSCRIPT=1 WINEPATH
+    export LEDGERHALL_COMPANY_FILE LEDGERHALL_TRANSCRIPT=1
     LEDGERHALL_COMPANY_FILE=$(windows_path "$company_file")
-    WINEPATH="$(windows_path build/x64/refhost);$(windows_path build/x64)"
-    timeout "$time_limit_seconds" "$PAYLODGE_WINE" 'C:\windows\system32\cscript.exe' //nologo \
-        "$(windows_path examples/first-steps.js)" 9>&- </dev/null | tr -d '\r'
+    run_system_program cscript.exe //nologo "$(windows_path examples/first-steps.js)" | tr -d '\r'
 }
 
 run() {
@@ -52,9 +52,7 @@ run() {
         cp "$sample" "$company_file"
     fi
 
-    trap stop_wine EXIT
-    # One Wine server for all of them.
-    wineserver -p60 9>&- >/dev/null 2>&1
+    start_wine
     register_library build/x64/refhost/refhost.dll
     register_library build/x64/Paylodge.dll
     cp "$company_file" "$company_file.before"

@@ -11,6 +11,7 @@ Builds and runs the tests of the given kinds; without a KIND all of them:
   x86     programs for 32-bit Windows, under Wine
   native  programs for this machine, under sanitizers
   script  page scripts, on both Windows architectures
+  fuzz    a short run of each fuzzer
   tools   the tests of the tools themselves
   format  the format of the C++ sources
 
@@ -29,8 +30,16 @@ flavours_for() {
         case $kind in
             x64 | x86 | native) printf '%s\n' "$kind" ;;
             script) printf 'x64\nx86\n' ;;
+            fuzz) printf 'native\n' ;;
         esac
     done | sort -u
+}
+
+# What to build of a flavour beside what is built by default.
+targets_of() {
+    if [ "$1" = native ] && [[ " ${*:2} " = *' fuzz '* ]]; then
+        printf 'all\nfuzzers\n'
+    fi
 }
 
 run() {
@@ -42,17 +51,17 @@ run() {
                 options+=("$1" "$2")
                 shift
                 ;;
-            x64 | x86 | native | script | tools | format) kinds+=("$1") ;;
+            x64 | x86 | native | script | fuzz | tools | format) kinds+=("$1") ;;
             *) usage_error "'test' does not know '$1'; './dev test --help' says what it knows" ;;
         esac
         shift
     done
-    [ ${#kinds[@]} -gt 0 ] || kinds=(x64 x86 native script tools format)
+    [ ${#kinds[@]} -gt 0 ] || kinds=(x64 x86 native script fuzz tools format)
 
     install_packages
     lock_checkout
     for preset in $(flavours_for "${kinds[@]}"); do
-        build_preset "$preset"
+        build_preset "$preset" $(targets_of "$preset" "${kinds[@]}")
     done
     . tools/wine.sh
     prepare_wine

@@ -1,0 +1,48 @@
+#!/usr/bin/env bash
+# feeds the pure core with hostile input
+
+usage() {
+    cat <<'END'
+Usage: ./dev fuzz [--seconds N] [FUZZER]...
+
+Runs the given fuzzers of tests/fuzz, without an argument all of them, for N seconds each (default 60). What they
+learn stays in build/fuzz/FUZZER; an input that breaks something is left in build/fuzz and named.
+END
+}
+
+# run_fuzzer NAME SECONDS
+run_fuzzer() {
+    local dictionary=tests/fuzz/${1%_fuzz}.dict options=()
+    [ ! -f "$dictionary" ] || options=("-dict=$dictionary")
+    mkdir -p "build/fuzz/$1"
+    say "fuzzing $1 for $2 s"
+    "build/native/fuzz/$1" -max_total_time="$2" -timeout=10 -artifact_prefix="build/fuzz/$1-" -print_final_stats=1 \
+        "${options[@]}" "build/fuzz/$1" 9>&- ||
+        fail "$1 found something: the lines above say what; 'build/native/fuzz/$1 FILE' shows it again"
+}
+
+run() {
+    local seconds=60 fuzzers=() fuzzer
+    while [ $# -gt 0 ]; do
+        case $1 in
+            --seconds)
+                [[ ${2-} =~ ^[0-9]+$ ]] || usage_error "--seconds needs a number"
+                seconds=$2
+                shift
+                ;;
+            -*) usage_error "'fuzz' does not know '$1'; './dev fuzz --help' says what it knows" ;;
+            *) fuzzers+=("$1") ;;
+        esac
+        shift
+    done
+    install_packages
+    lock_checkout
+    build_preset native fuzzers
+    [ ${#fuzzers[@]} -gt 0 ] || mapfile -t fuzzers < <(cd build/native/fuzz && ls -- *_fuzz)
+    for fuzzer in "${fuzzers[@]}"; do
+        [ -x "build/native/fuzz/$fuzzer" ] || usage_error "there is no fuzzer '$fuzzer' in tests/fuzz"
+    done
+    for fuzzer in "${fuzzers[@]}"; do
+        run_fuzzer "$fuzzer" "$seconds"
+    done
+}
