@@ -1,0 +1,367 @@
+#include "lhxml/dom.hpp"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "frame/com/object_root.hpp"
+#include "lhxml/envelope.hpp"
+#include "tests/unit/lhxml/document_test.hpp"
+#include "tests/unit/lhxml/node_stand_in.hpp"
+
+namespace paylodge::test {
+namespace {
+
+using namespace std::string_literals;
+using namespace std::string_view_literals;
+
+constexpr auto kSentinel = "sentinel"sv;
+constexpr auto kCreationFailed = "Instantiate MSXML DOM OBJ failed"sv;
+constexpr auto kLoadFailed = "Load failed because "sv;
+
+[[nodiscard]] std::string TextOf(IXMLDOMNode* node) {
+    std::string text(kSentinel);
+    EXPECT_EQ(S_OK, GetNodeText(node, text));
+    return text;
+}
+
+[[nodiscard]] std::string NameOf(IXMLDOMNode* node) {
+    std::string name(kSentinel);
+    EXPECT_EQ(S_OK, GetNodeName(node, name));
+    return name;
+}
+
+[[nodiscard]] ComPtr<IXMLDOMNamedNodeMap> AttributesOf(std::string_view document) {
+    ComPtr<IXMLDOMNamedNodeMap> attributes;
+    EXPECT_EQ(S_OK, TopElement(document)->get_attributes(attributes.Receive()));
+    return attributes;
+}
+
+// The code of a read and what it left in the out value, which held the sentinel before.
+struct Reading {
+    HRESULT result;
+    std::string value;
+    bool operator==(const Reading&) const = default;
+};
+
+void PrintTo(const Reading& reading, std::ostream* out) {
+    *out << std::hex << reading.result << " \"" << reading.value << '"';
+}
+
+[[nodiscard]] Reading ReadAttribute(IXMLDOMNamedNodeMap* attributes, std::string_view name) {
+    std::string value(kSentinel);
+    const HRESULT result = GetAttributeValue(attributes, name, value);
+    return {result, value};
+}
+
+[[nodiscard]] Reading ReadAttribute(std::string_view document, std::string_view name) {
+    return ReadAttribute(AttributesOf(document).Get(), name);
+}
+
+// The text of the first element with this name below the document's element, or "none".
+[[nodiscard]] std::string FirstText(std::string_view document, std::wstring_view name) {
+    ComPtr<IXMLDOMNode> element;
+    EXPECT_EQ(S_OK, FindFirstElement(TopElement(document).Get(), name, element));
+    return element ? TextOf(element.Get()) : "none";
+}
+
+[[nodiscard]] std::string Nested(size_t depth) {
+    std::string text = "x";
+    for (size_t level = 0; level < depth; ++level) {
+        text = "<A>" + text + "</A>";
+    }
+    return text;
+}
+
+class Dom : public DocumentTest {};
+
+// Documents that the host's library makes, kept in sight: hands out what the platform's own class object makes.
+class DocumentWatch {
+  public:
+    DocumentWatch() {
+        ComPtr<IClassFactory> original;
+        EXPECT_EQ(S_OK, ::CoGetClassObject(kDomDocument60, CLSCTX_INPROC_SERVER, nullptr, IID_IClassFactory,
+                                           original.ReceiveVoid()));
+        class_object_ = ComPtr<IClassFactory>(ComObject<ClassObject>::Create(*this, original).Get());
+        EXPECT_EQ(S_OK, ::CoRegisterClassObject(kDomDocument60, class_object_.Get(), CLSCTX_INPROC_SERVER,
+                                                REGCLS_MULTIPLEUSE, &registration_));
+    }
+    ~DocumentWatch() { EXPECT_EQ(S_OK, ::CoRevokeClassObject(registration_)); }
+    DocumentWatch(const DocumentWatch&) = delete;
+    DocumentWatch& operator=(const DocumentWatch&) = delete;
+
+    // References on the only document, apart from the one that keeps it in sight.
+    [[nodiscard]] ULONG References() const {
+        EXPECT_EQ(1U, documents_.size());
+        documents_.at(0)->AddRef();
+        return documents_.at(0)->Release() - 1;
+    }
+
+  private:
+    // {88D96A05-F192-11D4-A65F-0040963251E5}
+    static constexpr CLSID kDomDocument60 = {
+        0x88D96A05, 0xF192, 0x11D4, {0xA6, 0x5F, 0x00, 0x40, 0x96, 0x32, 0x51, 0xE5}};
+
+    class ClassObject : public IClassFactory {
+      public:
+        using Interfaces = InterfaceTable<Entry<IClassFactory>>;
+
+        ClassObject(DocumentWatch& watch, ComPtr<IClassFactory> original) : watch_(watch), original_(original) {}
+
+        STDMETHODIMP CreateInstance(IUnknown* outer, REFIID id, void** object) override {
+            const HRESULT result = original_->CreateInstance(outer, id, object);
+            if (SUCCEEDED(result)) {
+                watch_.documents_.emplace_back(static_cast<IUnknown*>(*object));
+            }
+            return result;
+        }
+        STDMETHODIMP LockServer(BOOL) override { return S_OK; }
+
+      protected:
+        ~ClassObject() = default;
+
+      private:
+        DocumentWatch& watch_;
+        ComPtr<IClassFactory> original_;
+    };
+
+    std::vector<ComPtr<IUnknown>> documents_;
+    ComPtr<IClassFactory> class_object_;
+    DWORD registration_ = 0;
+};
+
+TEST_F(Dom, LoadedDocumentLeavesTheErrorAlone) {
+    std::string error(kSentinel);
+    EXPECT_TRUE(LoadXmlDocument("<A/>", error));
+    EXPECT_EQ(kSentinel, error);
+}
+
+TEST_F(Dom, LoadedDocumentBelongsToTheCaller) {
+    const DocumentWatch watch;
+    std::string error;
+    {
+        const auto document = LoadXmlDocument("<A/>", error);
+        EXPECT_EQ(1U, watch.References());
+    }
+    EXPECT_EQ(0U, watch.References());
+}
+
+TEST_F(Dom, LoadsBothFormsOfTheEnvelope) {
+    std::string error;
+    EXPECT_TRUE(LoadXmlDocument(PassThroughEnvelope("<AccountQueryRq/>"), error)) << error;
+    EXPECT_TRUE(LoadXmlDocument(ComposeRequest("AccountQueryRq", [](XMLBuilder&) {}), error)) << error;
+}
+
+TEST_F(Dom, LoadsWhatTheBuilderEscaped) {
+    XMLBuilder builder;
+    builder.OpenElement("A", std::array{"b"sv}, std::array{"\"&'<>"sv});
+    builder.AddElement("C", "<\"&'>");
+    builder.CloseElement("A");
+    EXPECT_EQ((Reading{S_OK, "\"&'<>"}), ReadAttribute(builder.GetText(), "b"));
+    EXPECT_EQ("<\"&'>", FirstText(builder.GetText(), L"C"));
+}
+
+TEST_F(Dom, DoesNotLoadMalformedText) {
+    const auto texts = {""s,         " "s,          "x"s,        "<A>"s,       "<A></B>"s, "<A/><B/>"s,
+                        "<A b=c/>"s, "<A>&b;</A>"s, "<A>&</A>"s, "<A>\0</A>"s, "\0<A/>"s,  std::string(100'000, '<')};
+    for (const std::string& text : texts) {
+        std::string error(kSentinel);
+        EXPECT_FALSE(LoadXmlDocument(text, error)) << text.substr(0, 20);
+        EXPECT_EQ(kLoadFailed, error.substr(0, kLoadFailed.size())) << text.substr(0, 20);
+    }
+}
+
+TEST_F(Dom, ReleasesTheDocumentThatDoesNotLoad) {
+    const DocumentWatch watch;
+    std::string error;
+    EXPECT_FALSE(LoadXmlDocument("<A>", error));
+    EXPECT_EQ(0U, watch.References());
+}
+
+TEST_F(Dom, SaysThatTheDocumentCannotBeCreated) {
+    ASSERT_TRUE(::SetEnvironmentVariableA("LHUTILITIES_FAIL", "0x80070005"));
+    std::string error(kSentinel);
+    EXPECT_FALSE(LoadXmlDocument("<A/>", error));
+    EXPECT_EQ(kCreationFailed, error);
+    ASSERT_TRUE(::SetEnvironmentVariableA("LHUTILITIES_FAIL", nullptr));
+    EXPECT_TRUE(LoadXmlDocument("<A/>", error));
+}
+
+TEST_F(Dom, LoadsTextOfTheAnsiCodePage) { EXPECT_EQ("caf\xE9 \x80", FirstText("<A><B>caf\xE9 \x80</B></A>", L"B")); }
+
+TEST_F(Dom, GivesCharactersOutsideTheCodePageAsItsDefault) {
+    EXPECT_EQ("a?b", FirstText("<A><B>a&#x65E5;b</B></A>", L"B"));
+}
+
+TEST_F(Dom, LoadsALargeDocument) {
+    std::string text = "<A>";
+    for (int record = 0; record < 10'000; ++record) {
+        text += "<B>" + std::to_string(record) + "</B>";
+    }
+    EXPECT_EQ("0", FirstText(text + "</A>", L"B"));
+}
+
+TEST_F(Dom, AttributeThatIsPresentReplacesTheValue) {
+    EXPECT_EQ((Reading{S_OK, "x y"}), ReadAttribute("<A a='1' b='x y'/>", "b"));
+}
+
+TEST_F(Dom, AttributeThatIsPresentButEmptyReplacesTheValue) {
+    EXPECT_EQ((Reading{S_OK, ""}), ReadAttribute("<A b=''/>", "b"));
+}
+
+TEST_F(Dom, AttributeThatIsAbsentLeavesTheValue) {
+    EXPECT_EQ((Reading{S_FALSE, "sentinel"}), ReadAttribute("<A a='1'/>", "b"));
+    EXPECT_EQ((Reading{S_FALSE, "sentinel"}), ReadAttribute("<A/>", "b"));
+}
+
+TEST_F(Dom, AttributeNamesAreCaseSensitive) {
+    EXPECT_EQ((Reading{S_FALSE, "sentinel"}), ReadAttribute("<A statuscode='1'/>", "statusCode"));
+}
+
+TEST_F(Dom, AttributesAreReadInTheAnsiCodePage) {
+    EXPECT_EQ((Reading{S_OK, "\xFC?"}), ReadAttribute("<A \xE9='\xFC&#x65E5;'/>", "\xE9"));
+}
+
+TEST_F(Dom, AttributeLookupGivesItsFailureAndLeavesTheValue) {
+    const auto attributes = MakeAttributesStandIn({.failures = {{L"b", E_ACCESSDENIED}}});
+    EXPECT_EQ((Reading{E_ACCESSDENIED, "sentinel"}), ReadAttribute(attributes.Get(), "b"));
+}
+
+TEST_F(Dom, AttributeWithoutAMapIsAnError) { EXPECT_EQ((Reading{E_POINTER, "sentinel"}), ReadAttribute(nullptr, "b")); }
+
+TEST_F(Dom, NodeTextIsThatOfAllDescendants) {
+    EXPECT_EQ("abcde", TextOf(TopElement("<A>a<B>b<C>c</C></B>d<![CDATA[e]]><!-- f --></A>").Get()));
+    EXPECT_EQ("", TextOf(TopElement("<A/>").Get()));
+}
+
+TEST_F(Dom, NodeNameIsTheElements) { EXPECT_EQ("AccountRet", NameOf(TopElement("<AccountRet/>").Get())); }
+
+TEST_F(Dom, NodeNameKeepsItsPrefix) { EXPECT_EQ("x:A", NameOf(TopElement("<x:A xmlns:x='y'/>").Get())); }
+
+TEST_F(Dom, NullNodeChangesNothing) {
+    EXPECT_EQ(kSentinel, TextOf(nullptr));
+    EXPECT_EQ(kSentinel, NameOf(nullptr));
+}
+
+TEST_F(Dom, NodeThatCannotBeReadGivesItsCodeAndChangesNothing) {
+    const auto node = MakeNodeStandIn({});
+    std::string text(kSentinel);
+    EXPECT_EQ(E_NOTIMPL, GetNodeText(node.Get(), text));
+    EXPECT_EQ(E_NOTIMPL, GetNodeName(node.Get(), text));
+    EXPECT_EQ(kSentinel, text);
+}
+
+TEST_F(Dom, FirstElementIsTheFirstInDocumentOrder) {
+    EXPECT_EQ("1", FirstText("<A><X><B>1</B></X><B>2</B></A>", L"B"));
+    EXPECT_EQ("2", FirstText("<A><X><Y/>x</X><Z><B>2</B></Z><B>3</B></A>", L"B"));
+}
+
+TEST_F(Dom, FirstElementStandsBelowTheNode) {
+    EXPECT_EQ("none", FirstText("<B/>", L"B"));
+    EXPECT_EQ("1", FirstText("<B><B>1</B></B>", L"B"));
+}
+
+TEST_F(Dom, FirstElementIsNotSoughtBehindTheNode) {
+    const auto top = TopElement("<A><X><Y/></X><B/></A>");
+    const auto below = FirstChild(top.Get());
+    ComPtr<IXMLDOMNode> element;
+    EXPECT_EQ(S_OK, FindFirstElement(below.Get(), L"B", element));
+    EXPECT_FALSE(element);
+}
+
+TEST_F(Dom, FirstElementIsFoundFromTheDocument) {
+    std::string error;
+    const auto document = LoadXmlDocument("<?lhxml version=\"7.0\" ?><B>1</B>", error);
+    ComPtr<IXMLDOMNode> element;
+    EXPECT_EQ(S_OK, FindFirstElement(document.Get(), L"B", element));
+    EXPECT_EQ("1", TextOf(element.Get()));
+}
+
+TEST_F(Dom, FirstElementIsAnElementAndNothingElse) {
+    EXPECT_EQ("1", FirstText("<A B='0'><?B x?><!--B--><![CDATA[B]]>B<B>1</B></A>", L"B"));
+}
+
+TEST_F(Dom, FirstElementHasExactlyThatName) {
+    EXPECT_EQ("none", FirstText("<A><b/><BB/><x:B xmlns:x='y'/></A>", L"B"));
+    EXPECT_EQ("none", FirstText("<A><B/></A>", L""));
+    EXPECT_EQ("none", FirstText("<A><B/></A>", L"B\0"sv));
+}
+
+TEST_F(Dom, FirstElementIsFoundInTheDepth) {
+    const auto top = TopElement(Nested(200));
+    ComPtr<IXMLDOMNode> element;
+    EXPECT_EQ(S_OK, FindFirstElement(top.Get(), L"B", element));
+    EXPECT_FALSE(element);
+}
+
+TEST_F(Dom, FirstElementNeedsANode) {
+    ComPtr<IXMLDOMNode> element;
+    EXPECT_EQ(E_POINTER, FindFirstElement(nullptr, L"B", element));
+    EXPECT_FALSE(element);
+}
+
+TEST_F(Dom, ResponseElementIsFoundAnywhere) {
+    EXPECT_EQ("1", TextOf(FindResponseElement("<A><B><C>1</C></B></A>", L"C").Get()));
+    EXPECT_EQ("1", TextOf(FindResponseElement("<C>1</C>", L"C").Get()));
+}
+
+TEST_F(Dom, ResponseElementIsEmptyWhenThereIsNone) {
+    EXPECT_FALSE(FindResponseElement("<A/>", L"C"));
+    EXPECT_FALSE(FindResponseElement("<A><C></A>", L"C"));
+    EXPECT_FALSE(FindResponseElement("", L"C"));
+}
+
+TEST_F(Dom, WalkVisitsEveryChildAndEnds) {
+    const auto top = TopElement("<A><B/><!--c--><D/></A>");
+    std::vector<std::string> names;
+    for (auto child = FirstChild(top.Get()); child; child = NextSibling(child.Get())) {
+        names.push_back(NameOf(child.Get()));
+    }
+    EXPECT_EQ((std::vector<std::string>{"B", "#comment", "D"}), names);
+}
+
+TEST_F(Dom, WalkEndsOnNullAndOnFailure) {
+    EXPECT_FALSE(FirstChild(nullptr));
+    EXPECT_FALSE(NextSibling(nullptr));
+    EXPECT_FALSE(FirstChild(MakeNodeStandIn({}).Get()));
+    EXPECT_FALSE(NextSibling(MakeNodeStandIn({}).Get()));
+}
+
+TEST_F(Dom, ElementsAreToldFromOtherNodes) {
+    const auto top = TopElement("<A><?A x?></A>");
+    EXPECT_TRUE(IsElement(top.Get()));
+    EXPECT_TRUE(IsElement(top.Get(), L"A"));
+    EXPECT_FALSE(IsElement(top.Get(), L"a"));
+    EXPECT_FALSE(IsElement(FirstChild(top.Get()).Get()));
+    EXPECT_FALSE(IsElement(FirstChild(top.Get()).Get(), L"A"));
+    EXPECT_FALSE(IsElement(MakeNodeStandIn({}).Get()));
+    EXPECT_FALSE(IsElement(MakeNodeStandIn({}).Get(), L"A"));
+}
+
+TEST_F(Dom, ChildIsTheFirstOfItsName) {
+    const auto top = TopElement("<A><X><B>0</B></X><?B x?><B>1</B><B>2</B></A>");
+    EXPECT_EQ("1", TextOf(FindChild(top.Get(), L"B").Get()));
+    EXPECT_FALSE(FindChild(top.Get(), L"C"));
+    EXPECT_FALSE(FindChild(nullptr, L"B"));
+}
+
+TEST_F(Dom, ChildTextsAreThoseOfTheFirstChildrenWithTheirNames) {
+    const auto top = TopElement("<A><!--n--><C>3</C><B>1</B><B>2</B><?D x?><X><E>4</E></X></A>");
+    const std::array<std::string, 4> texts = {"1", "3", "", ""};
+    EXPECT_EQ(texts, ReadChildTexts(top.Get(), std::array{L"B"sv, L"C"sv, L"D"sv, L"E"sv}));
+}
+
+TEST_F(Dom, ChildTextThatIsEmptyIsNotTakenFromALaterChild) {
+    const auto top = TopElement("<A><B/><B>2</B></A>");
+    EXPECT_EQ((std::array<std::string, 1>{}), ReadChildTexts(top.Get(), std::array{L"B"sv}));
+}
+
+TEST_F(Dom, ChildTextsOfNoNodeAreEmpty) {
+    EXPECT_EQ((std::array<std::string, 1>{}), ReadChildTexts(nullptr, std::array{L"B"sv}));
+}
+
+}  // namespace
+}  // namespace paylodge::test
