@@ -9,11 +9,10 @@
 namespace paylodge {
 namespace {
 
-const ScriptVariables kVariables = {{u"MODULE", u"C:\\It's here\\100%\\Paylodge.dll"}, {u"OLEMISC", u"131473"}};
-
 [[nodiscard]] bool IsScript(std::u16string_view text) {
+    const ScriptVariables variables = {{u"MODULE", u"C:\\It's here\\100%\\Paylodge.dll"}, {u"OLEMISC", u"131473"}};
     try {
-        static_cast<void>(ParseRegistryScript(text, kVariables));
+        static_cast<void>(ParseRegistryScript(text, variables));
         return true;
     } catch (const RegistryScriptError&) {
         return false;

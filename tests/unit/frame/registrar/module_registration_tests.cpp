@@ -6,7 +6,7 @@ namespace paylodge {
 namespace {
 
 class ModuleRegistration : public ScratchRegistry {
-  protected:
+  public:
     ModuleRegistration() {
         const std::wstring program = Module::Path();
         const std::wstring tests = program.substr(0, program.find_last_of(L'\\'));
@@ -24,6 +24,7 @@ class ModuleRegistration : public ScratchRegistry {
         EXPECT_TRUE(::RemoveDirectoryW(folder_.c_str()));
     }
 
+  protected:
     [[nodiscard]] HRESULT Call(const char* name) const {
         const FARPROC function = ::GetProcAddress(module_.Get(), name);
         EXPECT_NE(function, nullptr) << name;

@@ -14,17 +14,20 @@
 namespace paylodge {
 
 class ScratchRegistry : public testing::Test {
-  protected:
+  public:
     ScratchRegistry() : name_(L"Software\\PaylodgeTests." + std::to_wstring(::GetCurrentProcessId())) {
         EXPECT_EQ(::RegCreateKeyExW(HKEY_CURRENT_USER, name_.c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE,
                                     KEY_ALL_ACCESS, nullptr, root_.Receive(), nullptr),
                   ERROR_SUCCESS);
     }
+    ScratchRegistry(const ScratchRegistry&) = delete;
+    ScratchRegistry& operator=(const ScratchRegistry&) = delete;
     ~ScratchRegistry() override {
         root_.Reset();
         EXPECT_EQ(::RegDeleteTreeW(HKEY_CURRENT_USER, name_.c_str()), ERROR_SUCCESS);
     }
 
+  protected:
     [[nodiscard]] HKEY Root() const noexcept { return root_.Get(); }
 
     void CreateKey(const wchar_t* path) const {

@@ -5,14 +5,14 @@
 namespace paylodge {
 namespace {
 
-const ScriptVariables kVariables = {{u"MODULE", u"C:\\It's here\\Paylodge.dll"}, {u"EMPTY", u""}};
+[[nodiscard]] ScriptVariables Variables() { return {{u"MODULE", u"C:\\It's here\\Paylodge.dll"}, {u"EMPTY", u""}}; }
 
 // What the only token of a script means.
 [[nodiscard]] std::u16string MeaningOf(std::u16string_view script) {
     ScriptTokenizer tokens(script);
     const std::optional<ScriptToken> token = tokens.Next();
     EXPECT_TRUE(token.has_value());
-    std::u16string meaning = token.value().Meaning(kVariables);
+    std::u16string meaning = token.value().Meaning(Variables());
     EXPECT_FALSE(tokens.Next().has_value());
     return meaning;
 }
@@ -21,7 +21,7 @@ const ScriptVariables kVariables = {{u"MODULE", u"C:\\It's here\\Paylodge.dll"},
 [[nodiscard]] std::size_t MistakeLine(std::u16string_view script) {
     try {
         ScriptTokenizer tokens(script);
-        static_cast<void>(tokens.Next().value().Meaning(kVariables));
+        static_cast<void>(tokens.Next().value().Meaning(Variables()));
     } catch (const RegistryScriptError& error) {
         return error.Line();
     }
