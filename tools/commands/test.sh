@@ -46,9 +46,14 @@ run() {
     local options=() kinds=() preset
     while [ $# -gt 0 ]; do
         case $1 in
-            --filter | --time-limit)
-                [ $# -ge 2 ] || usage_error "$1 needs a value"
-                options+=("$1" "$2")
+            --filter)
+                [ $# -ge 2 ] || usage_error "--filter needs a text"
+                options+=("--filter=$2")
+                shift
+                ;;
+            --time-limit)
+                [[ ${2-} =~ ^[1-9][0-9]*$ ]] || usage_error "--time-limit needs a number of seconds"
+                options+=("--time-limit=$2")
                 shift
                 ;;
             x64 | x86 | native | script | fuzz | tools | format) kinds+=("$1") ;;
