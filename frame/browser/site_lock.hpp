@@ -3,15 +3,12 @@
 
 #include <windows.h>
 
-#include <objsafe.h>
 #include <ocidl.h>
 
 #include <span>
 
 #include "frame/browser/site_table.hpp"
-
-// The platform's header leaves its id out.
-__CRT_UUID_DECL(IObjectSafety, 0xCB5BDC81, 0x93C1, 0x11CF, 0x8F, 0x20, 0x00, 0x80, 0x5F, 0x2C, 0xD0, 0x64)
+#include "frame/com/object_safety_id.hpp"
 
 // IObjectSafety, extended by two queries about the lock.
 struct IObjectSafetySiteLock : public IObjectSafety {

@@ -1,0 +1,53 @@
+// Owning types for what drawing borrows from the system.
+#pragma once
+
+#include <windows.h>
+
+#include "frame/com/owner.hpp"
+
+namespace paylodge {
+
+struct RegionTraits {
+    using Type = HRGN;
+    static constexpr Type None() noexcept { return nullptr; }
+    static void Free(Type region) noexcept { ::DeleteObject(region); }
+};
+using Region = Owner<RegionTraits>;
+
+// While it lives, drawing on dc is clipped to the rectangle; afterwards the context has no clip region. Where the
+// region cannot be created, nothing is clipped and nothing is removed.
+class ClipToRectangle {
+  public:
+    ClipToRectangle(HDC dc, const RECTL& rectangle) noexcept
+        : dc_(dc), region_(::CreateRectRgn(rectangle.left, rectangle.top, rectangle.right, rectangle.bottom)) {
+        if (region_) {
+            ::SelectClipRgn(dc_, region_.Get());
+        }
+    }
+    ~ClipToRectangle() {
+        if (region_) {
+            ::SelectClipRgn(dc_, nullptr);
+        }
+    }
+    ClipToRectangle(const ClipToRectangle&) = delete;
+    ClipToRectangle& operator=(const ClipToRectangle&) = delete;
+
+  private:
+    HDC dc_;
+    Region region_;
+};
+
+// Gives a context its settings back.
+class SavedDc {
+  public:
+    explicit SavedDc(HDC dc) noexcept : dc_(dc), state_(::SaveDC(dc)) {}
+    ~SavedDc() { ::RestoreDC(dc_, state_); }
+    SavedDc(const SavedDc&) = delete;
+    SavedDc& operator=(const SavedDc&) = delete;
+
+  private:
+    HDC dc_;
+    int state_;
+};
+
+}  // namespace paylodge
