@@ -1,0 +1,59 @@
+#include "tests/refhost/host_server.hpp"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "frame/com/module.hpp"
+
+namespace paylodge::refhost {
+
+std::wstring PathBesideProgram(std::wstring_view relative) {
+    return (std::filesystem::path(Module::Path()).parent_path() / relative).lexically_normal().wstring();
+}
+
+TemporaryCompanyFile::TemporaryCompanyFile() {
+    static int count = 0;
+    path_ = (std::filesystem::temp_directory_path() /
+             ("refhost-" + std::to_string(::GetCurrentProcessId()) + '-' + std::to_string(++count) + ".lhcompany"))
+                .wstring();
+    std::filesystem::copy_file(PathBesideProgram(L"riverside.lhcompany"), path_,
+                               std::filesystem::copy_options::overwrite_existing);
+}
+
+TemporaryCompanyFile::~TemporaryCompanyFile() {
+    std::error_code ignored;
+    std::filesystem::remove(path_, ignored);
+}
+
+std::string TemporaryCompanyFile::Bytes() const {
+    std::ifstream file(std::filesystem::path(path_), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void TemporaryCompanyFile::Write(std::string_view bytes) const {
+    std::ofstream(std::filesystem::path(path_), std::ios::binary) << bytes;
+}
+
+HostServer::HostServer() : module_(::LoadLibraryW(PathBesideProgram(L"../refhost/refhost.dll").c_str())) {
+    EXPECT_TRUE(module_) << "refhost.dll cannot be loaded: system error " << ::GetLastError();
+}
+
+HRESULT HostServer::GetClassObject(REFCLSID class_id, ComPtr<IClassFactory>& factory) const {
+    auto* const get = Find<HRESULT WINAPI(REFCLSID, REFIID, void**)>("DllGetClassObject");
+    return get == nullptr ? E_UNEXPECTED : get(class_id, IID_IClassFactory, factory.ReceiveVoid());
+}
+
+HRESULT HostServer::CanUnloadNow() const {
+    auto* const can_unload = Find<HRESULT WINAPI()>("DllCanUnloadNow");
+    return can_unload == nullptr ? E_UNEXPECTED : can_unload();
+}
+
+template <class Function>
+Function* HostServer::Find(const char* name) const {
+    return reinterpret_cast<Function*>(reinterpret_cast<void*>(::GetProcAddress(module_.Get(), name)));
+}
+
+}  // namespace paylodge::refhost

@@ -1,0 +1,61 @@
+// refhost.dll as a caller outside meets it: loaded from its file, its objects made through its class objects.
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+#include <string_view>
+
+#include "frame/com/bstr.hpp"
+#include "frame/com/com_ptr.hpp"
+#include "frame/com/owner.hpp"
+#include "lhxml/host_interfaces.hpp"
+#include "refhost.h"
+
+namespace paylodge::refhost {
+
+// Path of a file in the folder that is named relatively to the folder of this program.
+[[nodiscard]] std::wstring PathBesideProgram(std::wstring_view relative);
+
+// A fresh copy of the sample company file in the folder for temporary files, removed at the end.
+class TemporaryCompanyFile {
+  public:
+    TemporaryCompanyFile();
+    ~TemporaryCompanyFile();
+    TemporaryCompanyFile(const TemporaryCompanyFile&) = delete;
+    TemporaryCompanyFile& operator=(const TemporaryCompanyFile&) = delete;
+
+    [[nodiscard]] const std::wstring& Path() const noexcept { return path_; }
+    [[nodiscard]] std::string Bytes() const;
+    void Write(std::string_view bytes) const;
+
+  private:
+    std::wstring path_;
+};
+
+class HostServer {
+  public:
+    // Loads the module. The test fails when that does not work.
+    HostServer();
+
+    // A new object of a class of the module; null when it cannot be had.
+    template <class Interface>
+    [[nodiscard]] ComPtr<Interface> Create(REFCLSID class_id) const {
+        ComPtr<IClassFactory> factory;
+        ComPtr<Interface> object;
+        if (SUCCEEDED(GetClassObject(class_id, factory))) {
+            static_cast<void>(factory->CreateInstance(nullptr, __uuidof(Interface), object.ReceiveVoid()));
+        }
+        return object;
+    }
+    [[nodiscard]] HRESULT GetClassObject(REFCLSID class_id, ComPtr<IClassFactory>& factory) const;
+    [[nodiscard]] HRESULT CanUnloadNow() const;
+
+  private:
+    template <class Function>
+    [[nodiscard]] Function* Find(const char* name) const;
+
+    ModuleHandle module_;
+};
+
+}  // namespace paylodge::refhost

@@ -1,0 +1,20 @@
+// Opens the company file that is named on the command line, sets the named event, and waits to be killed.
+
+#include <windows.h>
+
+#include <objbase.h>
+
+#include "refhost/company_file.hpp"
+
+int wmain(int count, wchar_t** arguments) {
+    if (count != 3 || FAILED(::CoInitialize(nullptr))) {
+        return 2;
+    }
+    const auto file = paylodge::refhost::CompanyFile::Open(arguments[1]);
+    const HANDLE locked = ::OpenEventW(EVENT_MODIFY_STATE, FALSE, arguments[2]);
+    if (locked == nullptr || !::SetEvent(locked)) {
+        return 3;
+    }
+    ::Sleep(60'000);
+    return 0;
+}
