@@ -25,13 +25,10 @@ enum class Code {
     kInvalidValue = 2030,
     kUnknownReference = 2040,
     kNotFound = 2050,
-    kStaleEditSequence = 2060,
     kNameExists = 3100,
-    kPaymentItemExists = 3180,
     // The company file.
     kNoCompanyFile = 4000,
     kNotSaved = 4010,
-    kInternalError = 5000,
 };
 
 struct Status {
