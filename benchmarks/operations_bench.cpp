@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <fstream>
 #include <functional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -80,7 +81,7 @@ class InstantBroker : public WithoutDispatch<IHostObjectBroker>,
 // deeper, below the response to each request.
 struct Reading {
     std::wstring_view element;
-    std::vector<std::wstring_view> texts;
+    std::span<const std::wstring_view> texts;
     bool is_batch = false;
 };
 
@@ -113,7 +114,7 @@ struct Operation {
     return "<?xml version=\"1.0\" ?><LHXML><LHXMLMsgsRs>" + element + "</LHXMLMsgsRs></LHXML>";
 }
 
-[[nodiscard]] size_t ReadTexts(IXMLDOMNode* record, const std::vector<std::wstring_view>& names) {
+[[nodiscard]] size_t ReadTexts(IXMLDOMNode* record, std::span<const std::wstring_view> names) {
     size_t length = 0;
     size_t left = names.size();
     for (auto child = FirstChild(record); child && left > 0; child = NextSibling(child.Get())) {
@@ -221,6 +222,13 @@ struct Row {
     return {operation.name, count, Median(times), Median(floors)};
 }
 
+constexpr std::array kNameTexts = {L"Name"sv};
+constexpr std::array kFullNameTexts = {L"FullName"sv};
+constexpr std::array kAccountTexts = {L"FullName"sv, L"AccountType"sv, L"ListID"sv};
+constexpr std::array kBalanceTexts = {L"FullName"sv, L"Balance"sv, L"BankNumber"sv, L"AccountNumber"sv};
+constexpr std::array kInvoiceTexts = {L"BalanceRemaining"sv, L"RefNumber"sv};
+constexpr std::array kSaleTexts = {L"TxnID"sv, L"RefNumber"sv, L"TotalAmount"sv, L"Memo"sv};
+
 [[nodiscard]] std::vector<Operation> MakeOperations() {
     const std::string account =
         "<AccountRet><ListID>80000001</ListID><EditSequence>1</EditSequence><Name>Checking</Name>"
@@ -247,43 +255,43 @@ struct Row {
         {"GetAccounts",
          account,
          "AccountQueryRs",
-         {L"AccountQueryRs", {L"FullName"}},
+         {L"AccountQueryRs", kFullNameTexts},
          "",
          query(&CPaylodge::GetAccounts)},
         {"GetAccountsForMultipleTypes",
          account,
          "AccountQueryRs",
-         {L"AccountQueryRs", {L"FullName", L"AccountType", L"ListID"}},
+         {L"AccountQueryRs", kAccountTexts},
          "",
          query(&CPaylodge::GetAccountsForMultipleTypes)},
         {"GetBalanceForAccountType",
          account,
          "AccountQueryRs",
-         {L"AccountQueryRs", {L"FullName", L"Balance", L"BankNumber", L"AccountNumber"}},
+         {L"AccountQueryRs", kBalanceTexts},
          "",
          query(&CPaylodge::GetBalanceForAccountType)},
         {"GetItems",
          item,
          "ItemQueryRs",
-         {L"ItemQueryRs", {L"FullName"}},
+         {L"ItemQueryRs", kFullNameTexts},
          "",
          [](CPaylodge& object, BSTR, BSTR* result) { return object.GetItems(result); }},
         {"GetPaymentMethods",
          customer,
          "PaymentMethodQueryRs",
-         {L"PaymentMethodQueryRs", {L"Name"}},
+         {L"PaymentMethodQueryRs", kNameTexts},
          "",
          [](CPaylodge& object, BSTR, BSTR* result) { return object.GetPaymentMethods(result); }},
         {"GetCustomerIDForName",
          customer,
          "CustomerQueryRs",
-         {L"CustomerQueryRs", {L"Name"}},
+         {L"CustomerQueryRs", kNameTexts},
          "",
          query(&CPaylodge::GetCustomerIDForName)},
         {"GetInvoiceInfoForCustomerID",
          invoice,
          "InvoiceQueryRs",
-         {L"InvoiceQueryRs", {L"BalanceRemaining", L"RefNumber"}},
+         {L"InvoiceQueryRs", kInvoiceTexts},
          "",
          [](CPaylodge& object, BSTR argument, BSTR* result) {
              return object.GetInvoiceInfoForCustomerID(argument, MakeBstr(L"99999.99").Get(), result);
@@ -291,7 +299,7 @@ struct Row {
         {"CreateTxns",
          sale_response,
          "",
-         {L"LHXMLMsgsRs", {L"TxnID", L"RefNumber", L"TotalAmount", L"Memo"}, true},
+         {L"LHXMLMsgsRs", kSaleTexts, true},
          sale,
          [](CPaylodge& object, BSTR argument, BSTR* result) {
              return object.CreateTxns(argument, VARIANT_FALSE, result);

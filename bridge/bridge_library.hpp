@@ -18,13 +18,13 @@ void LoadBridgeLibrary() noexcept;
 // Unloads the library when the handle is not null.
 void FreeBridgeLibrary() noexcept;
 
-// Runs a script in the page of the browser instance that the host named. The library is loaded for this one call and freed
-// after it. E_FAIL when it is missing, lacks the export, or an exception leaves make_script(), which gives the script's
-// text, or the export.
+// Runs a script in the page of the browser instance that the host named. The library is loaded for this one call and
+// freed after it. E_FAIL when it is missing, lacks the export, or an exception leaves make_script(), which gives the
+// script's text, or the export.
 [[nodiscard]] HRESULT RunScript(const std::function<std::string()>& make_script) noexcept;
 
-// The address of an export, or null. The library is loaded for it when needed, and stays in the process from then on: the
-// caller keeps the address.
+// The address of an export, or null. The library is loaded for it when needed, and stays in the process from then on:
+// the caller keeps the address.
 [[nodiscard]] FARPROC KeepBridgeExport(const char* name) noexcept;
 
 // One function of the library, looked up on first use and kept. While it has not been found, each use looks again.

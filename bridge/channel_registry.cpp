@@ -2,11 +2,16 @@
 
 namespace paylodge {
 
-std::map<std::wstring, IPaylodgeCtrl10*, std::less<>> g_mapChannelControls;
+std::map<std::wstring, ChannelControl, std::less<>> g_mapChannelControls;
+OwnedBstr g_bstrChannelName = MakeBstr(L"Default");
 
-IPaylodgeCtrl10* FindChannelControl(std::wstring_view channel_name) noexcept {
+const ChannelControl* FindChannelControl(std::wstring_view channel_name) noexcept {
     const auto found = g_mapChannelControls.find(channel_name);
-    return found == g_mapChannelControls.end() ? nullptr : found->second;
+    return found == g_mapChannelControls.end() ? nullptr : &found->second;
+}
+
+void RemoveChannelControl(const IPaylodgeCtrl10* control) noexcept {
+    std::erase_if(g_mapChannelControls, [control](const auto& channel) { return channel.second.control == control; });
 }
 
 }  // namespace paylodge

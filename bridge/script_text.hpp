@@ -9,7 +9,8 @@ namespace paylodge {
 // What is escaped in an argument: one thing or the other, never both; everything else stays raw.
 enum class ScriptEscaping { kNewline, kQuote };
 
-// The text with every occurrence of the pattern replaced, scanning from the start; what was put in is not scanned again.
+// The text with every occurrence of the pattern replaced, scanning from the start; what was put in is not scanned
+// again.
 [[nodiscard]] std::string ReplaceAll(std::string_view text, std::string_view pattern, std::string_view replacement);
 
 // In newline mode a line feed becomes a backslash and an n, in quote mode a double quote gets a backslash in front.

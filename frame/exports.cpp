@@ -4,6 +4,7 @@
 
 #include <array>
 
+#include "bridge/paylodge_ctrl.hpp"
 #include "frame/com/class_object.hpp"
 #include "frame/registrar/server_registration.hpp"
 #include "operations/paylodge.hpp"
@@ -11,7 +12,7 @@
 namespace paylodge {
 namespace {
 
-const std::array kClasses = {MakeClassEntry<CPaylodge>()};
+const std::array kClasses = {MakeClassEntry<CPaylodge>(), MakeClassEntry<CPaylodgeCtrl>()};
 
 }  // namespace
 }  // namespace paylodge

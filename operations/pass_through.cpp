@@ -30,7 +30,9 @@ STDMETHODIMP CPaylodge::ProcessLHRequest(BSTR requestBody, BSTR* pResponse) {
         return result;
     }
     *pResponse = ResultFrom(response);
-    if (IPaylodgeCtrl10* const control = FindChannelControl(View(channel_name_))) {
+    if (const ChannelControl* const subscriber = FindChannelControl(View(channel_name_))) {
+        // Kept alive: what it tells may let go of it.
+        const ComPtr<IPaylodgeCtrl10> control(subscriber->control);
         control->ProcessLHRequestData(requestBody, pResponse);
     }
     return S_OK;

@@ -1,18 +1,15 @@
 #include "frame/registrar/server_registration.hpp"
 
 #include <comdef.h>
-#include <oleidl.h>
 
 #include <array>
 #include <new>
 
+#include "bridge/misc_status.hpp"
 #include "frame/com/module.hpp"
 
 namespace paylodge {
 namespace {
-
-constexpr DWORD kControlMiscStatus = OLEMISC_RECOMPOSEONRESIZE | OLEMISC_CANTLINKINSIDE | OLEMISC_INSIDEOUT |
-                                     OLEMISC_ACTIVATEWHENVISIBLE | OLEMISC_SETCLIENTSITEFIRST;
 
 template <WORD script>
 constexpr RegistrationStep kScript = {[](const Registrar& registrar) { return registrar.Register(script); },

@@ -1,0 +1,13 @@
+// What containers are told about the control, registered or not.
+#pragma once
+
+#include <windows.h>
+
+#include <oleidl.h>
+
+namespace paylodge {
+
+inline constexpr DWORD kControlMiscStatus = OLEMISC_RECOMPOSEONRESIZE | OLEMISC_CANTLINKINSIDE | OLEMISC_INSIDEOUT |
+                                            OLEMISC_ACTIVATEWHENVISIBLE | OLEMISC_SETCLIENTSITEFIRST;
+
+}  // namespace paylodge
