@@ -35,11 +35,17 @@ flavours_for() {
     done | sort -u
 }
 
-# What to build of a flavour beside what is built by default.
-targets_of() {
-    if [ "$1" = native ] && [[ " ${*:2} " = *' fuzz '* ]]; then
-        printf 'all\nfuzzers\n'
-    fi
+# targets_for PRESET KIND...: what to build of a flavour for the given kinds of test.
+targets_for() {
+    local preset=$1 kind
+    shift
+    for kind in "$@"; do
+        case $preset/$kind in
+            x64/x64 | x86/x86 | native/native) printf 'all\n' ;;
+            x64/script | x86/script) printf 'Paylodge\nrefhost/all\n' ;;
+            native/fuzz) printf 'fuzzers\n' ;;
+        esac
+    done
 }
 
 run() {
@@ -66,7 +72,7 @@ run() {
     install_packages
     lock_checkout
     for preset in $(flavours_for "${kinds[@]}"); do
-        build_preset "$preset" $(targets_of "$preset" "${kinds[@]}")
+        build_preset "$preset" $(targets_for "$preset" "${kinds[@]}")
     done
     . tools/wine.sh
     prepare_wine
