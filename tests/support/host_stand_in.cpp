@@ -13,14 +13,18 @@ namespace {
 
 [[nodiscard]] std::string Show(BSTR text) { return text == nullptr ? "null" : "\"" + AnsiFromBstr(text) + "\""; }
 
+[[nodiscard]] HRESULT PlannedResult(const HostStandIn& host, const std::string& method) {
+    const auto failure = host.failures.find(method);
+    return failure == host.failures.end() ? S_OK : failure->second;
+}
+
 // Records the call, runs the test's hook, and gives the code that the test chose.
 HRESULT Record(HostStandIn& host, const std::string& method, const std::string& arguments) {
     host.calls.push_back(method + "(" + arguments + ")");
     if (const auto hook = host.on_call.find(method); hook != host.on_call.end()) {
         hook->second();
     }
-    const auto failure = host.failures.find(method);
-    return failure == host.failures.end() ? S_OK : failure->second;
+    return PlannedResult(host, method);
 }
 
 class Processor : public WithoutDispatch<IRequestProcessor> {
@@ -81,7 +85,8 @@ class Broker final : public WithoutDispatch<IHostObjectBroker> {
     STDMETHODIMP CreateObjectFromClassId(BSTR class_id, IUnknown** object) override {
         const HRESULT result = Record(host_, "CreateObjectFromClassId", Show(class_id));
         if (SUCCEEDED(result)) {
-            *object = ComObject<Processor>::Create(host_).Detach();
+            *object = host_.created_object ? ComPtr<IUnknown>(*host_.created_object).Detach()
+                                           : ComObject<Processor>::Create(host_).Detach();
         }
         return result;
     }
@@ -94,10 +99,11 @@ class BrokerClassObject : public IClassFactory {
   public:
     using Interfaces = InterfaceTable<Entry<IClassFactory>>;
 
-    explicit BrokerClassObject(HostStandIn& host) : broker_(host) {}
+    explicit BrokerClassObject(HostStandIn& host) : host_(host), broker_(host) {}
 
     STDMETHODIMP CreateInstance(IUnknown*, REFIID id, void** object) override {
-        return broker_.QueryInterface(id, object);
+        const HRESULT result = PlannedResult(host_, "CreateInstance");
+        return FAILED(result) ? result : broker_.QueryInterface(id, object);
     }
     STDMETHODIMP LockServer(BOOL) override { return S_OK; }
 
@@ -105,6 +111,7 @@ class BrokerClassObject : public IClassFactory {
     ~BrokerClassObject() = default;
 
   private:
+    HostStandIn& host_;
     Broker broker_;
 };
 

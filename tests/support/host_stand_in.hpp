@@ -7,6 +7,7 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,7 +19,7 @@ namespace paylodge::test {
 // What one ProcessRequest answers.
 struct Answer {
     HRESULT result = S_OK;
-    std::wstring response;
+    std::wstring response = {};
     bool is_null = false;  // no response string at all
 };
 
@@ -40,10 +41,13 @@ class HostStandIn {
     std::deque<Answer> answers;
     // Codes that methods answer with instead of S_OK, by name: "CreateObjectFromClassId", "OpenConnection",
     // "BeginSession", "ProcessRequest" (in place of the answer), "EndSession", "CloseConnection". BeginSession hands
-    // out no ticket then.
+    // out no ticket then. "CreateInstance" is that of the broker's class object; it is not recorded.
     std::map<std::string, HRESULT> failures;
     // Run at the start of a method, by name; may throw.
     std::map<std::string, std::function<void()>> on_call;
+
+    // What the broker hands out instead of a request processor; may be null.
+    std::optional<ComPtr<IUnknown>> created_object;
 
     // Objects that are alive, and references that the broker was left with.
     int live_processors = 0;
