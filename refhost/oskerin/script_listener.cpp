@@ -1,0 +1,37 @@
+#include "refhost/oskerin/script_listener.hpp"
+
+#include <windows.h>
+
+#include <cstdio>
+#include <string>
+
+namespace paylodge::refhost {
+namespace {
+
+[[nodiscard]] std::wstring Environment(const wchar_t* name) {
+    std::wstring value(::GetEnvironmentVariableW(name, nullptr, 0), L'\0');
+    value.resize(::GetEnvironmentVariableW(name, value.data(), static_cast<DWORD>(value.size())));
+    return value;
+}
+
+void Write(std::FILE* file, std::string_view browser_instance, std::string_view script) {
+    std::string record = "browser=" + std::string(browser_instance) + " bytes=" + std::to_string(script.size()) + "\n";
+    record.append(script).append("\n");
+    std::fwrite(record.data(), 1, record.size(), file);
+    std::fflush(file);
+}
+
+}  // namespace
+
+void ListenToScript(std::string_view browser_instance, std::string_view script) {
+    if (const std::wstring path = Environment(L"OSKERIN_SCRIPT_FILE"); !path.empty()) {
+        if (std::FILE* const file = ::_wfopen(path.c_str(), L"ab")) {
+            Write(file, browser_instance, script);
+            std::fclose(file);
+        }
+    } else if (Environment(L"OSKERIN_SCRIPT_ECHO") == L"1") {
+        Write(stdout, browser_instance, script);
+    }
+}
+
+}  // namespace paylodge::refhost
