@@ -1,0 +1,270 @@
+// What all operations on the company file have in common.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <optional>
+
+#include "tests/support/bstr_allocations.hpp"
+#include "tests/support/site_stand_in.hpp"
+#include "tests/unit/operations/live_allocations.hpp"
+#include "tests/unit/operations/operation_test.hpp"
+
+namespace paylodge::test {
+namespace {
+
+// A response that each operation finds what it looks for in, so that it runs to its end.
+constexpr const wchar_t* kAnswerToAll =
+    LR"(
+    <AccountQueryRs statusCode="0"><A><ListID>1</ListID><EditSequence>2</EditSequence><IsActive>false</IsActive>
+        <FullName>a</FullName></A></AccountQueryRs>
+    <AccountAddRs statusCode="0"/><AccountModRs statusCode="0"/><CustomerAddRs statusCode="0"/>
+    <ItemPaymentAddRs statusCode="0"/><DepositAddRs statusCode="0"><D><TxnID>1</TxnID></D></DepositAddRs>
+    <CustomerQueryRs><C><Name>c</Name><ListID>1</ListID></C></CustomerQueryRs>
+    <InvoiceQueryRs><I><BalanceRemaining>5</BalanceRemaining><RefNumber>1</RefNumber></I></InvoiceQueryRs>
+    <ItemQueryRs><I><Name>i</Name><SalesTaxCodeRef><ListID>t</ListID></SalesTaxCodeRef></I></ItemQueryRs>
+    <SalesTaxCodeQueryRs><S><IsTaxable>true</IsTaxable></S></SalesTaxCodeQueryRs>
+    <PaymentMethodQueryRs><P><Name>p</Name></P></PaymentMethodQueryRs>)";
+
+// One operation, called with arguments that make it send `sends` requests when all goes well.
+struct Operation {
+    const char* name;
+    size_t sends;
+    Result (*call)(CPaylodge& object);
+    // The code for a send that fails, when it is not the processor's own.
+    std::optional<HRESULT> send_failure = std::nullopt;
+    // What a success code without a response gives.
+    Result without_response = {S_OK, L""};
+};
+
+std::ostream& operator<<(std::ostream& stream, const Operation& operation) { return stream << operation.name; }
+
+const Operation kOperations[] = {
+    {"GetAccounts", 1, [](CPaylodge& object) { return Ask(object, &CPaylodge::GetAccounts, L"Bank"); }},
+    {"GetAccountsForMultipleTypes", 1,
+     [](CPaylodge& object) { return Ask(object, &CPaylodge::GetAccountsForMultipleTypes, L"Bank, Income"); }},
+    {"GetBalanceForAccountType", 1,
+     [](CPaylodge& object) { return Ask(object, &CPaylodge::GetBalanceForAccountType, L"Bank"); }},
+    {"CreateAccount",
+     1,
+     [](CPaylodge& object) { return Do(object, &CPaylodge::CreateAccount, L"n", L"t", L"1"); },
+     E_FAIL,
+     {E_FAIL}},
+    {"ActivateOrDeactivateAccount",
+     2,
+     [](CPaylodge& object) { return Do(object, &CPaylodge::ActivateOrDeactivateAccount, L"n", VARIANT_TRUE); },
+     std::nullopt,
+     {E_FAIL}},
+    {"CreateTxnsWithFullResponse", 1,
+     [](CPaylodge& object) { return Ask(object, &CPaylodge::CreateTxns, L"<CheckAddRq/>", VARIANT_TRUE); }},
+    {"CreateTxnsWithSummary", 1,
+     [](CPaylodge& object) { return Ask(object, &CPaylodge::CreateTxns, L"<CheckAddRq/>", VARIANT_FALSE); }},
+    {"CreateTxnsWithPreparations", 5,
+     [](CPaylodge& object) {
+         return Ask(object, &CPaylodge::CreateTxns,
+                    L"<CreditMemoAddRq><CreditMemoAdd><Memo>Visa</Memo></CreditMemoAdd></CreditMemoAddRq><DepositAddRq>"
+                    L"<DepositAdd><DepositToAccountRef><FullName>Credit Card Holding Account</FullName>"
+                    L"</DepositToAccountRef></DepositAdd></DepositAddRq>",
+                    VARIANT_FALSE);
+     }},
+    {"CreatePaymentTxn",
+     1,
+     [](CPaylodge& object) {
+         return Ask(object, &CPaylodge::CreatePaymentTxn, L"1", L"2", L"3", L"4", L"5", L"6", L"7", L"8", L"9", L"10",
+                    L"11", L"12", L"13", L"14", L"15", L"16", L"17", L"18", L"19", L"20", L"21", L"22");
+     },
+     E_FAIL,
+     {E_FAIL}},
+    {"TransferFunds",
+     1,
+     [](CPaylodge& object) { return Ask(object, &CPaylodge::TransferFunds, L"a", L"b", L"1", L"m"); },
+     std::nullopt,
+     {E_FAIL, L""}},
+    {"GetCustomerIDForName", 1, [](CPaylodge& object) { return Ask(object, &CPaylodge::GetCustomerIDForName, L"c"); }},
+    {"GetCustomerNameForID", 1, [](CPaylodge& object) { return Ask(object, &CPaylodge::GetCustomerNameForID, L"1"); }},
+    {"GetInvoiceInfoForCustomerID", 1,
+     [](CPaylodge& object) { return Ask(object, &CPaylodge::GetInvoiceInfoForCustomerID, L"1", L"5"); }},
+    {"GetItems", 1, [](CPaylodge& object) { return Ask(object, &CPaylodge::GetItems); }},
+    {"GetPaymentMethods", 1, [](CPaylodge& object) { return Ask(object, &CPaylodge::GetPaymentMethods); }},
+    {"IsTaxableItem",
+     2,
+     [](CPaylodge& object) { return AskWhether(object, &CPaylodge::IsTaxableItem, L"i"); },
+     std::nullopt,
+     {S_OK, kFalse}},
+    {"OpenTxnForm",
+     1,
+     [](CPaylodge& object) { return Do(object, &CPaylodge::OpenTxnForm, L"Check", L"1"); },
+     std::nullopt,
+     {S_OK}},
+};
+
+class EveryOperation : public OperationTest, public ::testing::WithParamInterface<Operation> {
+  protected:
+    void AnswerAll(HRESULT code = S_OK) {
+        host_.answers.assign(GetParam().sends, {.result = code, .response = ResponseDocument(kAnswerToAll)});
+    }
+    [[nodiscard]] Result Call() { return GetParam().call(object_); }
+};
+
+INSTANTIATE_TEST_SUITE_P(, EveryOperation, ::testing::ValuesIn(kOperations),
+                         [](const auto& row) { return row.param.name; });
+
+TEST_P(EveryOperation, HasASessionOfItsOwnForEachRequest) {
+    AnswerAll();
+    EXPECT_EQ(S_OK, Call().code);
+    EXPECT_EQ(GetParam().sends, host_.requests.size());
+    for (const char* step : {R"(OpenConnection("", "Ledgerhall Paylodge"))", R"(BeginSession("", 2))",
+                             R"(EndSession("ticket"))", "CloseConnection()"}) {
+        EXPECT_EQ(GetParam().sends, static_cast<size_t>(std::ranges::count(host_.calls, step))) << step;
+    }
+    EXPECT_EQ(0, host_.live_processors);
+}
+
+TEST_P(EveryOperation, KeepsNothingBetweenCalls) {
+    AnswerAll();
+    const Result first = Call();
+    const std::vector<std::string> sent_first = Sent();
+    host_.requests.clear();
+    AnswerAll();
+    EXPECT_EQ(first, Call());
+    EXPECT_EQ(sent_first, Sent());
+}
+
+TEST_P(EveryOperation, ReturnsTheCodeOfASendThatFailsAndLeavesTheResultAlone) {
+    for (const HRESULT code : {kHostFailure, E_OUTOFMEMORY, E_INVALIDARG}) {
+        AnswerAll(code);
+        EXPECT_EQ(Result{GetParam().send_failure.value_or(code)}, Call());
+        EXPECT_EQ(0, host_.live_processors);
+    }
+}
+
+TEST_P(EveryOperation, FailsWithoutTheHost) {
+    host_.failures["CreateObjectFromClassId"] = kHostFailure;
+    EXPECT_EQ(Result{E_FAIL}, Call());
+}
+
+TEST_P(EveryOperation, FailsWhenTheHostRaisesAnError) {
+    host_.on_call["ProcessRequest"] = [] { _com_issue_error(kHostFailure); };
+    EXPECT_EQ(Result{E_FAIL}, Call());
+    EXPECT_EQ(0, host_.live_processors);
+}
+
+TEST_P(EveryOperation, MakesDoWithoutAResponse) {
+    for (const Answer& answer : {Answer{.is_null = true}, Answer{.response = L""}}) {
+        host_.answers.assign(GetParam().sends, answer);
+        EXPECT_EQ(GetParam().without_response.code, Call().code);
+    }
+}
+
+TEST_P(EveryOperation, GivesTheResultOfAnEmptyResponse) {
+    host_.answers.assign(GetParam().sends, {.response = L""});
+    EXPECT_EQ(GetParam().without_response, Call());
+}
+
+// Another success code than S_OK beside an answer is taken for S_OK.
+TEST_P(EveryOperation, TakesEverySuccessCodeWithAnAnswerForSuccess) {
+    AnswerAll(S_FALSE);
+    EXPECT_EQ(S_OK, Call().code);
+}
+
+// Makes the call fail at one of its allocations after the other; what the host allocates does not fail. `check` gets
+// whether the failure was raised.
+template <class Call, class Check>
+void FailEachAllocation(HostStandIn& host, const Call& call, const Check& check) {
+    for (int number = 1;; ++number) {
+        BstrAllocations allocations(number);
+        host.on_call["BeginSession"] = [&] { allocations.Pause(); };
+        host.on_call["EndSession"] = [&] { allocations.Resume(); };
+        bool is_raised = false;
+        try {
+            call();
+        } catch (const _com_error& error) {
+            EXPECT_EQ(E_OUTOFMEMORY, error.Error()) << number;
+            is_raised = true;
+        }
+        host.on_call.clear();
+        if (!allocations.HasFailed()) {
+            break;
+        }
+        check(is_raised);
+    }
+}
+
+TEST_P(EveryOperation, RaisesAFailedAllocationAndWorksAgainAfterwards) {
+    AnswerAll();
+    const Result healthy = Call();
+    AnswerAll();
+    size_t failed_sends = 0;
+    FailEachAllocation(
+        host_, [this] { static_cast<void>(Call()); },
+        [&](bool is_raised) {
+            // Only the session catches, and there the one string that names the processor's class.
+            failed_sends += is_raised ? 0 : 1;
+            EXPECT_EQ(0, host_.live_processors);
+            AnswerAll();
+        });
+    EXPECT_EQ(GetParam().sends, failed_sends);
+    AnswerAll();
+    EXPECT_EQ(healthy, Call());
+}
+
+TEST_P(EveryOperation, LeavesNoStringBehindWhateverHappens) {
+    if (!LiveAllocations::CanCountStrings()) {
+        GTEST_SKIP() << "Freed strings are kept for later: set OANOCACHE=1 in the environment";
+    }
+    const auto call_in_all_ways = [this] {
+        for (const HRESULT code : {S_OK, kHostFailure}) {
+            AnswerAll(code);
+            static_cast<void>(Call());
+        }
+        FailEachAllocation(
+            host_,
+            [this] {
+                AnswerAll();
+                static_cast<void>(Call());
+            },
+            [](bool) {});
+    };
+    call_in_all_ways();
+    const LiveAllocations allocations;
+    call_in_all_ways();
+    EXPECT_EQ(0, allocations.Count());
+}
+
+TEST_P(EveryOperation, DoesNothingOnARefusedPage) {
+    SiteStandIn site(PageAt(kRefusedPage));
+    const OnSite on_site(static_cast<IObjectWithSite*>(&object_), site);
+    EXPECT_EQ(Result{S_OK}, Call());
+    EXPECT_THAT(host_.calls, ::testing::IsEmpty());
+}
+
+TEST_P(EveryOperation, WorksOnAnApprovedPage) {
+    SiteStandIn site(PageAt(kApprovedPage));
+    const OnSite on_site(static_cast<IObjectWithSite*>(&object_), site);
+    AnswerAll();
+    EXPECT_EQ(S_OK, Call().code);
+    EXPECT_EQ(GetParam().sends, host_.requests.size());
+}
+
+class OperationsWithoutAResultSlot : public OperationTest {};
+
+TEST_F(OperationsWithoutAResultSlot, RefuseToWork) {
+    const Argument text(L"1");
+    EXPECT_EQ(E_POINTER, object_.GetAccounts(text, nullptr));
+    EXPECT_EQ(E_POINTER, object_.GetAccountsForMultipleTypes(text, nullptr));
+    EXPECT_EQ(E_POINTER, object_.GetBalanceForAccountType(text, nullptr));
+    EXPECT_EQ(E_POINTER, object_.CreateTxns(text, VARIANT_TRUE, nullptr));
+    EXPECT_EQ(E_POINTER, object_.TransferFunds(text, text, text, text, nullptr));
+    EXPECT_EQ(E_POINTER,
+              object_.CreatePaymentTxn(text, text, text, text, text, text, text, text, text, text, text, text, text,
+                                       text, text, text, text, text, text, text, text, text, nullptr));
+    EXPECT_EQ(E_POINTER, object_.GetCustomerIDForName(text, nullptr));
+    EXPECT_EQ(E_POINTER, object_.GetCustomerNameForID(text, nullptr));
+    EXPECT_EQ(E_POINTER, object_.GetInvoiceInfoForCustomerID(text, text, nullptr));
+    EXPECT_EQ(E_POINTER, object_.GetItems(nullptr));
+    EXPECT_EQ(E_POINTER, object_.GetPaymentMethods(nullptr));
+    EXPECT_EQ(E_POINTER, object_.IsTaxableItem(text, nullptr));
+    EXPECT_THAT(host_.calls, ::testing::IsEmpty());
+}
+
+}  // namespace
+}  // namespace paylodge::test
