@@ -199,8 +199,7 @@ void ControlBase::FireSaved() {
 
 HRESULT ControlBase::DrawOn(HDC dc, const RECTL& bounds) {
     const SavedDc saved(dc);
-    const DWORD type = ::GetObjectType(dc);
-    if (type == OBJ_METADC || type == OBJ_ENHMETADC) {
+    if (IsMetafile(dc)) {
         return OnDraw({dc, bounds});
     }
     POINT corners[] = {{bounds.left, bounds.top}, {bounds.right, bounds.bottom}};

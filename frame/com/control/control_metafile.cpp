@@ -53,7 +53,7 @@ HRESULT ControlBase::RenderMetafile(HGLOBAL& picture) {
         return E_OUTOFMEMORY;
     }
     const SIZE pixels = Pixels(extent_);
-    ::SetMapMode(recording.Get(), MM_ANISOTROPIC);
+    // Whoever plays it sets the mapping mode and the size.
     ::SetWindowOrgEx(recording.Get(), 0, 0, nullptr);
     ::SetWindowExtEx(recording.Get(), pixels.cx, pixels.cy, nullptr);
     if (const HRESULT result = OnDraw({recording.Get(), {0, 0, pixels.cx, pixels.cy}}); FAILED(result)) {

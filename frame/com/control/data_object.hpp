@@ -43,8 +43,9 @@ class IDataObjectImpl : public IDataObject {
         if (const HRESULT result = CheckPictureFormat(*format); FAILED(result)) {
             return result;
         }
-        medium->tymed = TYMED_MFPICT;
-        return Control().RenderMetafile(medium->hMetaFilePict);
+        const HRESULT result = Control().RenderMetafile(medium->hMetaFilePict);
+        medium->tymed = SUCCEEDED(result) ? TYMED_MFPICT : TYMED_NULL;
+        return result;
     }
 
     STDMETHODIMP GetDataHere(FORMATETC* /*format*/, STGMEDIUM* /*medium*/) override { return E_NOTIMPL; }

@@ -14,12 +14,21 @@ struct RegionTraits {
 };
 using Region = Owner<RegionTraits>;
 
+// Whether drawing on dc records it.
+[[nodiscard]] inline bool IsMetafile(HDC dc) noexcept {
+    const DWORD type = ::GetObjectType(dc);
+    return type == OBJ_METADC || type == OBJ_ENHMETADC;
+}
+
 // While it lives, drawing on dc is clipped to the rectangle; afterwards the context has no clip region. Where the
-// region cannot be created, nothing is clipped and nothing is removed.
+// region cannot be created, nothing is clipped and nothing is removed. Nor is it in a metafile: that is played at any
+// size, and a region recorded in it would keep its own.
 class ClipToRectangle {
   public:
-    ClipToRectangle(HDC dc, const RECTL& rectangle) noexcept
-        : dc_(dc), region_(::CreateRectRgn(rectangle.left, rectangle.top, rectangle.right, rectangle.bottom)) {
+    ClipToRectangle(HDC dc, const RECTL& rectangle) noexcept : dc_(dc) {
+        if (!IsMetafile(dc)) {
+            region_.Reset(::CreateRectRgn(rectangle.left, rectangle.top, rectangle.right, rectangle.bottom));
+        }
         if (region_) {
             ::SelectClipRgn(dc_, region_.Get());
         }
