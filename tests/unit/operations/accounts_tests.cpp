@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <utility>
+#include <vector>
+
 #include "tests/unit/operations/operation_test.hpp"
 
 namespace paylodge::test {
@@ -12,6 +15,19 @@ class GetAccounts : public OperationTest {};
 class GetAccountsForMultipleTypes : public OperationTest {};
 class GetBalanceForAccountType : public OperationTest {};
 class CreateAccount : public OperationTest {};
+
+// A query for active accounts with these further elements, which are names and texts in XML.
+[[nodiscard]] std::string ActiveAccountQuery(const std::vector<std::pair<std::string, std::string>>& elements) {
+    std::string lines;
+    for (const auto& [name, text] : elements) {
+        lines += "            <" + name + ">" + text + "</" + name + ">\n";
+    }
+    return RequestDocument(R"(
+        <AccountQueryRq requestID="requestID_N">
+            <ActiveStatus>ActiveOnly</ActiveStatus>
+)" + lines + R"(        </AccountQueryRq>
+)");
+}
 
 // Records beside which other nodes stand, elements in another order, and a namesake one level deeper.
 constexpr const wchar_t* kAccounts =
@@ -34,36 +50,20 @@ constexpr const wchar_t* kAccounts =
 
 TEST_F(GetAccounts, AsksForActiveAccountsOfTheType) {
     EXPECT_EQ(S_OK, Ask(object_, &CPaylodge::GetAccounts, L"Bank").code);
-    EXPECT_EQ(RequestDocument(R"(
-        <AccountQueryRq requestID="requestID_N">
-            <ActiveStatus>ActiveOnly</ActiveStatus>
-            <AccountType>Bank</AccountType>
-        </AccountQueryRq>
-)"),
-              OnlySent());
+    EXPECT_EQ(ActiveAccountQuery({{"AccountType", "Bank"}}), OnlySent());
 }
 
 TEST_F(GetAccounts, AsksForAllTypesWithoutAType) {
     for (const wchar_t* type : {static_cast<const wchar_t*>(nullptr), L""}) {
         host_.requests.clear();
         EXPECT_EQ(S_OK, Ask(object_, &CPaylodge::GetAccounts, type).code);
-        EXPECT_EQ(RequestDocument(R"(
-        <AccountQueryRq requestID="requestID_N">
-            <ActiveStatus>ActiveOnly</ActiveStatus>
-        </AccountQueryRq>
-)"),
-                  OnlySent());
+        EXPECT_EQ(ActiveAccountQuery({}), OnlySent());
     }
 }
 
 TEST_F(GetAccounts, EscapesTheTypeAndChecksNothing) {
     EXPECT_EQ(S_OK, Ask(object_, &CPaylodge::GetAccounts, L" <\"B&'>, \u00e9\u4e2d ").code);
-    EXPECT_EQ(RequestDocument("\n"
-                              "        <AccountQueryRq requestID=\"requestID_N\">\n"
-                              "            <ActiveStatus>ActiveOnly</ActiveStatus>\n"
-                              "            <AccountType> &lt;&quot;B&amp;&apos;&gt;, \xE9? </AccountType>\n"
-                              "        </AccountQueryRq>\n"),
-              OnlySent());
+    EXPECT_EQ(ActiveAccountQuery({{"AccountType", " &lt;&quot;B&amp;&apos;&gt;, \xE9? "}}), OnlySent());
 }
 
 TEST_F(GetAccounts, ListsTheFullNamesOnALineEach) {
@@ -113,16 +113,11 @@ TEST_F(GetAccounts, ReplacesCharactersOutsideTheCodePage) {
 
 TEST_F(GetAccountsForMultipleTypes, AsksForEachTypeAndForThreeElements) {
     EXPECT_EQ(S_OK, Ask(object_, &CPaylodge::GetAccountsForMultipleTypes, L"Bank, CreditCard").code);
-    EXPECT_EQ(RequestDocument(R"(
-        <AccountQueryRq requestID="requestID_N">
-            <ActiveStatus>ActiveOnly</ActiveStatus>
-            <AccountType>Bank</AccountType>
-            <AccountType>CreditCard</AccountType>
-            <IncludeRetElement>FullName</IncludeRetElement>
-            <IncludeRetElement>ListID</IncludeRetElement>
-            <IncludeRetElement>AccountType</IncludeRetElement>
-        </AccountQueryRq>
-)"),
+    EXPECT_EQ(ActiveAccountQuery({{"AccountType", "Bank"},
+                                  {"AccountType", "CreditCard"},
+                                  {"IncludeRetElement", "FullName"},
+                                  {"IncludeRetElement", "ListID"},
+                                  {"IncludeRetElement", "AccountType"}}),
               OnlySent());
 }
 
@@ -130,14 +125,9 @@ TEST_F(GetAccountsForMultipleTypes, AsksForAllTypesWithoutAType) {
     for (const wchar_t* types : {static_cast<const wchar_t*>(nullptr), L"", L",,,", L" , "}) {
         host_.requests.clear();
         EXPECT_EQ(S_OK, Ask(object_, &CPaylodge::GetAccountsForMultipleTypes, types).code);
-        EXPECT_EQ(RequestDocument(R"(
-        <AccountQueryRq requestID="requestID_N">
-            <ActiveStatus>ActiveOnly</ActiveStatus>
-            <IncludeRetElement>FullName</IncludeRetElement>
-            <IncludeRetElement>ListID</IncludeRetElement>
-            <IncludeRetElement>AccountType</IncludeRetElement>
-        </AccountQueryRq>
-)"),
+        EXPECT_EQ(ActiveAccountQuery({{"IncludeRetElement", "FullName"},
+                                      {"IncludeRetElement", "ListID"},
+                                      {"IncludeRetElement", "AccountType"}}),
                   OnlySent());
     }
 }
@@ -191,46 +181,28 @@ TEST_F(GetAccountsForMultipleTypes, CountsEveryNodeAsARecord) {
 
 TEST_F(GetBalanceForAccountType, AsksForNameAndBalance) {
     EXPECT_EQ(S_OK, Ask(object_, &CPaylodge::GetBalanceForAccountType, L"CreditCard").code);
-    EXPECT_EQ(RequestDocument(R"(
-        <AccountQueryRq requestID="requestID_N">
-            <ActiveStatus>ActiveOnly</ActiveStatus>
-            <AccountType>CreditCard</AccountType>
-            <IncludeRetElement>FullName</IncludeRetElement>
-            <IncludeRetElement>Balance</IncludeRetElement>
-        </AccountQueryRq>
-)"),
+    EXPECT_EQ(ActiveAccountQuery(
+                  {{"AccountType", "CreditCard"}, {"IncludeRetElement", "FullName"}, {"IncludeRetElement", "Balance"}}),
               OnlySent());
 }
 
 TEST_F(GetBalanceForAccountType, AsksForBothNumbersOfBankAccountsInAnyLetterCase) {
-    for (const char* type : {"bank", "BANK", "Bank"}) {
+    for (const std::string type : {"bank", "BANK", "Bank"}) {
         host_.requests.clear();
-        EXPECT_EQ(S_OK, Ask(object_, &CPaylodge::GetBalanceForAccountType, std::wstring(type, type + 4)).code);
-        EXPECT_EQ(RequestDocument(R"(
-        <AccountQueryRq requestID="requestID_N">
-            <ActiveStatus>ActiveOnly</ActiveStatus>
-            <AccountType>)" + std::string(type) +
-                                  R"(</AccountType>
-            <IncludeRetElement>FullName</IncludeRetElement>
-            <IncludeRetElement>Balance</IncludeRetElement>
-            <IncludeRetElement>AccountNumber</IncludeRetElement>
-            <IncludeRetElement>BankNumber</IncludeRetElement>
-        </AccountQueryRq>
-)"),
+        EXPECT_EQ(S_OK,
+                  Ask(object_, &CPaylodge::GetBalanceForAccountType, std::wstring(type.begin(), type.end())).code);
+        EXPECT_EQ(ActiveAccountQuery({{"AccountType", type},
+                                      {"IncludeRetElement", "FullName"},
+                                      {"IncludeRetElement", "Balance"},
+                                      {"IncludeRetElement", "AccountNumber"},
+                                      {"IncludeRetElement", "BankNumber"}}),
                   OnlySent());
     }
 }
 
 TEST_F(GetBalanceForAccountType, AsksForAllTypesWithoutAType) {
     EXPECT_EQ(S_OK, Ask(object_, &CPaylodge::GetBalanceForAccountType, nullptr).code);
-    EXPECT_EQ(RequestDocument(R"(
-        <AccountQueryRq requestID="requestID_N">
-            <ActiveStatus>ActiveOnly</ActiveStatus>
-            <IncludeRetElement>FullName</IncludeRetElement>
-            <IncludeRetElement>Balance</IncludeRetElement>
-        </AccountQueryRq>
-)"),
-              OnlySent());
+    EXPECT_EQ(ActiveAccountQuery({{"IncludeRetElement", "FullName"}, {"IncludeRetElement", "Balance"}}), OnlySent());
 }
 
 TEST_F(GetBalanceForAccountType, GivesNameBalanceAndNumbersOfEachRecord) {

@@ -40,44 +40,28 @@ class CreateTxns : public OperationTest {
     }
 };
 
-const std::string kCustomer = RequestDocument(R"(
-        <CustomerAddRq requestID="requestID_N">
-            <CustomerAdd>
-                <Name>Paylodge Net Refund</Name>
-            </CustomerAdd>
-        </CustomerAddRq>
-)");
+// A request that adds one entry to a list; the lines are those of the entry.
+[[nodiscard]] std::string AddEntry(const std::string& kind, const std::string& lines) {
+    return RequestDocument("\n        <" + kind + "AddRq requestID=\"requestID_N\">\n            <" + kind + "Add>\n" +
+                           lines + "            </" + kind + "Add>\n        </" + kind + "AddRq>\n");
+}
 
-const std::string kHoldingAccount = RequestDocument(R"(
-        <AccountAddRq requestID="requestID_N">
-            <AccountAdd>
-                <Name>Credit Card Holding Account</Name>
-                <AccountType>OtherCurrentAsset</AccountType>
-            </AccountAdd>
-        </AccountAddRq>
-)");
+const std::string kCustomer = AddEntry("Customer", "                <Name>Paylodge Net Refund</Name>\n");
 
-const std::string kGenericItem = RequestDocument(R"(
-        <ItemPaymentAddRq requestID="requestID_N">
-            <ItemPaymentAdd>
-                <Name>Net Refund - Credit Card</Name>
-            </ItemPaymentAdd>
-        </ItemPaymentAddRq>
-)");
+const std::string kHoldingAccount = AddEntry("Account",
+                                             "                <Name>Credit Card Holding Account</Name>\n"
+                                             "                <AccountType>OtherCurrentAsset</AccountType>\n");
+
+const std::string kGenericItem = AddEntry("ItemPayment", "                <Name>Net Refund - Credit Card</Name>\n");
 
 [[nodiscard]] std::string Item(const std::string& label, const std::string& method) {
-    return RequestDocument(R"(
-        <ItemPaymentAddRq requestID="requestID_N">
-            <ItemPaymentAdd>
-                <Name>Net Refund - )" +
-                           label + R"(</Name>
-                <PaymentMethodRef>
-                    <FullName>)" +
-                           method + R"(</FullName>
-                </PaymentMethodRef>
-            </ItemPaymentAdd>
-        </ItemPaymentAddRq>
-)");
+    return AddEntry("ItemPayment", "                <Name>Net Refund - " + label +
+                                       "</Name>\n"
+                                       "                <PaymentMethodRef>\n"
+                                       "                    <FullName>" +
+                                       method +
+                                       "</FullName>\n"
+                                       "                </PaymentMethodRef>\n");
 }
 
 [[nodiscard]] std::string CreditMemo(const std::string& memo) {
