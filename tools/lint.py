@@ -8,6 +8,7 @@ from __future__ import annotations
 import hashlib
 import json
 import os
+import shlex
 import subprocess
 import sys
 from concurrent.futures import ThreadPoolExecutor
@@ -29,8 +30,17 @@ class Unit:
 
 def own_units(preset: str) -> list[Unit]:
     database = json.loads((ROOT / "build" / preset / "compile_commands.json").read_text())
-    units = [Unit(preset, Path(entry["file"]), entry["output"]) for entry in database if "output" in entry]
-    return [unit for unit in units if unit.source.suffix == ".cpp" and is_own(unit.source)]
+    entries = [entry for entry in database if is_own_source(Path(entry["file"]))]
+    return [Unit(preset, Path(entry["file"]), output_of(entry["command"])) for entry in entries]
+
+
+def output_of(command: str) -> str:
+    words = shlex.split(command)
+    return words[words.index("-o") + 1]
+
+
+def is_own_source(file: Path) -> bool:
+    return file.suffix == ".cpp" and is_own(file)
 
 
 def is_own(file: Path) -> bool:
@@ -59,12 +69,13 @@ def digest(unit: Unit, used: list[Path]) -> str:
 
 
 def cross_arguments() -> list[str]:
-    """The cross compiler's own header folders, which clang does not find by itself."""
+    """The cross compiler's own header folders and warnings, which clang does not know by itself."""
     command = [CROSS_COMPILER, "-E", "-x", "c++", "-v", os.devnull]
     text = subprocess.run(command, check=True, capture_output=True, text=True).stderr
     listed = text.split("#include <...> search starts here:")[1].split("End of search list.")[0]
     folders = [folder for folder in listed.split() if "include/c++" in folder]
-    return ["--extra-arg=--target=x86_64-w64-mingw32"] + [f"--extra-arg=-isystem{folder}" for folder in folders]
+    flags = ["--extra-arg=--target=x86_64-w64-mingw32", "--extra-arg=-Wno-unknown-warning-option"]
+    return flags + [f"--extra-arg=-isystem{folder}" for folder in folders]
 
 
 def check(unit: Unit, arguments: list[str]) -> str:
@@ -111,7 +122,7 @@ def main(presets: list[str]) -> int:
         texts = [text for text in findings if text]
     print("\n".join(texts))
     print(f"{len(units)} sources, {len(texts)} with findings")
-    return 1 if texts else 0
+    return 1 if texts or not units else 0
 
 
 if __name__ == "__main__":
