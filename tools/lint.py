@@ -63,7 +63,8 @@ def used_files(preset: str) -> dict[str, list[Path]]:
 
 def digest(unit: Unit, used: list[Path]) -> str:
     """What decides over the findings; system headers only change together with the tools."""
-    files = {unit.source, ROOT / ".clang-tidy", Path(__file__), *(file for file in used if is_own(file.resolve()))}
+    rules = {ROOT / ".clang-tidy", ROOT / "tests" / ".clang-tidy", Path(__file__)}
+    files = {unit.source, *rules, *(file for file in used if is_own(file.resolve()))}
     texts = [f"{file}\0".encode() + file.read_bytes() for file in sorted(files) if file.exists()]
     return hashlib.sha256(b"\0".join(texts)).hexdigest()
 
