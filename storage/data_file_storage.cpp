@@ -208,12 +208,13 @@ Status CDataFileStorage::DeleteDFR() {
     if (const Status status = InitDFRPointer(); status != kSuccess) {
         return status;
     }
-    if (const LockResult lock = TryLockRepeatedly(record_); FAILED(lock.result)) {
+    const LockResult lock = TryLockRepeatedly(record_);
+    if (FAILED(lock.result)) {
         return JudgeLock(kDeleteDFR, lock);
     }
     // Asked once more in any case: the host grants a lock again to the one who holds it.
     if (const Status status = JudgeLock(kDeleteDFR, TryLock(record_)); status != kSuccess) {
-        return status;
+        return lock.is_acquired ? Unlock(kDeleteDFR, record_, status) : status;
     }
     const HRESULT result = Ask(record_, &IHostDataFileRecord::Delete);
     const Status deleted =

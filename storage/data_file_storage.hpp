@@ -12,8 +12,8 @@
 
 namespace paylodge {
 
-// Every failure is logged once and returned as a code; nothing is thrown but E_OUTOFMEMORY for a name's COM string.
-// Used on the thread of the accounting object.
+// Every failure is logged once and returned as a code; no COM error leaves the class. Used on the thread of the
+// accounting object.
 class CDataFileStorage {
   public:
     using Status = LONG;

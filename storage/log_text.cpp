@@ -43,6 +43,9 @@ constexpr std::array<std::string_view, 30> kNetworkStatusNames = {
     "OENETSTATUS_UNKNOWN_ERROR",
 };
 
+// What a C string of this text holds.
+[[nodiscard]] std::string_view UpToNull(std::string_view text) noexcept { return text.substr(0, text.find('\0')); }
+
 // "0" for success, else lower-case hexadecimal.
 [[nodiscard]] std::string FormatHResult(std::uint32_t hresult) {
     std::array<char, 16> buffer{};
@@ -55,9 +58,9 @@ constexpr std::array<std::string_view, 30> kNetworkStatusNames = {
 std::string FormatLogEntry(std::optional<std::string_view> function, std::string_view message, std::uint32_t hresult) {
     std::string entry;
     if (function) {
-        entry.append(*function).append(": ");
+        entry.append(UpToNull(*function)).append(": ");
     }
-    entry.append(message).append("  HRESULT=").append(FormatHResult(hresult));
+    entry.append(UpToNull(message)).append("  HRESULT=").append(FormatHResult(hresult));
     entry.resize(std::min(entry.size(), kEntryCapacity - 1));
     return entry.append("\n");
 }

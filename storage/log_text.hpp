@@ -8,8 +8,8 @@
 
 namespace paylodge {
 
-// An entry for a failed call, with the name of the function in front where one is given. At most 1023
-// characters, the newline at the end included; a longer message is cut.
+// An entry for a failed call, with the name of the function in front where one is given; both texts end at their first
+// null. At most 1023 characters, the newline at the end included; a longer entry is cut.
 [[nodiscard]] std::string FormatLogEntry(std::optional<std::string_view> function, std::string_view message,
                                          std::uint32_t hresult);
 

@@ -33,7 +33,7 @@ using File = std::unique_ptr<std::FILE, CloseFile>;
         OwnedBstr folder;
         if (const auto folders = FindApplication<IHostFolders>();
             folders && SUCCEEDED(folders->GetFolder(kLogFolderKind, folder.Receive()))) {
-            return std::wstring(View(folder));
+            return folder ? std::wstring(folder.Get()) : std::wstring();
         }
     } catch (const _com_error&) {
         // A host that cannot be asked names no folder.
