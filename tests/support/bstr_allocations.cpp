@@ -1,5 +1,7 @@
 #include "tests/support/bstr_allocations.hpp"
 
+#include "tests/support/import_slot.hpp"
+
 namespace paylodge::test {
 namespace {
 
@@ -40,14 +42,9 @@ BSTR BstrAllocations::Run(const Allocate& allocate) {
 }  // namespace paylodge::test
 
 // The linker takes these slots for those of the import library, so that calls arrive here.
-#ifdef __i386__
-#define PAYLODGE_IMPORT(name, argument_bytes) asm("__imp__" #name "@" #argument_bytes)
-#else
-#define PAYLODGE_IMPORT(name, argument_bytes) asm("__imp_" #name)
-#endif
 extern "C" {
-extern BSTR(WINAPI* const import_of_alloc_string_len)(const OLECHAR*, UINT) PAYLODGE_IMPORT(SysAllocStringLen, 8);
-extern BSTR(WINAPI* const import_of_alloc_string_byte_len)(LPCSTR, UINT) PAYLODGE_IMPORT(SysAllocStringByteLen, 8);
+extern BSTR(WINAPI* const import_of_alloc_string_len)(const OLECHAR*, UINT) PAYLODGE_IMPORT_SLOT(SysAllocStringLen, 8);
+extern BSTR(WINAPI* const import_of_alloc_string_byte_len)(LPCSTR, UINT) PAYLODGE_IMPORT_SLOT(SysAllocStringByteLen, 8);
 BSTR(WINAPI* const import_of_alloc_string_len)(const OLECHAR*, UINT) = paylodge::test::AllocateByLength;
 BSTR(WINAPI* const import_of_alloc_string_byte_len)(LPCSTR, UINT) = paylodge::test::AllocateByByteLength;
 }
