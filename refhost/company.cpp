@@ -57,7 +57,7 @@ const Element* Company::FindByName(const ListKind& kind, std::string_view full_n
     return FindRecord(Records(kind), [&](const Element& record) { return IsSameName(FullName(record), full_name); });
 }
 
-Element Company::NewRecord(const ListKind& kind, std::string_view now) {
+Element Company::NewRecord(const ListKind& kind, std::string_view now) const {
     Element record = MakeElement(kind.record);
     AddText(record, kind.id, MakeId(kind, next_number_));
     AddText(record, "TimeCreated", now);

@@ -28,6 +28,10 @@ inline constexpr ListKind kPaymentMethods{"PaymentMethods", "PaymentMethod", "Li
 inline constexpr ListKind kSalesTaxCodes{"SalesTaxCodes", "SalesTaxCode", "ListID", "sales tax code"};
 inline constexpr ListKind kInvoices{"Invoices", "Invoice", "TxnID", "invoice"};
 inline constexpr ListKind kReceivedPayments{"ReceivedPayments", "ReceivePayment", "TxnID", "received payment"};
+inline constexpr ListKind kSalesReceipts{"SalesReceipts", "SalesReceipt", "TxnID", "sales receipt"};
+inline constexpr ListKind kCreditMemos{"CreditMemos", "CreditMemo", "TxnID", "credit memo"};
+inline constexpr ListKind kDeposits{"Deposits", "Deposit", "TxnID", "deposit"};
+inline constexpr ListKind kChecks{"Checks", "Check", "TxnID", "check"};
 
 class Company {
   public:
@@ -43,7 +47,7 @@ class Company {
     [[nodiscard]] const Element* FindByName(const ListKind& kind, std::string_view full_name) const;
 
     // A new record with its id, times and edit sequence, to be filled and then added.
-    [[nodiscard]] Element NewRecord(const ListKind& kind, std::string_view now);
+    [[nodiscard]] Element NewRecord(const ListKind& kind, std::string_view now) const;
     // The record as it stands in the list afterwards; valid until the next addition.
     const Element& Add(const ListKind& kind, Element record);
     // The record with this id for writing; its edit sequence and time are moved on. The id has to exist.

@@ -1,9 +1,17 @@
 #include "refhost/element.hpp"
 
 #include <algorithm>
-#include <utility>
 
 namespace paylodge::refhost {
+namespace {
+
+// The first entry with this name, or null.
+[[nodiscard]] auto* Find(auto& entries, std::string_view name, const auto& name_of) noexcept {
+    const auto found = std::ranges::find(entries, name, name_of);
+    return found == entries.end() ? nullptr : &*found;
+}
+
+}  // namespace
 
 Element MakeElement(std::string_view name, std::string_view text) {
     Element element;
@@ -13,12 +21,11 @@ Element MakeElement(std::string_view name, std::string_view text) {
 }
 
 const Element* FindChild(const Element& element, std::string_view name) noexcept {
-    const auto found = std::ranges::find(element.children, name, &Element::name);
-    return found == element.children.end() ? nullptr : &*found;
+    return Find(element.children, name, &Element::name);
 }
 
 Element* FindChild(Element& element, std::string_view name) noexcept {
-    return const_cast<Element*>(FindChild(std::as_const(element), name));
+    return Find(element.children, name, &Element::name);
 }
 
 std::string_view ChildText(const Element& element, std::string_view name) noexcept {
@@ -41,8 +48,8 @@ void AddText(Element& element, std::string_view name, std::string_view text) {
 }
 
 const std::string* FindAttribute(const Element& element, std::string_view name) noexcept {
-    const auto found = std::ranges::find(element.attributes, name, &Attribute::name);
-    return found == element.attributes.end() ? nullptr : &found->value;
+    const Attribute* const found = Find(element.attributes, name, &Attribute::name);
+    return found == nullptr ? nullptr : &found->value;
 }
 
 }  // namespace paylodge::refhost

@@ -17,11 +17,19 @@ class Undispatched : public Interface {
         *count = 0;
         return S_OK;
     }
-    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
-    STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override {
+    STDMETHODIMP GetTypeInfo(UINT /*index*/, LCID /*locale*/, ITypeInfo** /*info*/) override { return E_NOTIMPL; }
+    STDMETHODIMP GetIDsOfNames(REFIID /*reserved*/, LPOLESTR* /*names*/, UINT /*count*/, LCID /*locale*/,
+                               DISPID* /*ids*/) override {
         return E_NOTIMPL;
     }
+    STDMETHODIMP Invoke(DISPID /*member*/, REFIID /*reserved*/, LCID /*locale*/, WORD /*flags*/,
+                        DISPPARAMS* /*parameters*/, VARIANT* /*result*/, EXCEPINFO* /*exception*/,
+                        UINT* /*argument_error*/) override {
+        return E_NOTIMPL;
+    }
+
+  protected:
+    ~Undispatched() = default;
 };
 
 }  // namespace paylodge::refhost
