@@ -247,6 +247,10 @@ constexpr std::array kQueries{
     RequestKind{"SalesTaxCodeQueryRq", kListFields, Query<kSalesTaxCodes>},
     RequestKind{"InvoiceQueryRq", kInvoiceFields, Query<kInvoices>},
     RequestKind{"ReceivePaymentQueryRq", kTransactionFields, Query<kReceivedPayments>},
+    RequestKind{"SalesReceiptQueryRq", kTransactionFields, Query<kSalesReceipts>},
+    RequestKind{"CreditMemoQueryRq", kTransactionFields, Query<kCreditMemos>},
+    RequestKind{"DepositQueryRq", kTransactionFields, Query<kDeposits>},
+    RequestKind{"CheckQueryRq", kTransactionFields, Query<kChecks>},
 };
 
 }  // namespace

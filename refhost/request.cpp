@@ -2,8 +2,9 @@
 
 #include <algorithm>
 
-#include "refhost/additions.hpp"
+#include "refhost/list_entries.hpp"
 #include "refhost/queries.hpp"
+#include "refhost/transactions.hpp"
 
 namespace paylodge::refhost {
 namespace {
@@ -17,7 +18,7 @@ namespace {
 }  // namespace
 
 const RequestKind* FindRequestKind(std::string_view name) noexcept {
-    for (const std::span<const RequestKind> kinds : {Queries(), Additions()}) {
+    for (const std::span<const RequestKind> kinds : {Queries(), ListEntries(), Transactions()}) {
         const auto found = std::ranges::find(kinds, name, &RequestKind::name);
         if (found != kinds.end()) {
             return &*found;

@@ -26,6 +26,8 @@ enum class Code {
     kUnknownReference = 2040,
     kNotFound = 2050,
     kNameExists = 3100,
+    kPaymentItemExists = 3180,
+    kStaleEditSequence = 3200,
     // The company file.
     kNoCompanyFile = 4000,
     kNotSaved = 4010,

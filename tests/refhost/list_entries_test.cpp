@@ -1,0 +1,67 @@
+#include <gtest/gtest.h>
+
+#include "tests/refhost/sample_books.hpp"
+
+namespace paylodge::refhost {
+namespace {
+
+[[nodiscard]] std::string AccountMod(const std::string& id, const std::string& sequence, const std::string& fields) {
+    return "<AccountModRq><AccountMod><ListID>" + id + "</ListID><EditSequence>" + sequence + "</EditSequence>" +
+           fields + "</AccountMod></AccountModRq>";
+}
+
+TEST(AccountMod, ChangesTheAccountAndMovesItsEditSequenceOn) {
+    Company books = SampleBooks();
+    const Element response = SendOne(books, AccountMod("L-1", "1", "<IsActive>false</IsActive>"));
+    EXPECT_EQ(StatusCode(response), "0") << StatusMessage(response);
+    EXPECT_EQ(Texts(response, "IsActive"), std::vector<std::string>{"false"});
+    EXPECT_EQ(Texts(response, "EditSequence"), std::vector<std::string>{"2"});
+    EXPECT_EQ(Texts(response, "Balance"), std::vector<std::string>{"100.00"});
+}
+
+TEST(AccountMod, RefusesAStaleEditSequence) {
+    Company books = SampleBooks();
+    EXPECT_EQ(StatusCode(SendOne(books, AccountMod("L-1", "1", "<IsActive>false</IsActive>"))), "0");
+    const Element again = SendOne(books, AccountMod("L-1", "1", "<IsActive>true</IsActive>"));
+    EXPECT_EQ(StatusCode(again), "3200");
+    EXPECT_NE(StatusMessage(again).find("EditSequence"), std::string::npos);
+    EXPECT_EQ(ChildText(*books.FindById(kAccounts, "L-1"), "IsActive"), "false");
+}
+
+TEST(AccountMod, RefusesAnUnknownAccount) {
+    Company books = SampleBooks();
+    const Element response = SendOne(books, AccountMod("L-99", "1", "<IsActive>false</IsActive>"));
+    EXPECT_EQ(StatusCode(response), "2040");
+    EXPECT_FALSE(books.IsChanged());
+}
+
+TEST(CustomerAdd, AddsACustomerOnce) {
+    const std::string add = "<CustomerAddRq><CustomerAdd><Name>Walk-in</Name></CustomerAdd></CustomerAddRq>";
+    Company books = SampleBooks();
+    EXPECT_EQ(StatusCode(SendOne(books, add)), "0");
+    EXPECT_EQ(StatusCode(SendOne(books, add)), "3100");
+    EXPECT_EQ(Texts(SendOne(books, "<CustomerQueryRq><FullName>Walk-in</FullName></CustomerQueryRq>"), "Balance"),
+              std::vector<std::string>{"0.00"});
+}
+
+TEST(ItemPaymentAdd, HasAStatusOfItsOwnForANameThatExists) {
+    const std::string add =
+        "<ItemPaymentAddRq><ItemPaymentAdd><Name>Net</Name><PaymentMethodRef><FullName>Cash"
+        "</FullName></PaymentMethodRef></ItemPaymentAdd></ItemPaymentAddRq>";
+    Company books = SampleBooks();
+    EXPECT_EQ(StatusCode(SendOne(books, add)), "0");
+    EXPECT_EQ(StatusCode(SendOne(books, add)), "3180");
+}
+
+TEST(ItemPaymentAdd, RefusesAnUnknownPaymentMethod) {
+    Company books = SampleBooks();
+    const Element response =
+        SendOne(books,
+                "<ItemPaymentAddRq><ItemPaymentAdd><Name>Net</Name><PaymentMethodRef><FullName>Shells"
+                "</FullName></PaymentMethodRef></ItemPaymentAdd></ItemPaymentAddRq>");
+    EXPECT_EQ(StatusCode(response), "2040");
+    EXPECT_FALSE(books.IsChanged());
+}
+
+}  // namespace
+}  // namespace paylodge::refhost
