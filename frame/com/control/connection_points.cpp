@@ -32,7 +32,10 @@ struct ConnectionItems {
 // Arguments in the order in which they are added.
 class InvokeArguments {
   public:
-    explicit InvokeArguments(size_t count) { values_.reserve(count); }
+    // Raises E_OUTOFMEMORY, as adding a string does.
+    explicit InvokeArguments(size_t count) try { values_.reserve(count); } catch (const std::bad_alloc&) {
+        _com_issue_error(E_OUTOFMEMORY);
+    }
     ~InvokeArguments() {
         for (VARIANT& value : values_) {
             ::VariantClear(&value);

@@ -5,6 +5,7 @@
 
 #include <ocidl.h>
 
+#include <array>
 #include <initializer_list>
 #include <span>
 #include <variant>
@@ -89,7 +90,7 @@ class IPropertyNotifySinkCP : public IConnectionPointImpl<Class, &IID_IPropertyN
 template <class... Bases>
 struct ConnectionPointTable {
     template <class Class>
-    [[nodiscard]] static std::vector<ConnectionPoint*> Of(Class& object) {
+    [[nodiscard]] static std::array<ConnectionPoint*, sizeof...(Bases)> Of(Class& object) noexcept {
         return {&static_cast<Bases&>(object).Point()...};
     }
 };

@@ -72,7 +72,7 @@ class IOleObjectImpl : public IOleObject {
         return S_OK;
     }
 
-    // The name under which the class is registered; the caller frees it. OLE_E_... as the registry has it.
+    // The name under which the class is registered; the caller frees it. Why the registry has none.
     STDMETHODIMP GetUserType(DWORD form, LPOLESTR* name) override {
         if (name == nullptr) {
             return E_POINTER;
