@@ -1,3 +1,5 @@
+find_package(Python3 REQUIRED COMPONENTS Interpreter)
+set(PAYLODGE_UNDATE ${CMAKE_CURRENT_LIST_DIR}/undate_type_library.py)
 find_program(PAYLODGE_WIDL ${PAYLODGE_TRIPLET}-widl REQUIRED)
 set(PAYLODGE_WINE_IDL_FOLDER /usr/include/wine/wine/windows CACHE PATH "oaidl.idl and ocidl.idl")
 find_path(PAYLODGE_STDOLE stdole2.tlb REQUIRED NO_CMAKE_FIND_ROOT_PATH
@@ -15,10 +17,13 @@ function(add_type_library target idl tlb)
     file(MAKE_DIRECTORY ${folder})
     add_custom_command(
         OUTPUT ${header} ${identifiers} ${tlb}
-        COMMAND ${widl} -h -o ${header} ${CMAKE_CURRENT_SOURCE_DIR}/${idl}
-        COMMAND ${widl} -u -o ${identifiers} ${CMAKE_CURRENT_SOURCE_DIR}/${idl}
-        COMMAND ${widl} -t -o ${tlb} ${CMAKE_CURRENT_SOURCE_DIR}/${idl}
-        DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${idl}
+        COMMAND ${widl} -h -o ${header} ${idl}
+        COMMAND ${widl} -u -o ${identifiers} ${idl}
+        COMMAND ${widl} -t -o ${tlb} ${idl}
+        COMMAND Python3::Interpreter ${PAYLODGE_UNDATE} ${tlb}
+        DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${idl} ${PAYLODGE_UNDATE}
+        # The header names the file as it is given here.
+        WORKING_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR}
         COMMENT "Interfaces and type library from ${idl}"
         VERBATIM)
     add_library(${target} STATIC ${identifiers} ${header})

@@ -3,5 +3,5 @@ set(CMAKE_SYSTEM_PROCESSOR X86)
 set(PAYLODGE_WIDL_ARCHITECTURE --win32)
 set(PAYLODGE_STDOLE_FOLDER i386-windows)
 # Amounts and cents have to come out with the same digits on both architectures.
-set(CMAKE_CXX_FLAGS_INIT "-msse2 -mfpmath=sse")
+set(PAYLODGE_ARCHITECTURE_FLAGS "-msse2 -mfpmath=sse")
 include(${CMAKE_CURRENT_LIST_DIR}/mingw.cmake)
