@@ -1,0 +1,58 @@
+#!/usr/bin/env bash
+# makes dist/paylodge-VERSION.zip, what a customer installs
+
+usage() {
+    cat <<'END'
+Usage: ./dev package [--verify]
+
+Builds the component for x64 and x86 and makes dist/paylodge-VERSION.zip of it: both DLLs with their debug files, type
+libraries, manifests, the generated header, commands to register and unregister, documents and checksums. The version
+is the project's version in CMakeLists.txt.
+
+  --verify  build it once more from a copy of the sources in another folder, and compare the bytes (takes minutes)
+END
+}
+
+# Prints where the package is.
+build_package() {
+    local preset
+    for preset in x64 x86; do
+        build_preset "$preset" Paylodge >&2
+    done
+    python3 -B tools/package/package.py
+}
+
+# What is not committed yet counts; files that are deleted but still known to git do not.
+copy_sources() {
+    git ls-files -z --cached --others --exclude-standard |
+        while IFS= read -r -d '' file; do
+            [ ! -f "$file" ] || printf '%s\0' "$file"
+        done | xargs -0 cp --parents -t "$1" --
+}
+
+verify_package() {
+    copy=$(mktemp -d)
+    trap 'rm -rf "$copy"' EXIT
+    copy_sources "$copy"
+    mkdir "$copy/build"
+    say "building the package once more in another folder"
+    (cd "$copy" && build_package >/dev/null) || fail "the second build failed: the lines above say why"
+    cmp "$1" "$copy/dist/$(basename "$1")" >&2 || fail "the second build gave another package"
+    say "the second build gave the same bytes"
+}
+
+run() {
+    local verify='' package
+    while [ $# -gt 0 ]; do
+        case $1 in
+            --verify) verify=yes ;;
+            *) usage_error "'package' does not know '$1'; './dev package --help' says what it knows" ;;
+        esac
+        shift
+    done
+    install_packages
+    lock_checkout
+    package=$(build_package) || fail "the package was not made: the lines above say why"
+    [ -z "$verify" ] || verify_package "$package"
+    printf '%s\n' "${package#"$PWD"/}"
+}

@@ -1,0 +1,3 @@
+@echo off
+rem Takes back what register.cmd did. Needs administrator rights.
+"%~dp0register.cmd" /u
