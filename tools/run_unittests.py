@@ -1,4 +1,4 @@
-"""Runs the tests of a folder with Python's unittest and prints the lines that run_tests.py reads."""
+"""Runs the tests of a folder, or of one file in it, with Python's unittest and prints the lines that run_tests.py reads."""
 
 from __future__ import annotations
 
@@ -41,11 +41,11 @@ def print_failure(test: unittest.TestCase, text: str) -> None:
 
 
 def main() -> int:
-    if len(sys.argv) != 2:
-        print("usage: run_unittests.py FOLDER", file=sys.stderr)
+    if len(sys.argv) not in (2, 3):
+        print("usage: run_unittests.py FOLDER [FILE]", file=sys.stderr)
         return 2
     result = LineResult()
-    unittest.defaultTestLoader.discover(sys.argv[1]).run(result)
+    unittest.defaultTestLoader.discover(sys.argv[1], *sys.argv[2:]).run(result)
     print("END")
     return 0 if result.wasSuccessful() else 1
 

@@ -12,7 +12,7 @@ import wine_session
 from test_results import Case, Ending, Outcome, read_gtest, read_lines, read_status
 from wine_session import windows_path
 
-KINDS = ("x64", "x86", "native", "script", "fuzz", "tools", "format")
+KINDS = ("x64", "x86", "native", "script", "package", "fuzz", "tools", "format")
 WINE_PACKAGES = {"x64": "wine64", "x86": "wine32:i386"}
 
 SHORT_FUZZ_RUNS = 50_000
@@ -62,6 +62,8 @@ def collect_jobs(paths: Paths, kinds: list[str], pattern: str) -> list[Job]:
 def jobs_of_kind(paths: Paths, kind: str, pattern: str) -> list[Job]:
     if kind == "script":
         return script_jobs(paths)
+    if kind == "package":
+        return package_jobs(paths)
     if kind == "fuzz":
         return fuzz_jobs(paths)
     if kind == "tools":
@@ -165,6 +167,12 @@ def wine_environment(paths: Paths, preset: str, job_name: str) -> dict[str, str]
     return environment
 
 
+def package_jobs(paths: Paths) -> list[Job]:
+    """They run Wine in a prefix of their own, beside the Wine programs of the other kinds."""
+    files = sorted((paths.root / "tests" / "package").glob("test_*.py"))
+    return [unittest_job(paths, f"package/{file.stem.removeprefix('test_')}", file.parent, file.name) for file in files]
+
+
 def fuzz_jobs(paths: Paths) -> list[Job]:
     """A short run of each fuzzer, the same each time: whether the code stands it, not what more could be found."""
     fuzzers = sorted((paths.build / "native" / "fuzz").glob("*_fuzz"))
@@ -179,8 +187,12 @@ def fuzz_job(paths: Paths, fuzzer: Path) -> Job:
 
 
 def tools_job(paths: Paths) -> Job:
-    command = [sys.executable, str(paths.root / "tools/run_unittests.py"), str(paths.root / "tests/tools")]
-    return Job("tools", command, read_lines)
+    return unittest_job(paths, "tools", paths.root / "tests" / "tools")
+
+
+def unittest_job(paths: Paths, name: str, folder: Path, *file: str) -> Job:
+    command = [sys.executable, str(paths.root / "tools/run_unittests.py"), str(folder), *file]
+    return Job(name, command, read_lines)
 
 
 def format_job(paths: Paths) -> Job:

@@ -11,6 +11,7 @@ Builds and runs the tests of the given kinds; without a KIND all of them:
   x86     programs for 32-bit Windows, under Wine
   native  programs for this machine, under sanitizers
   script  page scripts, on both Windows architectures
+  package what ./dev package makes, installed into a Wine prefix of its own
   fuzz    a short run of each fuzzer
   tools   the tests of the tools themselves
   format  the format of the C++ sources
@@ -29,7 +30,7 @@ flavours_for() {
     for kind in "$@"; do
         case $kind in
             x64 | x86 | native) printf '%s\n' "$kind" ;;
-            script) printf 'x64\nx86\n' ;;
+            script | package) printf 'x64\nx86\n' ;;
             fuzz) printf 'native\n' ;;
         esac
     done | sort -u
@@ -43,6 +44,7 @@ targets_for() {
         case $preset/$kind in
             x64/x64 | x86/x86 | native/native) printf 'all\n' ;;
             x64/script | x86/script) printf 'Paylodge\nrefhost/all\n' ;;
+            x64/package | x86/package) printf 'package_test_programs\nrefhost/all\n' ;;
             native/fuzz) printf 'fuzzers\n' ;;
         esac
     done
@@ -62,12 +64,12 @@ run() {
                 options+=("--time-limit=$2")
                 shift
                 ;;
-            x64 | x86 | native | script | fuzz | tools | format) kinds+=("$1") ;;
+            x64 | x86 | native | script | package | fuzz | tools | format) kinds+=("$1") ;;
             *) usage_error "'test' does not know '$1'; './dev test --help' says what it knows" ;;
         esac
         shift
     done
-    [ ${#kinds[@]} -gt 0 ] || kinds=(x64 x86 native script fuzz tools format)
+    [ ${#kinds[@]} -gt 0 ] || kinds=(x64 x86 native script package fuzz tools format)
 
     install_packages
     lock_checkout
