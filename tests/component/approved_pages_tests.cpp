@@ -1,0 +1,88 @@
+// The site lock of the module as shipped, seen from pages.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/component/member_call.hpp"
+#include "tests/component/module_under_test.hpp"
+#include "tests/support/site_stand_in.hpp"
+
+namespace paylodge::test {
+namespace {
+
+class ApprovedPages : public Component {
+  protected:
+    // Whether a page may use the object: a request goes out only then.
+    [[nodiscard]] bool IsServed(const PageStandIn& page) {
+        host.requests.clear();
+        SiteStandIn site(page);
+        const OnSite on_site(paylodge.Get(), site);
+        EXPECT_EQ(S_OK, CallSlot(*paylodge.Get(), FindMember("GetItems")).result);
+        return !host.requests.empty();
+    }
+    [[nodiscard]] bool IsServedAt(const wchar_t* url) { return IsServed(PageAt(url)); }
+};
+
+TEST_F(ApprovedPages, OfEveryRowAreServed) {
+    for (const wchar_t* url : {
+             L"https://terminal.paylodge.example/",
+             L"https://accounts.paylodge.example/",
+             L"https://merchant.ledgerhall.example/",
+             L"https://payments.ledgerhall.example/",
+             L"https://services.ledgerhall.example/",
+             L"http://merchant.ledgerhall.example/",
+             L"http://payments.ledgerhall.example/",
+             L"http://services.ledgerhall.example/",
+             L"http://qa.ledgerhall.example/",
+             L"http://dev.ledgerhall.example/",
+             L"https://eu.terminal.paylodge.example:8443/shop?x=1",
+         }) {
+        EXPECT_TRUE(IsServedAt(url));
+    }
+}
+
+TEST_F(ApprovedPages, OthersAreNot) {
+    for (const wchar_t* url : {
+             L"http://terminal.paylodge.example/",
+             L"http://accounts.paylodge.example/",
+             L"https://qa.ledgerhall.example/",
+             L"https://evilterminal.paylodge.example/",
+             L"https://terminal.paylodge.example.evil.example/",
+             L"https://Terminal.paylodge.example/",
+             L"https://terminal.paylodge.example@evil.example/",
+             L"file:///C:/page.html",
+             L"about:blank",
+             L"",
+         }) {
+        EXPECT_FALSE(IsServedAt(url));
+    }
+}
+
+TEST_F(ApprovedPages, ZoneDoesNotMatter) {
+    for (const DWORD zone : {0U, 1U, 2U, 4U}) {
+        EXPECT_FALSE(IsServed({.url = kRefusedPage, .zone = zone}));
+        EXPECT_TRUE(IsServed({.url = kApprovedPage, .zone = zone}));
+    }
+}
+
+TEST_F(ApprovedPages, ObjectWhosePageCannotBeToldIsServed) {
+    EXPECT_TRUE(IsServed({.url = kRefusedPage, .services_result = E_NOINTERFACE}));
+    EXPECT_TRUE(IsServed({.url = kRefusedPage, .browser_result = E_NOINTERFACE}));
+    EXPECT_TRUE(IsServed({.url = kRefusedPage, .security_manager_result = E_FAIL}));
+    EXPECT_TRUE(IsServed({.url = kRefusedPage, .url_result = E_FAIL}));
+    EXPECT_TRUE(IsServed({.url = kRefusedPage, .zone_result = E_FAIL}));
+}
+
+TEST_F(ApprovedPages, SiteIsLetGoWithTheObject) {
+    SiteStandIn site;
+    ComPtr<IObjectWithSite> with_site;
+    ASSERT_EQ(S_OK, paylodge.As(with_site));
+    EXPECT_EQ(S_OK, with_site->SetSite(site.Get()));
+    EXPECT_EQ(1, site.references);
+    with_site.Reset();
+    paylodge.Reset();
+    EXPECT_EQ(0, site.references);
+}
+
+}  // namespace
+}  // namespace paylodge::test

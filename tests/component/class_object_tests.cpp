@@ -1,0 +1,87 @@
+#include <gtest/gtest.h>
+
+#include "tests/component/module_under_test.hpp"
+
+namespace paylodge::test {
+namespace {
+
+constexpr CLSID kPaylodgeClass = {0xF8A9E1FD, 0x7DCD, 0x4BE8, {0xB5, 0x10, 0x7C, 0xBB, 0x84, 0x93, 0x64, 0xAB}};
+
+class ClassObjects : public ::testing::Test {
+  protected:
+    [[nodiscard]] ComPtr<IClassFactory> Factory() {
+        ComPtr<IClassFactory> factory;
+        EXPECT_EQ(S_OK, module.GetClassObject(kPaylodgeClass, IID_IClassFactory, factory.ReceiveVoid()));
+        return factory;
+    }
+
+    ModuleUnderTest module;
+};
+
+TEST_F(ClassObjects, FreshModuleCanBeUnloaded) { EXPECT_EQ(S_OK, module.CanUnloadNow()); }
+
+TEST_F(ClassObjects, ClassObjectKeepsTheModule) {
+    auto factory = Factory();
+    EXPECT_EQ(S_FALSE, module.CanUnloadNow());
+    factory.Reset();
+    EXPECT_EQ(S_OK, module.CanUnloadNow());
+}
+
+TEST_F(ClassObjects, EachObjectKeepsTheModule) {
+    auto first = module.CreatePaylodge();
+    auto second = module.CreatePaylodge();
+    EXPECT_EQ(S_FALSE, module.CanUnloadNow());
+    first.Reset();
+    EXPECT_EQ(S_FALSE, module.CanUnloadNow());
+    second.Reset();
+    EXPECT_EQ(S_OK, module.CanUnloadNow());
+}
+
+TEST_F(ClassObjects, EachLockKeepsTheModule) {
+    EXPECT_EQ(S_OK, Factory()->LockServer(TRUE));
+    EXPECT_EQ(S_OK, Factory()->LockServer(TRUE));
+    EXPECT_EQ(S_FALSE, module.CanUnloadNow());
+    EXPECT_EQ(S_OK, Factory()->LockServer(FALSE));
+    EXPECT_EQ(S_FALSE, module.CanUnloadNow());
+    EXPECT_EQ(S_OK, Factory()->LockServer(FALSE));
+    EXPECT_EQ(S_OK, module.CanUnloadNow());
+}
+
+TEST_F(ClassObjects, UnknownClassIsNotAvailable) {
+    for (const CLSID& id : {CLSID_NULL, IID_IPaylodge8, LIBID_PAYLODGELib}) {
+        void* object = &object;
+        EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE, module.GetClassObject(id, IID_IClassFactory, &object));
+        EXPECT_EQ(nullptr, object);
+    }
+}
+
+TEST_F(ClassObjects, UnknownInterfaceOfTheClassObjectIsRefused) {
+    void* object = &object;
+    EXPECT_EQ(E_NOINTERFACE, module.GetClassObject(kPaylodgeClass, IID_IPaylodge8, &object));
+    EXPECT_EQ(nullptr, object);
+}
+
+TEST_F(ClassObjects, MissingSlotIsEPointer) {
+    EXPECT_EQ(E_POINTER, module.GetClassObject(kPaylodgeClass, IID_IClassFactory, nullptr));
+    EXPECT_EQ(E_POINTER, Factory()->CreateInstance(nullptr, IID_IPaylodge8, nullptr));
+}
+
+TEST_F(ClassObjects, FailedCreationLeavesNothingAlive) {
+    const auto factory = Factory();
+    void* object = &object;
+    EXPECT_EQ(E_NOINTERFACE, factory->CreateInstance(nullptr, IID_IPersistStreamInit, &object));
+    EXPECT_EQ(nullptr, object);
+    object = &object;
+    EXPECT_EQ(CLASS_E_NOAGGREGATION, factory->CreateInstance(factory.Get(), IID_IUnknown, &object));
+    EXPECT_EQ(nullptr, object);
+}
+
+TEST_F(ClassObjects, ObjectsAreNotShared) {
+    EXPECT_NE(module.CreatePaylodge().Get(), nullptr);
+    const auto first = module.CreatePaylodge();
+    const auto second = module.CreatePaylodge();
+    EXPECT_NE(first.Get(), second.Get());
+}
+
+}  // namespace
+}  // namespace paylodge::test
