@@ -19,6 +19,8 @@ using ExecuteJavaScript = void __cdecl(const char* browser_instance, const char*
 // C++ exceptions of this compiler are caught by the caller. Structured exceptions, and so C++ exceptions of another
 // compiler, cannot be caught here: this compiler has no handler for them.
 [[nodiscard]] HRESULT CallExport(const std::string& script) {
+    // The script may lead to another one, at whose end the library is freed.
+    const ModuleHandle in_use(::LoadLibraryA(kLibraryName));
     auto* const execute = reinterpret_cast<ExecuteJavaScript*>(
         reinterpret_cast<void*>(::GetProcAddress(g_hBridgeModule.Get(), "ExecuteJavaScript")));
     if (execute == nullptr) {

@@ -1,0 +1,158 @@
+// The card reader and the account services with the bridge library. It stays in this process once a function is found.
+
+#include <cstring>
+
+#include "bridge/bridge_library.hpp"
+#include "tests/unit/bridge/forwarders.hpp"
+#include "tests/unit/operations/live_allocations.hpp"
+
+namespace paylodge::test {
+namespace {
+
+using Texts = std::vector<std::wstring>;
+
+class CardReaderAndServices : public ControlTest {
+  protected:
+    LibraryFolder library_{L"first"};
+};
+class Forwarding : public CardReaderAndServices, public ::testing::WithParamInterface<Forwarder> {};
+
+INSTANTIATE_TEST_SUITE_P(Control, Forwarding, ::testing::ValuesIn(Forwarders().begin(), Forwarders().end()),
+                         NameOfForwarder);
+
+// What the method gives when its function returns this text, and this text with what the code page lacks replaced.
+[[nodiscard]] Result Expected(Returns returns, const wchar_t* text, const wchar_t* reencoded) {
+    switch (returns) {
+        case Returns::kNothing:
+            return {S_OK, kUntouched};
+        case Returns::kByte:
+            return {S_OK, kTrue};
+        case Returns::kReencodedText:
+            return {S_OK, reencoded};
+        case Returns::kCopiedText:
+        case Returns::kString:
+            return {S_OK, text};
+    }
+    return {E_UNEXPECTED};
+}
+
+TEST_P(Forwarding, CallsTheFunctionWithTheArgumentsInOrder) {
+    const Result expected = Expected(GetParam().returns, L"answer", L"answer");
+    EXPECT_EQ(Forward(GetParam(), control_), expected);
+    EXPECT_EQ(Forward(GetParam(), control_), expected);
+    const std::wstring call = std::wstring(L"first: ") + GetParam().call;
+    EXPECT_EQ(bridge_.calls, (Texts{call, call}));
+}
+
+TEST_P(Forwarding, GivesCharactersOutsideTheCodePageWhereTextsAreNotReencoded) {
+    bridge_.text = L"caf\xE9 \x20AC \x0416 \x2606 \xD83D\xDE00";
+    EXPECT_EQ(Forward(GetParam(), control_), Expected(GetParam().returns, bridge_.text, L"caf\xE9 \x20AC ? ? ??"));
+}
+
+TEST_P(Forwarding, GivesAnEmptyTextForNullWhereTextsAreReencoded) {
+    bridge_.text = nullptr;
+    EXPECT_EQ(Forward(GetParam(), control_), Expected(GetParam().returns, kNull, L""));
+    bridge_.text = L"";
+    EXPECT_EQ(Forward(GetParam(), control_), Expected(GetParam().returns, L"", L""));
+}
+
+TEST_P(Forwarding, GivesAnyByteButZeroAsTrue) {
+    if (GetParam().returns != Returns::kByte) {
+        return;
+    }
+    for (int byte = 0; byte <= 0xFF; ++byte) {
+        bridge_.byte = static_cast<unsigned char>(byte);
+        EXPECT_EQ(Forward(GetParam(), control_), (Result{S_OK, byte == 0 ? kFalse : kTrue})) << byte;
+    }
+}
+
+TEST_P(Forwarding, HandsOverTheStringItself) {
+    if (GetParam().returns != Returns::kString) {
+        return;
+    }
+    StringSink text;
+    EXPECT_EQ(GetParam().run(control_, text.Slot(), nullptr), S_OK);
+    ASSERT_EQ(bridge_.given.size(), 1U);
+    EXPECT_EQ(text.Get(), bridge_.given[0]);
+}
+
+TEST_P(Forwarding, LeavesTextsToTheLibrary) {
+    if (GetParam().returns != Returns::kCopiedText && GetParam().returns != Returns::kReencodedText) {
+        return;
+    }
+    const std::wstring kept = L"kept by the library";
+    bridge_.text = kept.c_str();
+    StringSink text;
+    EXPECT_EQ(GetParam().run(control_, text.Slot(), nullptr), S_OK);
+    EXPECT_NE(text.Get(), kept.c_str());
+    text.Get()[0] = L'K';
+    EXPECT_EQ(kept, L"kept by the library");
+}
+
+TEST_P(Forwarding, NeedsAPlaceForTheResult) {
+    if (GetParam().returns == Returns::kNothing) {
+        return;
+    }
+    EXPECT_EQ(GetParam().run(control_, nullptr, nullptr), E_POINTER);
+}
+
+TEST_P(Forwarding, LeavesNothingAllocated) {
+    if (!LiveAllocations::CanCountStrings()) {
+        GTEST_SKIP() << "OANOCACHE is not set";
+    }
+    const LiveAllocations live;
+    EXPECT_EQ(Forward(GetParam(), control_).code, S_OK);
+    EXPECT_EQ(live.Count(), 0);
+}
+
+TEST_F(CardReaderAndServices, GetTheCallersOwnTexts) {
+    const Argument amount(L"12.50");
+    const Argument header(L"header");
+    const Argument body(std::wstring{L'a', L'\0', L'b'});
+    EXPECT_EQ(control_.StartEMV(amount), S_OK);
+    StringSink token;
+    EXPECT_EQ(control_.GetCardBasedToken2(1, header, body, token.Slot()), S_OK);
+    EXPECT_EQ(bridge_.texts, (std::vector<const wchar_t*>{amount, header, body}));
+}
+
+TEST_F(CardReaderAndServices, GetNullForNull) {
+    StringSink text;
+    EXPECT_EQ(control_.StartEMV(nullptr), S_OK);
+    EXPECT_EQ(control_.DecodeTlvData(nullptr, nullptr, text.Slot()), S_OK);
+    EXPECT_EQ(bridge_.calls, (Texts{L"first: StartEMV(null)", L"first: GetDecodedTlvData(null, null)"}));
+}
+
+TEST_F(CardReaderAndServices, AreNotAskedForUserDataWithoutAName) {
+    for (const wchar_t* const wanted : {static_cast<const wchar_t*>(nullptr), L""}) {
+        StringSink data;
+        EXPECT_EQ(control_.GetLHUserData(Argument(wanted), data.Slot()), E_FAIL);
+        EXPECT_EQ(data.Get(), nullptr);
+    }
+    EXPECT_EQ(bridge_.calls, Texts{});
+}
+
+TEST_F(CardReaderAndServices, GoOnAfterScriptCallsThatFreeTheLibrary) {
+    for (int round = 0; round < 3; ++round) {
+        EXPECT_EQ(control_.ConnectDevice(), S_OK);
+        EXPECT_EQ(control_.ExecuteJavaScript(Argument(L"a"), 0, Argument(L"fn")), S_OK);
+        EXPECT_FALSE(g_hBridgeModule);
+        EXPECT_TRUE(IsBridgeLoaded());
+    }
+    EXPECT_EQ(bridge_.calls.size(), 6U);
+    EXPECT_EQ(bridge_.calls.back(), L"first: ExecuteJavaScript(\"\", \"fn(\"a\")\")");
+}
+
+TEST_F(CardReaderAndServices, HaveTheNamesThatScriptsUse) {
+    ComPtr<IDispatch> dispatch;
+    ASSERT_EQ(control_.QueryInterface(IID_IDispatch, dispatch.ReceiveVoid()), S_OK);
+    for (const Forwarder& forwarder : Forwarders()) {
+        std::wstring name(forwarder.name, forwarder.name + std::strlen(forwarder.name));
+        wchar_t* names[] = {name.data()};
+        DISPID id = DISPID_UNKNOWN;
+        EXPECT_EQ(dispatch->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id), S_OK) << forwarder.name;
+        EXPECT_EQ(id, 19 + (&forwarder - Forwarders().data())) << forwarder.name;
+    }
+}
+
+}  // namespace
+}  // namespace paylodge::test

@@ -1,0 +1,285 @@
+// Which control receives what is pushed: subscribing, the channel's name, and the notification data.
+
+#include <cstring>
+
+#include "bridge/channel_registry.hpp"
+#include "tests/support/bstr_allocations.hpp"
+#include "tests/unit/bridge/control_test.hpp"
+
+namespace paylodge::test {
+namespace {
+
+using Events = std::vector<std::wstring>;
+
+class Channels : public ControlTest {
+  protected:
+    // A push to the current channel.
+    [[nodiscard]] HRESULT Push(const wchar_t* data) { return control_.SetTransactionID(Argument(data)); }
+    void Subscribe(CPaylodgeCtrl& control, std::wstring_view name) {
+        EXPECT_EQ(control.SubscribeToNotifications2(Argument(name)), S_OK);
+    }
+    void SetChannelName(std::wstring_view name) { EXPECT_EQ(control_.SetChannelName(Argument(name)), S_OK); }
+};
+
+TEST(Process, StartsWithoutControlsOnTheDefaultChannel) {
+    EXPECT_FALSE(g_start_state.has_controls);
+    EXPECT_EQ(g_start_state.channel, L"Default");
+    EXPECT_TRUE(g_start_state.has_browser_instance_string);
+    EXPECT_EQ(g_start_state.browser_instance, L"");
+    EXPECT_FALSE(g_start_state.has_notification_data);
+    EXPECT_FALSE(g_start_state.has_bridge_library);
+}
+
+TEST_F(Channels, ASubscriberReceivesThePushesOfTheDefaultChannel) {
+    EXPECT_EQ(control_.SubscribeToNotifications(), S_OK);
+    EXPECT_EQ(Push(L"1"), S_OK);
+    EXPECT_EQ(events_, Events{L"sink: 5(\"1\")"});
+}
+
+TEST_F(Channels, WithoutASubscriberAPushFails) {
+    EXPECT_EQ(Push(L"1"), E_FAIL);
+    EXPECT_EQ(events_, Events{});
+}
+
+TEST_F(Channels, TheLatestSubscriberReceivesThePushes) {
+    control_.SubscribeToNotifications();
+    other_.SubscribeToNotifications();
+    EXPECT_EQ(Push(L"1"), S_OK);
+    EXPECT_EQ(events_, Events{});
+    control_.SubscribeToNotifications();
+    EXPECT_EQ(Push(L"2"), S_OK);
+    EXPECT_EQ(events_, Events{L"sink: 5(\"2\")"});
+}
+
+TEST_F(Channels, UnsubscribingRemovesWhicheverControlIsSubscribed) {
+    control_.SubscribeToNotifications();
+    other_.SubscribeToNotifications();
+    EXPECT_EQ(control_.UnSubscribeFromNotifications(), S_OK);
+    EXPECT_EQ(Push(L"1"), E_FAIL);
+    Subscribe(other_, L"Feature");
+    EXPECT_EQ(control_.UnSubscribeFromNotifications2(Argument(L"Feature")), S_OK);
+    EXPECT_TRUE(g_mapChannelControls.empty());
+}
+
+TEST_F(Channels, UnsubscribingAnAbsentChannelIsNoError) {
+    EXPECT_EQ(control_.UnSubscribeFromNotifications(), S_OK);
+    EXPECT_EQ(control_.UnSubscribeFromNotifications2(Argument(L"Feature")), S_OK);
+    EXPECT_EQ(control_.UnSubscribeFromNotifications2(nullptr), S_OK);
+}
+
+TEST_F(Channels, BothWaysOfSubscribingMeetUnderTheDefaultName) {
+    Subscribe(control_, L"Default");
+    EXPECT_EQ(Push(L"1"), S_OK);
+    EXPECT_EQ(other_.UnSubscribeFromNotifications(), S_OK);
+    EXPECT_EQ(Push(L"2"), E_FAIL);
+}
+
+TEST_F(Channels, NamesAreCaseSensitive) {
+    Subscribe(control_, L"default");
+    EXPECT_EQ(Push(L"1"), E_FAIL);
+    SetChannelName(L"default");
+    EXPECT_EQ(Push(L"2"), S_OK);
+}
+
+TEST_F(Channels, NamesAreComparedWhole) {
+    for (const wchar_t* const name : {L"Featur", L"Features", L" Feature", L"Feature "}) {
+        Subscribe(control_, name);
+    }
+    SetChannelName(L"Feature");
+    EXPECT_EQ(Push(L"1"), E_FAIL);
+    EXPECT_EQ(g_mapChannelControls.size(), 4U);
+}
+
+TEST_F(Channels, NamesHoldAnyCharacters) {
+    const std::wstring names[] = {
+        {L'a', L'\0', L'b'}, {L'a', L'\0', L'c'}, L"\u2606\xD800", std::wstring(100'000, L'x')};
+    for (const std::wstring& name : names) {
+        Subscribe(control_, name);
+        SetChannelName(name);
+        EXPECT_EQ(Push(L"1"), S_OK);
+    }
+    EXPECT_EQ(g_mapChannelControls.size(), std::size(names));
+}
+
+TEST_F(Channels, NamesAreOrderedByTheirCodeUnits) {
+    for (const wchar_t* const name : {L"b", L"\uFF21", L"aa", L"a", L"B", L"", L"\xD83D\xDE00"}) {
+        Subscribe(control_, name);
+    }
+    std::vector<std::wstring> order;
+    for (const auto& [name, control] : g_mapChannelControls) {
+        order.push_back(name);
+    }
+    EXPECT_EQ(order, (std::vector<std::wstring>{L"", L"B", L"a", L"aa", L"b", L"\xD83D\xDE00", L"\uFF21"}));
+}
+
+TEST_F(Channels, ANullNameIsTheEmptyName) {
+    EXPECT_EQ(control_.SetChannelName(nullptr), S_OK);
+    EXPECT_EQ(Push(L"1"), E_FAIL);
+    Subscribe(control_, L"");
+    EXPECT_EQ(Push(L"2"), S_OK);
+    SetChannelName(L"");
+    EXPECT_EQ(Push(L"3"), S_OK);
+    EXPECT_EQ(control_.UnSubscribeFromNotifications2(nullptr), S_OK);
+    EXPECT_EQ(Push(L"4"), E_FAIL);
+    EXPECT_EQ(control_.SubscribeToNotifications2(nullptr), S_OK);
+    EXPECT_EQ(Push(L"5"), S_OK);
+}
+
+TEST_F(Channels, OneControlReceivesThePushesOfSeveralChannels) {
+    Subscribe(control_, L"A");
+    Subscribe(control_, L"B");
+    SetChannelName(L"A");
+    EXPECT_EQ(Push(L"1"), S_OK);
+    EXPECT_EQ(control_.UnSubscribeFromNotifications2(Argument(L"A")), S_OK);
+    EXPECT_EQ(Push(L"2"), E_FAIL);
+    SetChannelName(L"B");
+    EXPECT_EQ(Push(L"3"), S_OK);
+    EXPECT_EQ(events_, (Events{L"sink: 5(\"1\")", L"sink: 5(\"3\")"}));
+}
+
+TEST_F(Channels, TheNameIsSharedByAllControls) {
+    Subscribe(control_, L"A");
+    EXPECT_EQ(other_.SetChannelName(Argument(L"A")), S_OK);
+    EXPECT_EQ(Push(L"1"), S_OK);
+}
+
+TEST_F(Channels, TheNameIsACopy) {
+    OwnedBstr name = MakeBstr(L"A");
+    EXPECT_EQ(control_.SetChannelName(name.Get()), S_OK);
+    EXPECT_NE(g_bstrChannelName.Get(), name.Get());
+    name.Get()[0] = L'B';
+    EXPECT_EQ(View(g_bstrChannelName), L"A");
+}
+
+TEST_F(Channels, SettingTheVeryNameThatIsHeldChangesNothing) {
+    SetChannelName(L"A");
+    BSTR const held = g_bstrChannelName.Get();
+    EXPECT_EQ(control_.SetChannelName(held), S_OK);
+    EXPECT_EQ(g_bstrChannelName.Get(), held);
+    EXPECT_EQ(View(held), L"A");
+}
+
+TEST_F(Channels, SubscribingTakesNoReference) {
+    control_.AddRef();
+    const ULONG before = control_.Release();
+    Subscribe(control_, L"A");
+    Subscribe(control_, L"A");
+    control_.AddRef();
+    EXPECT_EQ(control_.Release(), before);
+}
+
+TEST_F(Channels, AControlThatIsGoneIsNoSubscriber) {
+    {
+        const ComPtr<Control> brief = Control::Create();
+        brief->SubscribeToNotifications();
+        Subscribe(*brief.Get(), L"A");
+        Subscribe(control_, L"B");
+    }
+    EXPECT_EQ(Push(L"1"), E_FAIL);
+    EXPECT_EQ(g_mapChannelControls.size(), 1U);
+}
+
+TEST_F(Channels, FailedAllocationsAreRaised) {
+    Subscribe(control_, L"A");
+    const Argument name(L"B");
+    BstrAllocations allocations(1);
+    HRESULT raised = S_OK;
+    try {
+        static_cast<void>(control_.SetChannelName(name));
+    } catch (const _com_error& error) {
+        raised = error.Error();
+    }
+    EXPECT_EQ(raised, E_OUTOFMEMORY);
+    EXPECT_EQ(View(g_bstrChannelName), L"Default");
+}
+
+class NotificationData : public ControlTest {
+  protected:
+    [[nodiscard]] std::wstring Get() {
+        StringSink data;
+        EXPECT_EQ(other_.get_LHTransactionNotificationData(data.Slot()), S_OK);
+        return data.Show();
+    }
+};
+
+TEST_F(NotificationData, IsNullBeforeAnythingIsStored) { EXPECT_EQ(Get(), kNull); }
+
+TEST_F(NotificationData, IsSharedByAllControls) {
+    EXPECT_EQ(control_.put_LHTransactionNotificationData(Argument(L"data")), S_OK);
+    EXPECT_EQ(Get(), L"data");
+}
+
+TEST_F(NotificationData, IsReplacedAndSetBackToNull) {
+    control_.put_LHTransactionNotificationData(Argument(L"first"));
+    control_.put_LHTransactionNotificationData(Argument(L""));
+    EXPECT_EQ(Get(), L"");
+    EXPECT_EQ(control_.put_LHTransactionNotificationData(nullptr), S_OK);
+    EXPECT_EQ(Get(), kNull);
+}
+
+TEST_F(NotificationData, KeepsEmbeddedNulsAndOddBytes) {
+    const OwnedBstr odd(::SysAllocStringByteLen("a\0b\0\0\0c", 7));
+    EXPECT_EQ(control_.put_LHTransactionNotificationData(odd.Get()), S_OK);
+    StringSink data;
+    EXPECT_EQ(control_.get_LHTransactionNotificationData(data.Slot()), S_OK);
+    ASSERT_EQ(::SysStringByteLen(data.Get()), 7U);
+    EXPECT_EQ(std::memcmp(data.Get(), odd.Get(), 7), 0);
+}
+
+TEST_F(NotificationData, IsHandedOutAsANewCopyEachTime) {
+    control_.put_LHTransactionNotificationData(Argument(L"data"));
+    StringSink first;
+    StringSink second;
+    control_.get_LHTransactionNotificationData(first.Slot());
+    control_.get_LHTransactionNotificationData(second.Slot());
+    EXPECT_NE(first.Get(), second.Get());
+    first.Get()[0] = L'D';
+    EXPECT_EQ(Get(), L"data");
+}
+
+TEST_F(NotificationData, NeedsAPlaceForIt) {
+    EXPECT_EQ(control_.get_LHTransactionNotificationData(nullptr), E_POINTER);
+}
+
+TEST_F(NotificationData, IsStoredByATransactionChange) {
+    control_.SubscribeToNotifications();
+    EXPECT_EQ(control_.NotifyTransactionChanged(Argument(L"changed")), S_OK);
+    EXPECT_EQ(Get(), L"changed");
+    EXPECT_EQ(control_.NotifyTransactionChanged(nullptr), S_OK);
+    EXPECT_EQ(Get(), kNull);
+}
+
+TEST_F(NotificationData, IsStoredBeforeTheEventIsRaised) {
+    control_.SubscribeToNotifications();
+    std::wstring seen;
+    sink_->on_event = [&] { seen = Get(); };
+    EXPECT_EQ(control_.NotifyTransactionChanged(Argument(L"changed")), S_OK);
+    EXPECT_EQ(seen, L"changed");
+}
+
+TEST_F(NotificationData, IsNotStoredByAChangeThatReachesNobody) {
+    EXPECT_EQ(control_.NotifyTransactionChanged(Argument(L"changed")), E_FAIL);
+    EXPECT_EQ(Get(), kNull);
+}
+
+TEST(BrowserInstance, IsACopyOfTheTextThatIsGiven) {
+    const ProcessState state;
+    std::wstring text = L"7";
+    ::SetBrowserInstance(text.c_str());
+    text = L"8";
+    EXPECT_EQ(View(g_bstrBrowserInstance), L"7");
+    ::SetBrowserInstance(text.c_str());
+    EXPECT_EQ(View(g_bstrBrowserInstance), L"8");
+}
+
+TEST(BrowserInstance, StaysWhenItIsTheVeryTextThatIsHeld) {
+    const ProcessState state;
+    ::SetBrowserInstance(L"7");
+    BSTR const held = g_bstrBrowserInstance.Get();
+    ::SetBrowserInstance(held);
+    EXPECT_EQ(g_bstrBrowserInstance.Get(), held);
+    EXPECT_EQ(View(held), L"7");
+}
+
+}  // namespace
+}  // namespace paylodge::test

@@ -1,0 +1,576 @@
+// Every push of the host, as an event and as a script.
+
+#include <limits>
+#include <stdexcept>
+
+#include "bridge/bridge_library.hpp"
+#include "bridge/channel_registry.hpp"
+#include "tests/support/bstr_allocations.hpp"
+#include "tests/unit/bridge/control_test.hpp"
+#include "tests/unit/bridge/script_page.hpp"
+#include "tests/unit/operations/live_allocations.hpp"
+
+namespace paylodge::test {
+namespace {
+
+using Texts = std::vector<std::wstring>;
+
+enum class Escaping { kNewline, kQuote, kNeverScript };
+
+// A push with one argument.
+struct Push {
+    const char* name;
+    HRESULT (STDMETHODCALLTYPE CPaylodgeCtrl::*method)(BSTR);
+    const wchar_t* function;
+    Escaping escaping;
+    int event;
+
+    friend std::ostream& operator<<(std::ostream& stream, const Push& push) { return stream << push.name; }
+};
+
+const Push kPushes[] = {
+    {"NotifyTransactionChanged", &CPaylodgeCtrl::NotifyTransactionChanged, L"app.lhProxy.txnChangeEventFromLH",
+     Escaping::kNewline, 1},
+    {"SetReconFeeData", &CPaylodgeCtrl::SetReconFeeData, L"app.lhProxy.feeEventFromLH", Escaping::kNewline, 3},
+    {"SetReconBatchData", &CPaylodgeCtrl::SetReconBatchData, L"app.lhProxy.batchEventFromLH", Escaping::kNewline, 2},
+    {"SetTransactionID", &CPaylodgeCtrl::SetTransactionID, L"app.lhProxy.invoiceIdFromLH", Escaping::kNewline, 5},
+    {"setEInvoicedTransactionData", &CPaylodgeCtrl::setEInvoicedTransactionData, L"app.lhProxy.eInvoicesEvent",
+     Escaping::kNewline, 6},
+    {"SetCustomerListData", &CPaylodgeCtrl::SetCustomerListData, L"app.lhProxy.customerDataFromLH", Escaping::kNewline,
+     8},
+    {"SetItemListData", &CPaylodgeCtrl::SetItemListData, nullptr, Escaping::kNeverScript, 9},
+    {"SetCustomerData", &CPaylodgeCtrl::SetCustomerData, L"$.fn.customerDataFromLH", Escaping::kNewline, 10},
+    {"SetCustomerSearchResult", &CPaylodgeCtrl::SetCustomerSearchResult, L"$.fn.CustomerSearchResultFromLH",
+     Escaping::kQuote, 11},
+    {"SetLineItemsSearchResult", &CPaylodgeCtrl::SetLineItemsSearchResult, L"$.fn.LineItemSearchResultFromLH",
+     Escaping::kQuote, 12},
+};
+
+std::string NameOf(const ::testing::TestParamInfo<Push>& information) { return information.param.name; }
+
+// The code of the COM error that a call raises, or what it gives.
+template <class Call>
+[[nodiscard]] HRESULT CodeOf(const Call& call) {
+    try {
+        return call();
+    } catch (const _com_error& error) {
+        return error.Error();
+    }
+}
+
+// The first control is subscribed, and the bridge library is there.
+class Pushes : public ControlTest, public ::testing::WithParamInterface<Push> {
+  protected:
+    Pushes() { control_.SubscribeToNotifications(); }
+
+    [[nodiscard]] HRESULT Send(CPaylodgeCtrl& control, BSTR data) { return (control.*GetParam().method)(data); }
+    [[nodiscard]] HRESULT Send(const Argument& data) { return Send(control_, data); }
+    [[nodiscard]] bool IsNeverScript() const { return GetParam().escaping == Escaping::kNeverScript; }
+
+    // The event with this text, and the call of ExecuteJavaScript with this browser and argument.
+    [[nodiscard]] static std::wstring Event(const std::wstring& shown) {
+        return L"sink: " + std::to_wstring(GetParam().event) + L"(" + shown + L")";
+    }
+    [[nodiscard]] static std::wstring Script(const std::wstring& argument, const std::wstring& browser = L"7") {
+        return L"first: ExecuteJavaScript(\"" + browser + L"\", \"" + GetParam().function + L"(\"" + argument +
+               L"\")\")";
+    }
+    void ExpectOnlyEvent(const std::wstring& shown) {
+        EXPECT_EQ(events_, Texts{Event(shown)});
+        EXPECT_EQ(bridge_.calls, Texts{});
+    }
+    void ExpectNothing() {
+        EXPECT_EQ(events_, Texts{});
+        EXPECT_EQ(bridge_.calls, Texts{});
+    }
+
+    LibraryFolder library_{L"first"};
+};
+
+INSTANTIATE_TEST_SUITE_P(Control, Pushes, ::testing::ValuesIn(kPushes), NameOf);
+
+TEST_P(Pushes, RaiseTheirEventWithoutABrowserInstance) {
+    EXPECT_EQ(Send(Argument(L"a \"b\"\nc\\\u2606")), S_OK);
+    ExpectOnlyEvent(L"\"a \"b\"\nc\\\u2606\"");
+}
+
+TEST_P(Pushes, RaiseTheirEventWithNullEmptyAndEmbeddedNuls) {
+    EXPECT_EQ(Send(control_, nullptr), S_OK);
+    EXPECT_EQ(Send(Argument(L"")), S_OK);
+    EXPECT_EQ(Send(Argument(std::wstring{L'a', L'\0', L'b'})), S_OK);
+    EXPECT_EQ(events_, (Texts{Event(L"null"), Event(L"\"\""), Event(std::wstring{L'"', L'a', L'\0', L'b', L'"'})}));
+}
+
+TEST_P(Pushes, GiveWhatTheSinkAnswers) {
+    sink_->code = DISP_E_MEMBERNOTFOUND;
+    EXPECT_EQ(Send(Argument(L"a")), DISP_E_MEMBERNOTFOUND);
+    sink_->code = S_FALSE;
+    EXPECT_EQ(Send(Argument(L"a")), S_FALSE);
+}
+
+TEST_P(Pushes, SucceedWithoutASink) {
+    other_.SubscribeToNotifications();
+    EXPECT_EQ(Send(Argument(L"a")), S_OK);
+    ExpectNothing();
+}
+
+TEST_P(Pushes, RaiseTheEventOfTheSubscribedControlWhicheverIsCalled) {
+    EXPECT_EQ(Send(other_, Argument(L"a")), S_OK);
+    ExpectOnlyEvent(L"\"a\"");
+}
+
+TEST_P(Pushes, RaiseTheirEventForAnUndefinedBrowserInstance) {
+    for (const wchar_t* const browser :
+         {L"undefined", L"UNDEFINED", L"Undefined", static_cast<const wchar_t*>(nullptr)}) {
+        ::SetBrowserInstance(browser);
+        events_.clear();
+        EXPECT_EQ(Send(Argument(L"a")), S_OK);
+        ExpectOnlyEvent(L"\"a\"");
+    }
+}
+
+TEST_P(Pushes, FailWithoutASubscriberOnTheChannel) {
+    control_.SetChannelName(Argument(L"nobody's"));
+    for (const wchar_t* const browser : {L"", L"7"}) {
+        ::SetBrowserInstance(browser);
+        EXPECT_EQ(Send(Argument(L"a")), E_FAIL);
+        ExpectNothing();
+    }
+}
+
+TEST_P(Pushes, RunTheirScriptInTheBrowserInstanceThatIsNamed) {
+    ::SetBrowserInstance(L"7");
+    EXPECT_EQ(Send(Argument(L"a'b\tc")), S_OK);
+    if (IsNeverScript()) {
+        ExpectOnlyEvent(L"\"a'b\tc\"");
+    } else {
+        EXPECT_EQ(bridge_.calls, Texts{Script(L"a'b\tc")});
+        EXPECT_EQ(events_, Texts{});
+    }
+    EXPECT_FALSE(IsBridgeLoaded());
+}
+
+TEST_P(Pushes, EscapeEitherLineFeedsOrQuotes) {
+    if (IsNeverScript()) {
+        return;
+    }
+    ::SetBrowserInstance(L"7");
+    EXPECT_EQ(Send(Argument(L"\"a\"\n\r\\'b'\n")), S_OK);
+    EXPECT_EQ(bridge_.calls,
+              Texts{Script(GetParam().escaping == Escaping::kQuote ? L"\\\"a\\\"\n\r\\'b'\n" : L"\"a\"\\n\r\\'b'\\n")});
+}
+
+TEST_P(Pushes, RunTheirScriptWithAnEmptyTextForNull) {
+    if (IsNeverScript()) {
+        return;
+    }
+    ::SetBrowserInstance(L"7");
+    EXPECT_EQ(Send(control_, nullptr), S_OK);
+    EXPECT_EQ(bridge_.calls, Texts{Script(L"")});
+}
+
+TEST_P(Pushes, RunTheirScriptFromAnyControl) {
+    if (IsNeverScript()) {
+        return;
+    }
+    ::SetBrowserInstance(L" undefined");
+    EXPECT_EQ(Send(other_, Argument(L"a")), S_OK);
+    EXPECT_EQ(bridge_.calls, Texts{Script(L"a", L" undefined")});
+}
+
+TEST_P(Pushes, ArriveInThePage) {
+    if (IsNeverScript()) {
+        return;
+    }
+    if (const auto reason = WhyNoScriptEngine()) {
+        GTEST_SKIP() << *reason;
+    }
+    ::SetBrowserInstance(L"7");
+    const bool has_quotes = GetParam().escaping == Escaping::kQuote;
+    EXPECT_EQ(Send(Argument(has_quotes ? L"He said \"hi\", caf\xE9" : L"caf\xE9\nriverside")), S_OK);
+    ASSERT_EQ(bridge_.scripts.size(), 1U);
+    const std::wstring function = GetParam().function;
+    EXPECT_EQ(RunInPage(bridge_.scripts[0]),
+              std::string(function.begin(), function.end()) +
+                  (has_quotes ? "[string He said \"hi\", caf\xE9]" : "[string caf\xE9\nriverside]"));
+}
+
+TEST_P(Pushes, AreLostWithoutTheLibrary) {
+    ::SetBrowserInstance(L"7");
+    const LibraryFolder missing(L".");
+    EXPECT_EQ(Send(Argument(L"a")), IsNeverScript() ? S_OK : E_FAIL);
+    EXPECT_EQ(events_.size(), IsNeverScript() ? 1U : 0U);
+}
+
+TEST_P(Pushes, AreLostWithoutTheFunction) {
+    ::SetBrowserInstance(L"7");
+    const LibraryFolder without_functions(L"without_functions");
+    EXPECT_EQ(Send(Argument(L"a")), IsNeverScript() ? S_OK : E_FAIL);
+    EXPECT_EQ(events_.size(), IsNeverScript() ? 1U : 0U);
+    EXPECT_FALSE(IsBridgeLoaded());
+}
+
+TEST_P(Pushes, StoreNothingUnlessTheyNotifyOfATransaction) {
+    EXPECT_EQ(Send(Argument(L"a")), S_OK);
+    StringSink data;
+    control_.get_LHTransactionNotificationData(data.Slot());
+    EXPECT_EQ(data.Show(), GetParam().event == 1 ? L"a" : kNull);
+}
+
+TEST_P(Pushes, RaiseFailedAllocations) {
+    const Argument data(L"a");
+    for (const wchar_t* const browser : {L"", L"7"}) {
+        ::SetBrowserInstance(browser);
+        bool has_failed = true;
+        for (int number = 1; has_failed; ++number) {
+            BstrAllocations allocations(number);
+            // The sink's own result is not the control's business.
+            sink_->on_event = [&] { allocations.Pause(); };
+            const HRESULT code = CodeOf([&] { return Send(control_, data); });
+            has_failed = allocations.HasFailed();
+            EXPECT_EQ(code, has_failed ? E_OUTOFMEMORY : S_OK) << number;
+            ASSERT_LT(number, 10);
+        }
+    }
+    sink_->on_event = nullptr;
+}
+
+TEST_P(Pushes, LeaveNothingAllocated) {
+    if (!LiveAllocations::CanCountStrings()) {
+        GTEST_SKIP() << "OANOCACHE is not set";
+    }
+    ::SetBrowserInstance(L"7");
+    control_.put_LHTransactionNotificationData(Argument(L"a"));
+    const LiveAllocations live;
+    {
+        const Argument data(L"a");
+        EXPECT_EQ(Send(control_, data), S_OK);
+        ::SetBrowserInstance(L"");
+        EXPECT_EQ(Send(control_, data), S_OK);
+        // What the process keeps is freed too; the first two are older than the count.
+        control_.put_LHTransactionNotificationData(nullptr);
+        ::SetBrowserInstance(nullptr);
+    }
+    EXPECT_EQ(live.Count(), 0);
+}
+
+// Pushes of reconciliation payments have three arguments.
+class ReconPayments : public ControlTest {
+  protected:
+    ReconPayments() { control_.SubscribeToNotifications(); }
+
+    [[nodiscard]] HRESULT Send(VARIANT_BOOL flag, const wchar_t* payments = L"p1",
+                               const wchar_t* date = L"2024-01-31") {
+        return other_.SetReconPaymentData(Argument(payments), Argument(date), flag);
+    }
+    [[nodiscard]] static std::wstring Script(const std::wstring& arguments) {
+        return L"first: ExecuteJavaScript(\"7\", \"app.lhProxy.txnEventFromLH(" + arguments + L")\")";
+    }
+
+    LibraryFolder library_{L"first"};
+};
+
+TEST_F(ReconPayments, RaiseTheirEventWithThreeArguments) {
+    EXPECT_EQ(Send(VARIANT_TRUE), S_OK);
+    EXPECT_EQ(Send(VARIANT_FALSE, nullptr, L""), S_OK);
+    EXPECT_EQ(events_, (Texts{L"sink: 4(\"p1\", \"2024-01-31\", bool -1)", L"sink: 4(null, \"\", bool 0)"}));
+}
+
+TEST_F(ReconPayments, PassTheFlagOnAsItIs) {
+    EXPECT_EQ(Send(1), S_OK);
+    EXPECT_EQ(Send(-2), S_OK);
+    EXPECT_EQ(events_,
+              (Texts{L"sink: 4(\"p1\", \"2024-01-31\", bool 1)", L"sink: 4(\"p1\", \"2024-01-31\", bool -2)"}));
+}
+
+TEST_F(ReconPayments, RunTheirScriptWithThreeStrings) {
+    ::SetBrowserInstance(L"7");
+    EXPECT_EQ(Send(VARIANT_FALSE), S_OK);
+    EXPECT_EQ(Send(VARIANT_TRUE), S_OK);
+    EXPECT_EQ(Send(1), S_OK);
+    const std::wstring with_true = Script(L"\"p1\",\"2024-01-31\",\"true\"");
+    EXPECT_EQ(bridge_.calls, (Texts{Script(L"\"p1\",\"2024-01-31\",\"false\""), with_true, with_true}));
+    EXPECT_EQ(events_, Texts{});
+    EXPECT_FALSE(IsBridgeLoaded());
+}
+
+TEST_F(ReconPayments, EscapeLineFeedsOfThePaymentsOnly) {
+    ::SetBrowserInstance(L"7");
+    EXPECT_EQ(Send(VARIANT_TRUE, L"a\n\"b\"\r", L"c\n\"d\"\r"), S_OK);
+    EXPECT_EQ(Send(VARIANT_TRUE, nullptr, nullptr), S_OK);
+    EXPECT_EQ(bridge_.calls,
+              (Texts{Script(L"\"a\\n\"b\"\r\",\"c\n\"d\"\r\",\"true\""), Script(L"\"\",\"\",\"true\"")}));
+}
+
+TEST_F(ReconPayments, FailWithoutASubscriber) {
+    control_.UnSubscribeFromNotifications();
+    EXPECT_EQ(Send(VARIANT_TRUE), E_FAIL);
+    ::SetBrowserInstance(L"7");
+    EXPECT_EQ(Send(VARIANT_TRUE), E_FAIL);
+    EXPECT_EQ(bridge_.calls, Texts{});
+    EXPECT_EQ(events_, Texts{});
+}
+
+TEST_F(ReconPayments, AreLostWithoutTheLibraryOrItsFunction) {
+    ::SetBrowserInstance(L"7");
+    for (const wchar_t* const folder : {L".", L"without_functions"}) {
+        const LibraryFolder library(folder);
+        EXPECT_EQ(Send(VARIANT_TRUE), E_FAIL);
+        EXPECT_EQ(events_, Texts{});
+        EXPECT_FALSE(IsBridgeLoaded());
+    }
+}
+
+// Requests of the page that the host is told of.
+class RequestData : public ControlTest {
+  protected:
+    [[nodiscard]] HRESULT Send() { return other_.ProcessLHRequestData(Argument(L"<Request/>"), response_.Slot()); }
+
+    StringSink response_;
+};
+
+TEST_F(RequestData, RaisesAnEventWithTheRequestAndTheResponse) {
+    control_.SubscribeToNotifications();
+    for (const wchar_t* const browser : {L"", L"7"}) {
+        ::SetBrowserInstance(browser);
+        EXPECT_EQ(Send(), S_OK);
+    }
+    const std::wstring event = L"sink: 7(\"<Request/>\", \"\")";
+    EXPECT_EQ(events_, (Texts{event, event}));
+    EXPECT_EQ(bridge_.calls, Texts{});
+}
+
+TEST_F(RequestData, PassesOnWhatTheCallerPlacedInTheResponse) {
+    control_.SubscribeToNotifications();
+    OwnedBstr response = MakeBstr(L"<Response/>");
+    BSTR slot = response.Get();
+    EXPECT_EQ(control_.ProcessLHRequestData(nullptr, &slot), S_OK);
+    EXPECT_EQ(slot, response.Get());
+    BSTR none = nullptr;
+    EXPECT_EQ(control_.ProcessLHRequestData(Argument(L"r"), &none), S_OK);
+    EXPECT_EQ(none, nullptr);
+    EXPECT_EQ(events_, (Texts{L"sink: 7(null, \"<Response/>\")", L"sink: 7(\"r\", null)"}));
+}
+
+TEST_F(RequestData, WritesNothingBack) {
+    control_.SubscribeToNotifications();
+    EXPECT_EQ(Send(), S_OK);
+    EXPECT_EQ(response_.Show(), kUntouched);
+    sink_->code = E_ABORT;
+    EXPECT_EQ(Send(), E_ABORT);
+    EXPECT_EQ(response_.Show(), kUntouched);
+}
+
+TEST_F(RequestData, FailsWithoutASubscriber) {
+    EXPECT_EQ(Send(), E_FAIL);
+    EXPECT_EQ(response_.Show(), kUntouched);
+    EXPECT_EQ(events_, Texts{});
+}
+
+TEST_F(RequestData, NeedsAPlaceForTheResponse) {
+    control_.SubscribeToNotifications();
+    EXPECT_EQ(control_.ProcessLHRequestData(Argument(L"r"), nullptr), E_POINTER);
+}
+
+class Sinks : public ControlTest {
+  protected:
+    Sinks() {
+        control_.SubscribeToNotifications();
+        cookie_b_ = Advise(control_, *b_.Get());
+        cookie_c_ = Advise(control_, *c_.Get());
+    }
+    [[nodiscard]] HRESULT Send() { return control_.SetTransactionID(Argument(L"1")); }
+
+    ComPtr<ComObject<EventSink>> b_ = MakeSink(L"b");
+    ComPtr<ComObject<EventSink>> c_ = MakeSink(L"c");
+    DWORD cookie_b_ = 0;
+    DWORD cookie_c_ = 0;
+};
+
+TEST_F(Sinks, AreCalledInTheOrderInWhichTheyWereConnected) {
+    EXPECT_EQ(Send(), S_OK);
+    EXPECT_EQ(events_, (Texts{L"sink: 5(\"1\")", L"b: 5(\"1\")", L"c: 5(\"1\")"}));
+}
+
+TEST_F(Sinks, DoNotStopTheOthersWhenTheyFail) {
+    sink_->code = E_ABORT;
+    b_->code = E_NOTIMPL;
+    EXPECT_EQ(Send(), S_OK);
+    EXPECT_EQ(events_.size(), 3U);
+}
+
+TEST_F(Sinks, GiveTheResultOfTheLast) {
+    c_->code = E_NOTIMPL;
+    EXPECT_EQ(Send(), E_NOTIMPL);
+    EXPECT_EQ(Unadvise(control_, cookie_c_), S_OK);
+    b_->code = S_FALSE;
+    EXPECT_EQ(Send(), S_FALSE);
+}
+
+TEST_F(Sinks, AreSkippedWhereASlotIsEmpty) {
+    EXPECT_EQ(Unadvise(control_, cookie_b_), S_OK);
+    EXPECT_EQ(Send(), S_OK);
+    EXPECT_EQ(events_, (Texts{L"sink: 5(\"1\")", L"c: 5(\"1\")"}));
+}
+
+TEST_F(Sinks, MayDisconnectWithinAnEvent) {
+    b_->on_event = [this] {
+        EXPECT_EQ(Unadvise(control_, cookie_b_), S_OK);
+        EXPECT_EQ(Unadvise(control_, cookie_c_), S_OK);
+    };
+    EXPECT_EQ(Send(), S_OK);
+    b_->on_event = nullptr;
+    EXPECT_EQ(Send(), S_OK);
+    EXPECT_EQ(events_, (Texts{L"sink: 5(\"1\")", L"b: 5(\"1\")", L"sink: 5(\"1\")"}));
+}
+
+TEST_F(Sinks, MayPushThemselves) {
+    sink_->on_event = [this] {
+        sink_->on_event = nullptr;
+        EXPECT_EQ(Send(), S_OK);
+    };
+    EXPECT_EQ(Send(), S_OK);
+    EXPECT_EQ(events_.size(), 6U);
+}
+
+TEST_F(Sinks, MayUnsubscribeTheControlAndLetGoOfIt) {
+    ComPtr<Control> brief = Control::Create();
+    ComPtr<ComObject<EventSink>> sink = MakeSink(L"brief");
+    static_cast<void>(Advise(*brief.Get(), *sink.Get()));
+    brief->SubscribeToNotifications();
+    sink->on_event = [&] {
+        brief->UnSubscribeFromNotifications();
+        brief.Reset();
+    };
+    EXPECT_EQ(Send(), S_OK);
+    EXPECT_EQ(Send(), E_FAIL);
+    EXPECT_EQ(events_, Texts{L"brief: 5(\"1\")"});
+}
+
+TEST_F(Sinks, GetNoReferenceForGood) {
+    b_->AddRef();
+    const ULONG before = b_->Release();
+    EXPECT_EQ(Send(), S_OK);
+    b_->AddRef();
+    EXPECT_EQ(b_->Release(), before);
+}
+
+// The control's own script call, which needs no subscriber.
+class ScriptCalls : public ControlTest {
+  protected:
+    [[nodiscard]] HRESULT Execute(const wchar_t* info, LONG is_rebill, const wchar_t* script) {
+        return control_.ExecuteJavaScript(Argument(info), is_rebill, Argument(script));
+    }
+    [[nodiscard]] static std::wstring Call(const std::wstring& script, const std::wstring& browser = L"7") {
+        return L"first: ExecuteJavaScript(\"" + browser + L"\", \"" + script + L"\")";
+    }
+
+    LibraryFolder library_{L"first"};
+};
+
+TEST_F(ScriptCalls, EscapeLineFeedsForZeroAndQuotesForAnyOtherNumber) {
+    ::SetBrowserInstance(L"7");
+    EXPECT_EQ(Execute(L"a\n\"b\"", 0, L"fn"), S_OK);
+    for (const LONG is_rebill : {1L, -1L, 2L, std::numeric_limits<LONG>::min()}) {
+        EXPECT_EQ(Execute(L"a\n\"b\"", is_rebill, L"fn"), S_OK);
+    }
+    const std::wstring quoted = Call(L"fn(\"a\n\\\"b\\\"\")");
+    EXPECT_EQ(bridge_.calls, (Texts{Call(L"fn(\"a\\n\"b\"\")"), quoted, quoted, quoted, quoted}));
+}
+
+TEST_F(ScriptCalls, HaveAnEmptyArgumentForAnEmptyText) {
+    ::SetBrowserInstance(L"7");
+    EXPECT_EQ(Execute(L"", 0, L"fn"), S_OK);
+    EXPECT_EQ(Execute(nullptr, 1, L"fn"), S_OK);
+    EXPECT_EQ(Execute(L"a", 0, nullptr), S_OK);
+    EXPECT_EQ(bridge_.calls, (Texts{Call(L"fn(\"\")"), Call(L"fn(\"\")"), Call(L"(\"a\")")}));
+}
+
+TEST_F(ScriptCalls, RunWhateverTheBrowserInstanceIs) {
+    for (const wchar_t* const browser : {L"", L"undefined", L"UNDEFINED"}) {
+        ::SetBrowserInstance(browser);
+        EXPECT_EQ(Execute(L"a", 0, L"fn"), S_OK);
+    }
+    ::SetBrowserInstance(nullptr);
+    EXPECT_EQ(Execute(L"a", 0, L"fn"), S_OK);
+    EXPECT_EQ(bridge_.calls, (Texts{Call(L"fn(\"a\")", L""), Call(L"fn(\"a\")", L"undefined"),
+                                    Call(L"fn(\"a\")", L"UNDEFINED"), Call(L"fn(\"a\")", L"")}));
+}
+
+TEST_F(ScriptCalls, AreInTheAnsiCodePage) {
+    ::SetBrowserInstance(L"caf\xE9 \x0416");
+    EXPECT_EQ(Execute(L"\x20AC \xE9 \x0416", 0, L"fn\xE9\x0416"), S_OK);
+    EXPECT_EQ(bridge_.calls, Texts{Call(L"fn\xE9?(\"\x80 \xE9 ?\")", L"caf\xE9 ?")});
+}
+
+// The library takes texts that end with a NUL.
+TEST_F(ScriptCalls, EndAtAnEmbeddedNul) {
+    ::SetBrowserInstance(L"7");
+    EXPECT_EQ(control_.ExecuteJavaScript(Argument(std::wstring{L'a', L'\0', L'b'}), 0, Argument(L"fn")), S_OK);
+    EXPECT_EQ(bridge_.calls, Texts{Call(L"fn(\"a")});
+}
+
+TEST_F(ScriptCalls, LoadTheLibraryForTheirOwnTimeOnly) {
+    bool is_loaded = false;
+    bridge_.on_script = [&] { is_loaded = IsBridgeLoaded(); };
+    for (int round = 0; round < 3; ++round) {
+        is_loaded = false;
+        EXPECT_EQ(Execute(L"a", 0, L"fn"), S_OK);
+        EXPECT_TRUE(is_loaded);
+        EXPECT_FALSE(IsBridgeLoaded());
+        EXPECT_FALSE(g_hBridgeModule);
+    }
+}
+
+TEST_F(ScriptCalls, UseTheLibraryThatIsThereAtTheTime) {
+    EXPECT_EQ(Execute(L"a", 0, L"fn"), S_OK);
+    {
+        const LibraryFolder second(L"second");
+        EXPECT_EQ(Execute(L"b", 0, L"fn"), S_OK);
+    }
+    {
+        const LibraryFolder missing(L".");
+        EXPECT_EQ(Execute(L"c", 0, L"fn"), E_FAIL);
+    }
+    EXPECT_EQ(bridge_.calls, (Texts{Call(L"fn(\"a\")", L""), L"second: ExecuteJavaScript(\"\", \"fn(\"b\")\")"}));
+}
+
+TEST_F(ScriptCalls, FailWithoutTheFunctionAndFreeTheLibrary) {
+    const LibraryFolder without_functions(L"without_functions");
+    EXPECT_EQ(Execute(L"a", 0, L"fn"), E_FAIL);
+    EXPECT_FALSE(IsBridgeLoaded());
+    EXPECT_FALSE(g_hBridgeModule);
+}
+
+TEST_F(ScriptCalls, FailWhenTheirTextCannotBeMadeAndFreeTheLibrary) {
+    EXPECT_EQ(RunScript([]() -> std::string { throw std::bad_alloc(); }), E_FAIL);
+    EXPECT_EQ(RunScript([]() -> std::string { throw _com_error(E_OUTOFMEMORY); }), E_FAIL);
+    EXPECT_EQ(bridge_.calls, Texts{});
+    EXPECT_FALSE(IsBridgeLoaded());
+}
+
+TEST_F(ScriptCalls, FailWhenAnExceptionLeavesTheFunctionAndFreeTheLibrary) {
+#ifdef _WIN64
+    bridge_.on_script = [] { throw std::runtime_error("the page is gone"); };
+    EXPECT_EQ(Execute(L"a", 0, L"fn"), E_FAIL);
+    EXPECT_FALSE(IsBridgeLoaded());
+    bridge_.on_script = nullptr;
+    EXPECT_EQ(Execute(L"b", 0, L"fn"), S_OK);
+#else
+    GTEST_SKIP() << "exceptions do not cross from one module to another with this compiler on x86";
+#endif
+}
+
+// A script of the library may end in another push.
+TEST_F(ScriptCalls, MayNest) {
+    bridge_.on_script = [this] {
+        bridge_.on_script = nullptr;
+        EXPECT_EQ(Execute(L"inner", 0, L"fn"), S_OK);
+    };
+    EXPECT_EQ(Execute(L"outer", 0, L"fn"), S_OK);
+    EXPECT_EQ(bridge_.calls, (Texts{Call(L"fn(\"outer\")", L""), Call(L"fn(\"inner\")", L"")}));
+    EXPECT_FALSE(IsBridgeLoaded());
+}
+
+}  // namespace
+}  // namespace paylodge::test

@@ -1,0 +1,112 @@
+// The page's own requests, of which the control on the accounting object's channel is told.
+
+#include "bridge/channel_registry.hpp"
+#include "tests/unit/bridge/control_test.hpp"
+
+namespace paylodge::test {
+namespace {
+
+using Texts = std::vector<std::wstring>;
+
+class RequestNotification : public OperationTest {
+  protected:
+    RequestNotification() { static_cast<void>(Advise(*control_.Get(), *sink_.Get())); }
+
+    [[nodiscard]] Result Process(const wchar_t* body = L"<Body/>") {
+        return Ask(object_, &CPaylodge::ProcessLHRequest, body);
+    }
+    // The object's own channel, and the channel on which the control passes on.
+    void UseChannel(std::wstring_view name) {
+        EXPECT_EQ(object_.SetNotificationChannel(Argument(name)), S_OK);
+        EXPECT_EQ(control_->SetChannelName(Argument(name)), S_OK);
+    }
+
+  private:
+    ProcessState state_;
+
+  protected:
+    Texts events_;
+    ComPtr<Control> control_ = Control::Create();
+    ComPtr<ComObject<EventSink>> sink_ = ComObject<EventSink>::Create(L"sink", events_);
+};
+
+TEST_F(RequestNotification, TellsTheControlOnTheObjectsChannel) {
+    UseChannel(L"Feature");
+    control_->SubscribeToNotifications2(Argument(L"Feature"));
+    RespondExactly(L"<caf\xE9/>");
+    EXPECT_EQ(Process(), (Result{S_OK, L"<caf\xE9/>"}));
+    EXPECT_EQ(events_, Texts{L"sink: 7(\"<Body/>\", \"<caf\xE9/>\")"});
+}
+
+TEST_F(RequestNotification, PassesTheBodyOnAsItIsAndTheResponseAsThePageGetsIt) {
+    UseChannel(L"Feature");
+    control_->SubscribeToNotifications2(Argument(L"Feature"));
+    RespondExactly(L"<R>\x2606</R>");
+    EXPECT_EQ(Process(L"\x2606"), (Result{S_OK, L"<R>?</R>"}));
+    EXPECT_EQ(events_, Texts{L"sink: 7(\"\x2606\", \"<R>?</R>\")"});
+}
+
+TEST_F(RequestNotification, RaisesTheEventInScriptModeToo) {
+    UseChannel(L"Feature");
+    control_->SubscribeToNotifications2(Argument(L"Feature"));
+    ::SetBrowserInstance(L"7");
+    EXPECT_EQ(Process().code, S_OK);
+    EXPECT_EQ(events_.size(), 1U);
+}
+
+TEST_F(RequestNotification, DoesNotCareWhatTheControlAnswers) {
+    UseChannel(L"Feature");
+    control_->SubscribeToNotifications2(Argument(L"Feature"));
+    sink_->code = E_ABORT;
+    RespondExactly(L"<R/>");
+    EXPECT_EQ(Process(), (Result{S_OK, L"<R/>"}));
+    // The control itself looks for the channel of the pushes, on which there is nobody.
+    EXPECT_EQ(control_->SetChannelName(Argument(L"Other")), S_OK);
+    RespondExactly(L"<R/>");
+    EXPECT_EQ(Process(), (Result{S_OK, L"<R/>"}));
+    EXPECT_EQ(events_.size(), 1U);
+}
+
+TEST_F(RequestNotification, TellsNobodyWithoutAChannelName) {
+    control_->SubscribeToNotifications();
+    RespondExactly(L"<R/>");
+    EXPECT_EQ(Process(), (Result{S_OK, L"<R/>"}));
+    EXPECT_EQ(events_, Texts{});
+}
+
+TEST_F(RequestNotification, TellsNobodyOfAnotherChannel) {
+    UseChannel(L"Feature");
+    control_->SubscribeToNotifications2(Argument(L"feature"));
+    EXPECT_EQ(Process().code, S_OK);
+    EXPECT_EQ(events_, Texts{});
+}
+
+TEST_F(RequestNotification, TellsNobodyOfARequestThatFails) {
+    UseChannel(L"Feature");
+    control_->SubscribeToNotifications2(Argument(L"Feature"));
+    host_.answers.push_back({.result = kHostFailure});
+    EXPECT_EQ(Process(), (Result{kHostFailure, kUntouched}));
+    host_.answers.push_back({.is_null = true});
+    EXPECT_EQ(Process(), (Result{S_OK, kUntouched}));
+    EXPECT_EQ(events_, Texts{});
+}
+
+TEST_F(RequestNotification, TellsNobodyOfASavedPayment) {
+    UseChannel(L"Feature");
+    control_->SubscribeToNotifications2(Argument(L"Feature"));
+    RespondExactly(L"<R/>");
+    EXPECT_EQ(Ask(object_, &CPaylodge::SavePaymentTxn, L"<Body/>"), (Result{S_OK, L"<R/>"}));
+    EXPECT_EQ(events_, Texts{});
+}
+
+TEST_F(RequestNotification, OutlivesASinkThatLetsGoOfTheControl) {
+    UseChannel(L"Feature");
+    control_->SubscribeToNotifications2(Argument(L"Feature"));
+    sink_->on_event = [this] { control_.Reset(); };
+    RespondExactly(L"<R/>");
+    EXPECT_EQ(Process(), (Result{S_OK, L"<R/>"}));
+    EXPECT_EQ(events_.size(), 1U);
+}
+
+}  // namespace
+}  // namespace paylodge::test
