@@ -303,7 +303,8 @@ struct StorageHostStandIn::Parts {
 };
 
 StorageHostStandIn::StorageHostStandIn() : parts_(std::make_unique<Parts>(*this)) {
-    class_object_ = ComPtr<IClassFactory>(ComObject<LocatorClassObject>::Create(*this, parts_->application).Get());
+    class_object_ =
+        ComPtr<IClassFactory>::Attach(ComObject<LocatorClassObject>::Create(*this, parts_->application).Detach());
     EXPECT_EQ(S_OK, ::CoRegisterClassObject(kHostApplicationLocatorClass, class_object_.Get(), CLSCTX_INPROC_SERVER,
                                             REGCLS_MULTIPLEUSE, &registration_));
 }

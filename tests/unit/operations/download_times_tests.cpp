@@ -46,9 +46,10 @@ const Calls kSelecting = {"CreateInstance()", "GetRunningApplication()", "QueryI
 }
 
 class DownloadTimes : public OperationTest {
-  protected:
+  public:
     ~DownloadTimes() override { EXPECT_EQ(0, host_of_records_->held_locks); }
 
+  protected:
     // The argument may be null.
     template <class Account>
     [[nodiscard]] Result Get(const Account& account) {

@@ -60,9 +60,11 @@ const Calls kGettingRecord = {"GetDataFileRecords(\"Category\")", "Exists(7)", "
 [[nodiscard]] LockAnswer Refused(HRESULT result = S_OK) { return {.result = result, .is_acquired = false}; }
 
 class DataFileStorage : public testing::Test {
+  public:
+    ~DataFileStorage() override { EXPECT_EQ(0, host_.held_locks); }
+
   protected:
     DataFileStorage() { Stored().Put(L"Key", L"old"); }
-    ~DataFileStorage() override { EXPECT_EQ(0, host_.held_locks); }
 
     void Select() {
         EXPECT_EQ(kSuccess, kSelect.run(storage_));

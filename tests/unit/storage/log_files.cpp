@@ -86,7 +86,7 @@ std::string LoggedEntry(std::string_view text) { return "<ctime>\r\n   " + std::
 
 std::string FailureText(bool is_flag_on, std::string_view function, std::string_view message, HRESULT result) {
     char code[16];
-    std::snprintf(code, sizeof code, "%#lx", static_cast<unsigned long>(result));
+    std::snprintf(code, sizeof code, "%#lx", static_cast<DWORD>(result));
     return (is_flag_on ? std::string(function) + ": " : "") + std::string(message) + "  HRESULT=" + code;
 }
 

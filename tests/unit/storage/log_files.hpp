@@ -54,7 +54,7 @@ class ProcessLog {
     ProcessLog& operator=(const ProcessLog&) = delete;
 
     // Everything that was logged since the last time, the times replaced.
-    [[nodiscard]] std::string Take();
+    [[nodiscard]] static std::string Take();
 };
 
 }  // namespace paylodge::test

@@ -81,13 +81,7 @@ namespace {
 const char* const kFlagQuestion = "flag(\"SBSSettings\", \"NetworkAdapter.EnableLogContext\", null)";
 
 class Logger : public testing::Test {
-  protected:
-    Logger() : start_folder_(fs::current_path()) {
-        g_system = &system_;
-        system_.flag_library = ::GetModuleHandleW(nullptr);
-        host_->folder = folder_.Path().wstring();
-        LoadAnew();
-    }
+  public:
     ~Logger() override {
         fs::current_path(start_folder_);
         Unload();
@@ -95,6 +89,13 @@ class Logger : public testing::Test {
         g_system = nullptr;
     }
 
+  protected:
+    Logger() : start_folder_(fs::current_path()) {
+        g_system = &system_;
+        system_.flag_library = ::GetModuleHandleW(nullptr);
+        host_->folder = folder_.Path().wstring();
+        LoadAnew();
+    }
     // As in a new process.
     void LoadAnew() {
         Unload();
