@@ -7,6 +7,8 @@ namespace {
 
 constexpr CLSID kPaylodgeClass = {0xF8A9E1FD, 0x7DCD, 0x4BE8, {0xB5, 0x10, 0x7C, 0xBB, 0x84, 0x93, 0x64, 0xAB}};
 
+constexpr CLSID kControlClass = {0x00A0CCCE, 0x89E6, 0x4779, {0xAA, 0xCD, 0xE7, 0x74, 0x65, 0x1C, 0xB5, 0xAD}};
+
 class ClassObjects : public ::testing::Test {
   protected:
     [[nodiscard]] ComPtr<IClassFactory> Factory() {
@@ -19,6 +21,19 @@ class ClassObjects : public ::testing::Test {
 };
 
 TEST_F(ClassObjects, FreshModuleCanBeUnloaded) { EXPECT_EQ(S_OK, module.CanUnloadNow()); }
+
+TEST_F(ClassObjects, BothClassesAreServed) {
+    for (const CLSID& id : {kPaylodgeClass, kControlClass}) {
+        {
+            ComPtr<IClassFactory> factory;
+            ASSERT_EQ(S_OK, module.GetClassObject(id, IID_IClassFactory, factory.ReceiveVoid()));
+            ComPtr<IDispatch> object;
+            EXPECT_EQ(S_OK, factory->CreateInstance(nullptr, IID_IDispatch, object.ReceiveVoid()));
+            EXPECT_EQ(S_FALSE, module.CanUnloadNow());
+        }
+        EXPECT_EQ(S_OK, module.CanUnloadNow());
+    }
+}
 
 TEST_F(ClassObjects, ClassObjectKeepsTheModule) {
     auto factory = Factory();

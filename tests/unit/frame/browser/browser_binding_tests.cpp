@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "tests/support/bstr_allocations.hpp"
+
 namespace paylodge {
 namespace {
 
@@ -66,6 +68,22 @@ TEST_F(BrowserBinding, HugeTextIsKeptWhole) {
     const std::wstring text(1'000'000, L'b');
     SetBrowserInstance(text.c_str());
     EXPECT_EQ(text, View(g_bstrBrowserInstance));
+}
+
+[[nodiscard]] HRESULT RaisedBySetting(const wchar_t* text) {
+    const test::BstrAllocations failing(1);
+    try {
+        SetBrowserInstance(text);
+    } catch (const _com_error& error) {
+        return error.Error();
+    }
+    return S_OK;
+}
+
+TEST_F(BrowserBinding, FailedAllocationIsRaisedAndKeepsTheText) {
+    SetBrowserInstance(L"browser-1");
+    EXPECT_EQ(E_OUTOFMEMORY, RaisedBySetting(L"browser-2"));
+    EXPECT_EQ(L"browser-1", View(g_bstrBrowserInstance));
 }
 
 TEST_F(BrowserBinding, NullTakesTheNameAway) {
