@@ -73,11 +73,15 @@ var id = lh.GetCustomerIDForName("  " + customer.toUpperCase() + " ");
 var open = lh.ProcessLHRequest('<InvoiceQueryRq requestID="open"><EntityFilter><ListIDWithChildren>' + id +
     "</ListIDWithChildren></EntityFilter><PaidStatus>NotPaidOnly</PaidStatus></InvoiceQueryRq>");
 var amount = texts(open, "BalanceRemaining")[0];
-say("Check: " + amount + " of " + lh.GetCustomerNameForID(id) + " pays invoice " +
-    lh.GetInvoiceInfoForCustomerID(id, amount) + ".");
-var payment = lh.CreatePaymentTxn(customer, "", amount, "CHK-1", "Check", "", "true", "", "", "", "", "", "", "", "", "",
-    "", "", "", "", "", "");
-say("  recorded as " + texts(payment, "TxnID")[0] + "; unused: " + texts(payment, "UnusedPayment")[0] + ".");
+if (amount) {
+    say("Check: " + amount + " of " + lh.GetCustomerNameForID(id) + " pays invoice " +
+        lh.GetInvoiceInfoForCustomerID(id, amount) + ".");
+    var payment = lh.CreatePaymentTxn(customer, "", amount, "CHK-1", "Check", "", "true", "", "", "", "", "", "", "", "",
+        "", "", "", "", "", "", "");
+    say("  recorded as " + texts(payment, "TxnID")[0] + "; unused: " + texts(payment, "UnusedPayment")[0] + ".");
+} else {
+    say("Check: " + customer + " has no open invoices.");
+}
 
 // What the terminal settled moves on to the bank.
 lh.TransferFunds(holdingAccount, bank, "125.5", "Settlement");

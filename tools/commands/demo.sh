@@ -5,8 +5,9 @@ usage() {
     cat <<'END'
 Usage: ./dev demo [--fresh]
 
-Builds the component for x64 and runs examples/first-steps.js, a page script that reads from and records in the
-company file of the reference host. Shows each call, the LHXML request that went out, the response and the result.
+Builds the component for x64 and runs two page scripts of examples/ against the company file of the reference host:
+first-steps.js, with each call, the LHXML request that went out, the response and the result; and working-day.js, a day
+at the payment terminal from the morning's accounts to the evening's totals.
 
 The demo works on a copy of the sample company, build/demo/riverside.lhcompany, and finds there what it recorded
 the last time.
@@ -26,10 +27,12 @@ register_library() {
         fail "registering $1 failed; './dev clean' and another try may help"
 }
 
+# run_script FILE TRANSCRIPT: with 1 for TRANSCRIPT the host shows the requests and responses.
 run_script() {
-    export LEDGERHALL_COMPANY_FILE LEDGERHALL_TRANSCRIPT=1
+    export LEDGERHALL_COMPANY_FILE LEDGERHALL_TRANSCRIPT=$2
     LEDGERHALL_COMPANY_FILE=$(windows_path "$company_file")
-    run_system_program cscript.exe //nologo "$(windows_path examples/first-steps.js)" | tr -d '\r'
+    run_system_program cscript.exe //nologo "$(windows_path "$1")" | tr -d '\r' ||
+        fail "the page script $1 did not end within $time_limit_seconds s"
 }
 
 run() {
@@ -56,7 +59,10 @@ run() {
     register_library build/x64/refhost/refhost.dll
     register_library build/x64/Paylodge.dll
     cp "$company_file" "$company_file.before"
-    run_script || fail "the page script did not end within $time_limit_seconds s"
+    run_script examples/first-steps.js 1
+    say ""
+    say "== A working day"
+    run_script examples/working-day.js 0
     ! cmp -s "$company_file" "$company_file.before" ||
         fail "the page script recorded nothing in $company_file: what it printed above should say why"
     say ""
