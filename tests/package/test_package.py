@@ -166,7 +166,7 @@ class Modules(unittest.TestCase):
     def test_guard_their_stacks(self) -> None:
         for architecture in BUILDS:
             symbols = objdump(architecture, "--syms", str(unpacked() / architecture / "Paylodge.dll.debug"))
-            self.assertIn("__stack_chk_fail", symbols, architecture)
+            self.assertTrue("__stack_chk_fail" in symbols, f"{architecture} has no stack guard")
 
     def test_keep_their_debug_information_in_a_file_of_its_own(self) -> None:
         for module in self.each():
