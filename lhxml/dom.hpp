@@ -44,22 +44,32 @@ HRESULT GetNodeName(IXMLDOMNode* node, std::string& name);
 // The node's first child element of this name, or empty.
 [[nodiscard]] ComPtr<IXMLDOMNode> FindChild(IXMLDOMNode* node, std::wstring_view name);
 
-// The texts of the node's first child elements with these names, each empty where there is none, in one walk over the
-// children.
+// The node's first child elements with these names, each empty where there is none, in one walk over the children.
 template <size_t count>
-[[nodiscard]] std::array<std::string, count> ReadChildTexts(IXMLDOMNode* node,
-                                                            const std::array<std::wstring_view, count>& names) {
-    std::array<std::string, count> texts;
-    std::array<bool, count> is_found{};
-    for (auto child = FirstChild(node); child && std::ranges::count(is_found, false) > 0;
-         child = NextSibling(child.Get())) {
+[[nodiscard]] std::array<ComPtr<IXMLDOMNode>, count> FindChildren(IXMLDOMNode* node,
+                                                                  const std::array<std::wstring_view, count>& names) {
+    std::array<ComPtr<IXMLDOMNode>, count> found;
+    size_t left = count;
+    for (auto child = FirstChild(node); child && left > 0; child = NextSibling(child.Get())) {
         OwnedBstr name;
         static_cast<void>(child->get_nodeName(name.Receive()));
         const auto index = static_cast<size_t>(std::ranges::find(names, View(name)) - names.begin());
-        if (index < count && !is_found[index] && IsElement(child.Get())) {
-            is_found[index] = true;
-            GetNodeText(child.Get(), texts[index]);
+        if (index < count && !found[index] && IsElement(child.Get())) {
+            found[index] = child;
+            --left;
         }
+    }
+    return found;
+}
+
+// The texts of those elements, empty where there is none.
+template <size_t count>
+[[nodiscard]] std::array<std::string, count> ReadChildTexts(IXMLDOMNode* node,
+                                                            const std::array<std::wstring_view, count>& names) {
+    const auto children = FindChildren(node, names);
+    std::array<std::string, count> texts;
+    for (size_t index = 0; index < count; ++index) {
+        GetNodeText(children[index].Get(), texts[index]);
     }
     return texts;
 }

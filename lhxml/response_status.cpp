@@ -11,8 +11,8 @@ using namespace std::string_view_literals;
 
 constexpr auto kStatusCode = "statusCode"sv;
 constexpr auto kStatusMessage = "statusMessage"sv;
-constexpr auto kSuccess = "0"sv;
 constexpr std::array kStatusAttributes = {"requestID"sv, kStatusCode, "statusSeverity"sv, kStatusMessage};
+constexpr size_t kStatusCodeIndex = 1;
 
 [[nodiscard]] HRESULT GetAttributes(IXMLDOMNode* node, ComPtr<IXMLDOMNamedNodeMap>& attributes) {
     return node == nullptr ? E_POINTER : node->get_attributes(attributes.Receive());
@@ -36,10 +36,11 @@ bool IsStatusOK(IXMLDOMNode* response_element) {
     ComPtr<IXMLDOMNamedNodeMap> attributes;
     std::string status_code;
     return SUCCEEDED(GetAttributes(response_element, attributes)) &&
-           SUCCEEDED(GetAttributeValue(attributes.Get(), kStatusCode, status_code)) && status_code == kSuccess;
+           SUCCEEDED(GetAttributeValue(attributes.Get(), kStatusCode, status_code)) && status_code == kStatusOK;
 }
 
-HRESULT CopyStatusAttributes(XMLBuilder& builder, IXMLDOMNode* response_element, std::string_view name) {
+HRESULT CopyStatusAttributes(XMLBuilder& builder, IXMLDOMNode* response_element, std::string_view name,
+                             std::string* status_code) {
     ComPtr<IXMLDOMNamedNodeMap> attributes;
     HRESULT result = GetAttributes(response_element, attributes);
     std::array<std::string, kStatusAttributes.size()> values;
@@ -50,6 +51,9 @@ HRESULT CopyStatusAttributes(XMLBuilder& builder, IXMLDOMNode* response_element,
     }
     const std::array<std::string_view, kStatusAttributes.size()> views = {values[0], values[1], values[2], values[3]};
     builder.OpenElement(name, kStatusAttributes, views);
+    if (status_code != nullptr) {
+        *status_code = values[kStatusCodeIndex];
+    }
     return result;
 }
 
@@ -68,7 +72,7 @@ HRESULT CheckAddResponse(std::string_view response, std::wstring_view element_na
     std::string status_code;
     std::string status_message;
     GetResponseStatus(element.Get(), status_code, status_message);
-    const bool is_accepted = status_code == kSuccess || (extra_code && status_code == *extra_code);
+    const bool is_accepted = status_code == kStatusOK || (extra_code && status_code == *extra_code);
     return is_accepted ? S_OK : E_FAIL;
 }
 

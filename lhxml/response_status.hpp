@@ -21,8 +21,13 @@ HRESULT GetResponseStatus(IXMLDOMNode* response_element, std::string& status_cod
 [[nodiscard]] bool IsStatusOK(IXMLDOMNode* response_element);
 
 // Opens an element of the given name that carries the response element's four status attributes, empty where absent.
-// The caller closes it. Gives the code of reading the attributes or of the last one.
-HRESULT CopyStatusAttributes(XMLBuilder& builder, IXMLDOMNode* response_element, std::string_view name);
+// The caller closes it. Gives the code of reading the attributes or of the last one. The status code goes to
+// `status_code` too, for a caller that judges it as well.
+HRESULT CopyStatusAttributes(XMLBuilder& builder, IXMLDOMNode* response_element, std::string_view name,
+                             std::string* status_code = nullptr);
+
+// The status of a request that succeeded.
+inline constexpr std::string_view kStatusOK = "0";
 
 // The status of an add request whose name exists already: of an account or customer, and of a payment item.
 inline constexpr std::string_view kNameExists = "3100";

@@ -58,10 +58,13 @@ using namespace std::string_view_literals;
     const auto invoices = FindResponseElement(response, L"InvoiceQueryRs");
     for (auto invoice = FirstChild(invoices.Get()); invoice && !matcher.IsDecided();
          invoice = NextSibling(invoice.Get())) {
-        std::string balance;
-        std::string reference;
-        if (ReadChild(invoice.Get(), L"BalanceRemaining", balance)) {
-            static_cast<void>(ReadChild(invoice.Get(), L"RefNumber", reference));
+        const auto [balance_element, reference_element] =
+            FindChildren(invoice.Get(), std::array{L"BalanceRemaining"sv, L"RefNumber"sv});
+        if (balance_element) {
+            std::string balance;
+            std::string reference;
+            GetNodeText(balance_element.Get(), balance);
+            GetNodeText(reference_element.Get(), reference);
             matcher.AddInvoice(reference, balance);
         }
     }

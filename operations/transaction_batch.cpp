@@ -44,8 +44,9 @@ void SummarizeRecord(XMLBuilder& summary, IXMLDOMNode* record, bool is_deposit) 
 void SummarizeResponse(XMLBuilder& summary, IXMLDOMNode* response) {
     std::string name;
     GetNodeName(response, name);
-    CopyStatusAttributes(summary, response, name);
-    if (IsStatusOK(response)) {
+    std::string status_code;
+    CopyStatusAttributes(summary, response, name, &status_code);
+    if (status_code == kStatusOK) {
         SummarizeRecord(summary, FirstChild(response).Get(), name == "DepositAddRs");
     }
     summary.CloseElement(name);

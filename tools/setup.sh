@@ -5,7 +5,7 @@ set -euo pipefail
 tools=(
     cmake ninja-build python3 git
     g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix mingw-w64-tools
-    libwine-dev googletest
+    libwine-dev googletest libbenchmark-dev
     clang libclang-rt-14-dev clang-format clang-tidy
     xvfb xauth
 )

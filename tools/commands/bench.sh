@@ -1,12 +1,14 @@
 #!/usr/bin/env bash
-# measures each operation beside what it cannot avoid
+# measures the operations beside what they cannot avoid, and the XML writer
 
 usage() {
     cat <<'END'
 Usage: ./dev bench
 
-Measures each operation of the component (x64, under Wine) beside its floor in the same run: the same request sent,
-the same response loaded, the leanest walk over the records. Prints a table and writes build/benchmarks/operations.json.
+Measures each operation of the component (x64, under Wine) at 100, 10,000 and 100,000 records beside its floor in the
+same run: the same request sent, the same response loaded, the leanest walk over the records. Prints medians and ratios
+as a table and writes them to build/bench.json. Then measures the XML writer on this machine.
+Takes a few minutes; nothing else should run meanwhile.
 END
 }
 
@@ -17,9 +19,10 @@ run() {
     build_preset x64 operations_bench refhost/all
     . tools/wine.sh
     prepare_wine
-    mkdir -p build/benchmarks
     say "measuring (a few minutes)"
     start_wine
-    run_wine 1800 build/x64 build/x64/benchmarks/operations_bench.exe \
-        "$(windows_path build/benchmarks/operations.json)" || fail "the measurement broke off: the lines above say why"
+    run_wine 1800 build/x64 build/x64/benchmarks/operations_bench.exe "$(windows_path build/bench.json)" ||
+        fail "the measurement broke off: the lines above say why"
+    build_preset bench xml_builder_bench
+    build/bench/benchmarks/xml_builder_bench
 }
