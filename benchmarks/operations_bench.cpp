@@ -21,6 +21,7 @@
 #include "lhxml/dom.hpp"
 #include "lhxml/host_interfaces.hpp"
 #include "operations/paylodge.hpp"
+#include "tests/support/without_dispatch.hpp"
 
 namespace paylodge {
 namespace {
@@ -34,19 +35,8 @@ constexpr int kRuns = 5;
 // The response that the processor below gives to every request.
 OwnedBstr g_response;
 
-template <class Interface>
-class WithoutDispatch : public Interface {
-  public:
-    STDMETHODIMP GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
-    STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override {
-        return E_NOTIMPL;
-    }
-};
-
 // A processor that costs next to nothing.
-class InstantProcessor : public WithoutDispatch<IRequestProcessor> {
+class InstantProcessor : public test::WithoutDispatch<IRequestProcessor> {
   public:
     using Interfaces = InterfaceTable<Entry<IRequestProcessor>, Entry<IDispatch>>;
 
@@ -63,7 +53,7 @@ class InstantProcessor : public WithoutDispatch<IRequestProcessor> {
     ~InstantProcessor() = default;
 };
 
-class InstantBroker : public WithoutDispatch<IHostObjectBroker>,
+class InstantBroker : public test::WithoutDispatch<IHostObjectBroker>,
                       public CComCoClass<InstantBroker, &kHostObjectBrokerClass> {
   public:
     using Interfaces = InterfaceTable<Entry<IHostObjectBroker>, Entry<IDispatch>>;
