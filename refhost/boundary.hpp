@@ -7,9 +7,11 @@
 #include <oleauto.h>
 
 #include <new>
+#include <utility>
 
 #include "frame/com/bstr.hpp"
 #include "frame/com/com_ptr.hpp"
+#include "frame/com/object_root.hpp"
 #include "refhost/status.hpp"
 #include "refhost/utf8.hpp"
 
@@ -49,6 +51,17 @@ template <class Work>
         return E_POINTER;
     }
     *result = MakeBstr(text).Detach();
+    return S_OK;
+}
+
+// Hands a new object of a class to the caller. E_OUTOFMEMORY.
+template <class Class, class Interface, class... Arguments>
+[[nodiscard]] HRESULT Return(Interface** result, Arguments&&... arguments) {
+    auto object = ComObject<Class>::Create(std::forward<Arguments>(arguments)...);
+    if (!object) {
+        return E_OUTOFMEMORY;
+    }
+    *result = object.Detach();
     return S_OK;
 }
 

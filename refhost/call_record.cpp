@@ -9,6 +9,10 @@ std::wstring Argument(BSTR text) {
     return text == nullptr ? std::wstring(L"null") : L'"' + std::wstring(View(text)) + L'"';
 }
 
+std::wstring Argument(const VARIANT& value) {
+    return V_VT(&value) == VT_BSTR ? Argument(V_BSTR(&value)) : L"type " + std::to_wstring(V_VT(&value));
+}
+
 std::wstring Argument(LONG number) { return std::to_wstring(number); }
 
 std::optional<HRESULT> Record(std::wstring_view call, std::initializer_list<std::wstring> arguments) {

@@ -86,6 +86,27 @@ Element& Company::Change(const ListKind& kind, std::string_view id, std::string_
     return record;
 }
 
+const Element* Company::Find(const ListKind& kind, const RecordTest& test) const {
+    return FindRecord(Records(kind), test);
+}
+
+void Company::Put(const ListKind& kind, const RecordTest& test, Element record) {
+    std::vector<Element>& records = Section(kind).children;
+    const auto found = std::ranges::find_if(records, test);
+    if (found == records.end()) {
+        records.push_back(std::move(record));
+    } else {
+        *found = std::move(record);
+    }
+    is_changed_ = true;
+}
+
+void Company::Remove(const ListKind& kind, const RecordTest& test) {
+    if (Element* const section = FindChild(root_, kind.section)) {
+        is_changed_ = std::erase_if(section->children, test) > 0 || is_changed_;
+    }
+}
+
 const Element* Company::FindSection(const ListKind& kind) const noexcept { return FindChild(root_, kind.section); }
 
 Element& Company::Section(const ListKind& kind) {

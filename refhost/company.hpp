@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -32,6 +33,10 @@ inline constexpr ListKind kSalesReceipts{"SalesReceipts", "SalesReceipt", "TxnID
 inline constexpr ListKind kCreditMemos{"CreditMemos", "CreditMemo", "TxnID", "credit memo"};
 inline constexpr ListKind kDeposits{"Deposits", "Deposit", "TxnID", "deposit"};
 inline constexpr ListKind kChecks{"Checks", "Check", "TxnID", "check"};
+// They have no id: a category and a number say which one is meant.
+inline constexpr ListKind kDataFileRecords{"DataFileRecords", "DataFileRecord", "", "data file record"};
+
+using RecordTest = std::function<bool(const Element& record)>;
 
 class Company {
   public:
@@ -53,9 +58,30 @@ class Company {
     // The record with this id for writing; its edit sequence and time are moved on. The id has to exist.
     [[nodiscard]] Element& Change(const ListKind& kind, std::string_view id, std::string_view now);
 
-    // Whether anything was added or changed since the books were last known to be saved.
+    // The same for records that have no id of the company's: the first that passes the test, or null.
+    [[nodiscard]] const Element* Find(const ListKind& kind, const RecordTest& test) const;
+    // Puts the record in the place of the first that passes the test, or at the end when none does.
+    void Put(const ListKind& kind, const RecordTest& test, Element record);
+    void Remove(const ListKind& kind, const RecordTest& test);
+
+    // Whether anything was added or changed since the books were read or saved.
     [[nodiscard]] bool IsChanged() const noexcept { return is_changed_; }
-    void MarkSaved() noexcept { is_changed_ = false; }
+    // Does the work and, if that changed the books, saves them. When either raises, the books are as before.
+    template <class Work>
+    auto ChangeAndSave(const Work& work, const std::function<void()>& save) {
+        Company before = *this;
+        try {
+            auto result = work();
+            if (is_changed_) {
+                save();
+                is_changed_ = false;
+            }
+            return result;
+        } catch (...) {
+            *this = std::move(before);
+            throw;
+        }
+    }
 
   private:
     [[nodiscard]] const Element* FindSection(const ListKind& kind) const noexcept;

@@ -1,6 +1,5 @@
 #include "refhost/company_file.hpp"
 
-#include <algorithm>
 #include <string_view>
 
 #include "frame/com/module.hpp"
@@ -12,6 +11,9 @@
 
 namespace paylodge::refhost {
 namespace {
+
+// Small enough that a process can die in the middle of a small company file, too.
+constexpr size_t kPieceSize = 16 * 1024;
 
 constexpr std::string_view kDeclaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
 
@@ -60,16 +62,10 @@ constexpr std::string_view kDeclaration = "<?xml version=\"1.0\" encoding=\"UTF-
     }
 }
 
-[[nodiscard]] bool WriteAll(const FileHandle& file, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const auto wanted = static_cast<DWORD>(std::min<size_t>(bytes.size(), 1U << 20U));
-        DWORD written = 0;
-        if (!::WriteFile(file.Get(), bytes.data(), wanted, &written, nullptr)) {
-            return false;
-        }
-        bytes.remove_prefix(written);
-    }
-    return true;
+[[nodiscard]] bool WritePiece(const FileHandle& file, std::string_view bytes) {
+    DWORD written = 0;
+    return ::WriteFile(file.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) &&
+           written == bytes.size();
 }
 
 [[nodiscard]] std::string ReadFileText(const std::wstring& path) {
@@ -124,19 +120,33 @@ constexpr std::string_view kDeclaration = "<?xml version=\"1.0\" encoding=\"UTF-
     if (!lock) {
         FailLocked(path, lock_path);
     }
-    if (!WriteAll(lock, OwnerName())) {
+    if (!WritePiece(lock, OwnerName())) {
         Fail("The lock file " + Shown(lock_path) + " cannot be written");
     }
     return lock;
 }
 
-void WriteNewFile(const std::wstring& path, std::string_view text) {
+void WriteNewFile(const std::wstring& path, std::string_view text, const SaveWatch& watch) {
+    const auto check = [&path](bool is_done) {
+        if (!is_done) {
+            Fail("The company file cannot be saved: " + Shown(path) + " cannot be written");
+        }
+    };
+    watch(kCreateNewFileStep);
     const FileHandle file(
         ::CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!file || !WriteAll(file, text) || !::FlushFileBuffers(file.Get())) {
-        Fail("The company file cannot be saved: " + Shown(path) + " cannot be written");
+    check(static_cast<bool>(file));
+    while (!text.empty()) {
+        const std::string_view piece = text.substr(0, kPieceSize);
+        watch(kWriteFileStep);
+        check(WritePiece(file, piece));
+        text.remove_prefix(piece.size());
     }
+    watch(kFlushFileStep);
+    check(::FlushFileBuffers(file.Get()) != FALSE);
 }
+
+[[nodiscard]] std::wstring NewFilePath(const std::wstring& path) { return path + L".new"; }
 
 }  // namespace
 
@@ -146,14 +156,16 @@ std::unique_ptr<CompanyFile> CompanyFile::Open(const std::wstring& path) {
         Fail("The company file " + Shown(full_path) + " cannot be opened");
     }
     FileHandle lock = Lock(full_path);
+    ::DeleteFileW(NewFilePath(full_path).c_str());
     Company company = ReadCompany(full_path);
     return std::unique_ptr<CompanyFile>(new CompanyFile(std::move(full_path), std::move(lock), std::move(company)));
 }
 
-void CompanyFile::Save() const {
-    const std::wstring new_path = path_ + L".new";
+void CompanyFile::Save(const SaveWatch& watch) const {
+    const std::wstring new_path = NewFilePath(path_);
     try {
-        WriteNewFile(new_path, std::string(kDeclaration) + IndentedXml(company_.Root()));
+        WriteNewFile(new_path, std::string(kDeclaration) + IndentedXml(company_.Root()), watch);
+        watch(kReplaceFileStep);
         if (!::MoveFileExW(new_path.c_str(), path_.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
             Fail("The company file " + Shown(path_) + " cannot be replaced");
         }
@@ -161,6 +173,7 @@ void CompanyFile::Save() const {
         ::DeleteFileW(new_path.c_str());
         throw;
     }
+    watch(kSavedFileStep);
 }
 
 CompanyFile::CompanyFile(std::wstring path, FileHandle lock, Company company) noexcept

@@ -9,6 +9,7 @@
 
 #include "frame/com/class_object.hpp"
 #include "frame/registrar/registrar.hpp"
+#include "refhost/application_locator.hpp"
 #include "refhost/boundary.hpp"
 #include "refhost/host.hpp"
 #include "refhost/object_broker.hpp"
@@ -21,7 +22,7 @@ namespace {
 constexpr WORD kRegistryScript = 101;
 
 const std::array kClasses = {MakeClassEntry<CHostObjectBroker>(), MakeClassEntry<CRequestProcessor>(),
-                             MakeClassEntry<CReferenceHost>()};
+                             MakeClassEntry<CApplicationLocator>(), MakeClassEntry<CReferenceHost>()};
 
 [[nodiscard]] Registrar MakeRegistrar() {
     const std::wstring path = Module::Path();

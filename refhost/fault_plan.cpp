@@ -4,11 +4,18 @@
 #include <array>
 #include <utility>
 
+#include "refhost/company_file.hpp"
+
 namespace paylodge::refhost {
 namespace {
 
-constexpr std::array kCalls{kCreateObjectCall, kOpenConnectionCall, kCloseConnectionCall,
-                            kBeginSessionCall, kEndSessionCall,     kProcessRequestCall};
+constexpr std::array kCalls{
+    kCreateObjectCall, kOpenConnectionCall, kCloseConnectionCall, kBeginSessionCall,  kEndSessionCall,
+    kProcessRequestCall, kGetApplicationCall, kGetGoodiesCall,    kGetFolderCall,     kAttachCall,
+    kGetRecordsCall,   kItemCall,           kExistsCall,          kAddCall,           kPutVersionCall,
+    kLockCall,         kUnlockCall,         kSaveCall,            kDeleteCall,        kGetBagCall,
+    kReadCall,         kWriteCall,          kCreateNewFileStep,   kWriteFileStep,     kFlushFileStep,
+    kReplaceFileStep};
 
 }  // namespace
 
@@ -30,9 +37,15 @@ void FaultPlan::Clear() noexcept {
     failures_.clear();
     answers_.clear();
     next_answers_.clear();
+    calls_to_the_end_ = 0;
 }
 
-std::optional<HRESULT> FaultPlan::TakeFailure(std::wstring_view call) { return Take(failures_, call); }
+std::optional<HRESULT> FaultPlan::TakeFailure(std::wstring_view call) {
+    if (calls_to_the_end_ > 0 && --calls_to_the_end_ == 0) {
+        ::TerminateProcess(::GetCurrentProcess(), kPlannedExitCode);
+    }
+    return Take(failures_, call);
+}
 
 std::optional<PlannedAnswer> FaultPlan::TakeAnswer() {
     std::optional<PlannedAnswer> answer = Take(answers_, kProcessRequestCall);

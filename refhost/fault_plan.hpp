@@ -18,6 +18,25 @@ inline constexpr std::wstring_view kCloseConnectionCall = L"RequestProcessor.Clo
 inline constexpr std::wstring_view kBeginSessionCall = L"RequestProcessor.BeginSession";
 inline constexpr std::wstring_view kEndSessionCall = L"RequestProcessor.EndSession";
 inline constexpr std::wstring_view kProcessRequestCall = L"RequestProcessor.ProcessRequest";
+inline constexpr std::wstring_view kGetApplicationCall = L"ApplicationLocator.GetRunningApplication";
+inline constexpr std::wstring_view kGetGoodiesCall = L"Application.GetAddInGoodies";
+inline constexpr std::wstring_view kGetFolderCall = L"Application.GetFolder";
+inline constexpr std::wstring_view kAttachCall = L"AddInGoodies.AttachToCurrentCompany";
+inline constexpr std::wstring_view kGetRecordsCall = L"Company.GetDataFileRecords";
+inline constexpr std::wstring_view kItemCall = L"DataFileRecords.Item";
+inline constexpr std::wstring_view kExistsCall = L"DataFileRecords.Exists";
+inline constexpr std::wstring_view kAddCall = L"DataFileRecords.Add";
+inline constexpr std::wstring_view kPutVersionCall = L"DataFileRecord.PutDataVersion";
+inline constexpr std::wstring_view kLockCall = L"DataFileRecord.Lock";
+inline constexpr std::wstring_view kUnlockCall = L"DataFileRecord.Unlock";
+inline constexpr std::wstring_view kSaveCall = L"DataFileRecord.Save";
+inline constexpr std::wstring_view kDeleteCall = L"DataFileRecord.Delete";
+inline constexpr std::wstring_view kGetBagCall = L"DataFileRecord.GetPropertyBag";
+inline constexpr std::wstring_view kReadCall = L"PropertyBag.Read";
+inline constexpr std::wstring_view kWriteCall = L"PropertyBag.Write";
+
+// Of a process that was planned to end.
+inline constexpr UINT kPlannedExitCode = 86;
 
 // An answer of ProcessRequest; without a text the response stays null.
 struct PlannedAnswer {
@@ -33,9 +52,11 @@ class FaultPlan {
     void AnswerNth(PlannedAnswer answer, LONG nth);
     // The next ProcessRequest that nothing else was planned for answers this; several stand in line.
     void AnswerNext(PlannedAnswer answer);
+    // The process ends, as if it had crashed, before the nth call or step from now; 0: it does not.
+    void EndProcessAt(LONG nth) noexcept { calls_to_the_end_ = nth; }
     void Clear() noexcept;
 
-    // To be asked once on each call: what was planned for it, if anything.
+    // To be asked once on each call: what was planned for it, if anything. Does not return when the process has to end.
     [[nodiscard]] std::optional<HRESULT> TakeFailure(std::wstring_view call);
     [[nodiscard]] std::optional<PlannedAnswer> TakeAnswer();
 
@@ -54,6 +75,7 @@ class FaultPlan {
     std::vector<Plan<HRESULT>> failures_;
     std::vector<Plan<PlannedAnswer>> answers_;
     std::deque<PlannedAnswer> next_answers_;
+    LONG calls_to_the_end_ = 0;
 };
 
 }  // namespace paylodge::refhost

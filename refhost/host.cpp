@@ -37,25 +37,47 @@ bool Host::Exists() noexcept { return g_host != nullptr; }
 
 void Host::Destroy() noexcept { delete std::exchange(g_host, nullptr); }
 
-void Host::OpenCompanyFile(const std::wstring& path) {
-    if (file_ && IsSamePath(file_->Path(), path)) {
-        // Read again: the lock has to be free for that.
-        file_.reset();
-    }
-    file_ = CompanyFile::Open(path);
+void OpenCompany::Save() const {
+    file_->Save([this](std::wstring_view step) {
+        if (Host::Get().Plan().TakeFailure(step)) {
+            throw HostError("The company file " + Quoted(Utf8FromWide(file_->Path())) +
+                            " cannot be saved: the step " + Utf8FromWide(step) + " was planned to fail.");
+        }
+    });
 }
 
-void Host::CloseCompanyFile() noexcept { file_.reset(); }
+void Host::OpenCompanyFile(const std::wstring& path) {
+    if (company_ && IsSamePath(company_->Path(), path)) {
+        // Read again: the lock has to be free for that.
+        company_.reset();
+    }
+    company_ = std::make_shared<OpenCompany>(CompanyFile::Open(path));
+}
 
-std::wstring Host::CompanyFilePath() const { return file_ ? file_->Path() : std::wstring(); }
+void Host::CloseCompanyFile() noexcept { company_.reset(); }
+
+std::wstring Host::CompanyFilePath() const { return company_ ? company_->Path() : std::wstring(); }
 
 void Host::RequireCompanyFile(const std::wstring& path) {
-    if (!file_) {
+    if (!company_) {
         OpenCompanyFile(path);
-    } else if (!IsSamePath(file_->Path(), path)) {
-        throw HostError("The company file " + Quoted(Utf8FromWide(file_->Path())) +
+    } else if (!IsSamePath(company_->Path(), path)) {
+        throw HostError("The company file " + Quoted(Utf8FromWide(company_->Path())) +
                         " is open; close it before a session with another one begins.");
     }
+}
+
+std::shared_ptr<OpenCompany> Host::CurrentCompany() {
+    if (!company_) {
+        const std::wstring path = EnvironmentValue(kCompanyFileVariable);
+        if (path.empty()) {
+            throw HostError(
+                "No company file is open: open one with OpenCompanyFile of the class Ledgerhall.ReferenceHost, or name "
+                "one in the environment variable LEDGERHALL_COMPANY_FILE.");
+        }
+        OpenCompanyFile(path);
+    }
+    return company_;
 }
 
 std::wstring Host::Process(std::wstring_view request) {
@@ -64,10 +86,10 @@ std::wstring Host::Process(std::wstring_view request) {
         const Document document = ReadXml(request);
         CheckEnvelope(document);
         try {
-            CompanyFile& file = OpenFile();
-            response = ProcessDocument(document, file.Books(), LocalTime(), [&file] { file.Save(); });
-        } catch (const RefusedRequest& refused) {
-            response = RefuseRequests(document, refused.GetStatus());
+            const auto company = CurrentCompany();
+            response = ProcessDocument(document, company->Books(), LocalTime(), [&company] { company->Save(); });
+        } catch (const HostError& error) {
+            response = RefuseRequests(document, {Code::kNoCompanyFile, error.what()});
         }
     } catch (const RefusedRequest& refused) {
         response = ErrorResponse(refused.GetStatus());
@@ -76,25 +98,6 @@ std::wstring Host::Process(std::wstring_view request) {
 }
 
 std::wstring Host::NewTicket() { return L"ticket-" + std::to_wstring(++last_ticket_); }
-
-CompanyFile& Host::OpenFile() {
-    if (file_) {
-        return *file_;
-    }
-    const std::wstring path = EnvironmentValue(kCompanyFileVariable);
-    if (path.empty()) {
-        throw RefusedRequest(Code::kNoCompanyFile,
-                             "No company file is open: open one with OpenCompanyFile of the class "
-                             "Ledgerhall.ReferenceHost, or name one in the environment variable "
-                             "LEDGERHALL_COMPANY_FILE.");
-    }
-    try {
-        OpenCompanyFile(path);
-    } catch (const HostError& error) {
-        throw RefusedRequest(Code::kNoCompanyFile, error.what());
-    }
-    return *file_;
-}
 
 std::wstring EnvironmentValue(const wchar_t* name) {
     std::wstring value(::GetEnvironmentVariableW(name, nullptr, 0), L'\0');

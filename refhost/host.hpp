@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "refhost/company_file.hpp"
+#include "refhost/data_file_records.hpp"
 #include "refhost/fault_plan.hpp"
 
 namespace paylodge::refhost {
@@ -17,6 +18,22 @@ struct Exchange {
     std::wstring request;
     // As it left the host; empty when the call failed or answered nothing.
     std::wstring response;
+};
+
+// A company file with what the host knows of it while it is open.
+class OpenCompany {
+  public:
+    explicit OpenCompany(std::unique_ptr<CompanyFile> file) noexcept : file_(std::move(file)), records_(Books()) {}
+
+    [[nodiscard]] const std::wstring& Path() const noexcept { return file_->Path(); }
+    [[nodiscard]] Company& Books() noexcept { return file_->Books(); }
+    [[nodiscard]] DataFileRecordTable& Records() noexcept { return records_; }
+    // Raises HostError, also where a step was planned to fail; the file is as before then.
+    void Save() const;
+
+  private:
+    std::unique_ptr<CompanyFile> file_;
+    DataFileRecordTable records_;
 };
 
 // Used on the host's user-interface thread only, as all of its objects are.
@@ -36,6 +53,10 @@ class Host {
     // Makes sure that this file is the one that is open. Raises HostError when another one is, or it cannot be opened.
     void RequireCompanyFile(const std::wstring& path);
 
+    // The company that is open; when none is, the file that the environment names is opened. Raises HostError. Who
+    // keeps it for longer than a call keeps a weak reference, so that it goes when it is closed.
+    [[nodiscard]] std::shared_ptr<OpenCompany> CurrentCompany();
+
     // The response to a request document; errors of every kind are responses, too.
     [[nodiscard]] std::wstring Process(std::wstring_view request);
 
@@ -48,10 +69,7 @@ class Host {
     [[nodiscard]] std::wstring NewTicket();
 
   private:
-    // Raises RefusedRequest when there is none.
-    [[nodiscard]] CompanyFile& OpenFile();
-
-    std::unique_ptr<CompanyFile> file_;
+    std::shared_ptr<OpenCompany> company_;
     FaultPlan plan_;
     std::vector<std::wstring> calls_;
     std::vector<Exchange> exchanges_;

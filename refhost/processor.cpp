@@ -159,20 +159,10 @@ class DocumentRun {
     if (!MayChangeBooks(requests)) {
         return DocumentRun(company, now).Answer(requests);
     }
-    Company before = company;
     try {
-        Element responses = DocumentRun(company, now).Answer(requests);
-        if (company.IsChanged()) {
-            save();
-            company.MarkSaved();
-        }
-        return responses;
+        return company.ChangeAndSave([&] { return DocumentRun(company, now).Answer(requests); }, save);
     } catch (const HostError& error) {
-        company = std::move(before);
         return AnswerAllWith(requests, {Code::kNotSaved, error.what()});
-    } catch (...) {
-        company = std::move(before);
-        throw;
     }
 }
 

@@ -3,10 +3,17 @@
 #include <cstdint>
 
 #include "refhost/boundary.hpp"
+#include "refhost/company_object.hpp"
 #include "refhost/host.hpp"
+#include "refhost/property_values.hpp"
 
 namespace paylodge::refhost {
 namespace {
+
+// Stands for a user at another machine who holds locks.
+constexpr char kOtherUser = 0;
+
+[[nodiscard]] RecordKey Key(BSTR category, LONG number) { return {EscapedText(View(category)), number}; }
 
 // Scripts write 0x80004005, which is too large for a LONG, as well as its signed value.
 [[nodiscard]] HRESULT ResultFromNumber(DOUBLE number) {
@@ -115,6 +122,30 @@ HRESULT CReferenceHost::ClearCalls() {
         Host::Get().Calls().clear();
         Host::Get().Exchanges().clear();
         return S_OK;
+    });
+}
+
+HRESULT CReferenceHost::EndProcessAt(LONG nth) {
+    return Guarded([&] {
+        if (nth < 0) {
+            return E_INVALIDARG;
+        }
+        Host::Get().Plan().EndProcessAt(nth);
+        return S_OK;
+    });
+}
+
+HRESULT CReferenceHost::LockRecord(BSTR category, LONG number) {
+    return Guarded([&] {
+        const bool is_locked = Host::Get().CurrentCompany()->Records().Lock(Key(category, number), &kOtherUser);
+        return is_locked ? S_OK : kNotLocked;
+    });
+}
+
+HRESULT CReferenceHost::UnlockRecord(BSTR category, LONG number) {
+    return Guarded([&] {
+        const bool is_unlocked = Host::Get().CurrentCompany()->Records().Unlock(Key(category, number), &kOtherUser);
+        return is_unlocked ? S_OK : kNotLocked;
     });
 }
 

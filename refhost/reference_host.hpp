@@ -31,6 +31,11 @@ class CReferenceHost : public IDispatchImpl<IReferenceHost, &IID_IReferenceHost,
     STDMETHODIMP Request(LONG index, BSTR* text) override;
     STDMETHODIMP Response(LONG index, BSTR* text) override;
     STDMETHODIMP ClearCalls() override;
+    // E_INVALIDARG for a number below 0.
+    STDMETHODIMP EndProcessAt(LONG nth) override;
+    // kNotLocked when the lock is somebody else's.
+    STDMETHODIMP LockRecord(BSTR category, LONG number) override;
+    STDMETHODIMP UnlockRecord(BSTR category, LONG number) override;
 
     STDMETHODIMP InterfaceSupportsErrorInfo(REFIID id) override;
 

@@ -1,6 +1,5 @@
 #include "refhost/request_processor.hpp"
 
-#include "refhost/boundary.hpp"
 #include "refhost/call_record.hpp"
 #include "refhost/host.hpp"
 #include "refhost/transcript.hpp"
@@ -52,10 +51,7 @@ HRESULT CRequestProcessor::ProcessRequest(BSTR ticket, BSTR request, BSTR* respo
 }
 
 HRESULT CRequestProcessor::OpenConnection(BSTR application_id, BSTR application_name) {
-    return Guarded([&]() -> HRESULT {
-        if (const auto failure = Record(kOpenConnectionCall, {Argument(application_id), Argument(application_name)})) {
-            return *failure;
-        }
+    const auto open = [&]() -> HRESULT {
         if (is_connected_) {
             return kAlreadyConnected;
         }
@@ -65,14 +61,12 @@ HRESULT CRequestProcessor::OpenConnection(BSTR application_id, BSTR application_
         }
         is_connected_ = true;
         return S_OK;
-    });
+    };
+    return Serve(kOpenConnectionCall, open, application_id, application_name);
 }
 
 HRESULT CRequestProcessor::CloseConnection() {
-    return Guarded([&]() -> HRESULT {
-        if (const auto failure = Record(kCloseConnectionCall, {})) {
-            return *failure;
-        }
+    return Serve(kCloseConnectionCall, [&]() -> HRESULT {
         if (!is_connected_) {
             return kNotConnected;
         }
@@ -83,14 +77,7 @@ HRESULT CRequestProcessor::CloseConnection() {
 }
 
 HRESULT CRequestProcessor::BeginSession(BSTR company_file_name, LONG file_mode, BSTR* ticket) {
-    return Guarded([&]() -> HRESULT {
-        if (ticket == nullptr) {
-            return E_POINTER;
-        }
-        *ticket = nullptr;
-        if (const auto failure = Record(kBeginSessionCall, {Argument(company_file_name), Argument(file_mode)})) {
-            return *failure;
-        }
+    const auto begin = [&]() -> HRESULT {
         if (!is_connected_) {
             return kNotConnected;
         }
@@ -102,14 +89,12 @@ HRESULT CRequestProcessor::BeginSession(BSTR company_file_name, LONG file_mode, 
         }
         const auto added = tickets_.insert(Host::Get().NewTicket()).first;
         return Return(*added, ticket);
-    });
+    };
+    return ServeResult(kBeginSessionCall, ticket, begin, company_file_name, file_mode);
 }
 
 HRESULT CRequestProcessor::EndSession(BSTR ticket) {
-    return Guarded([&]() -> HRESULT {
-        if (const auto failure = Record(kEndSessionCall, {Argument(ticket)})) {
-            return *failure;
-        }
+    const auto end = [&]() -> HRESULT {
         if (!is_connected_) {
             return kNotConnected;
         }
@@ -119,7 +104,8 @@ HRESULT CRequestProcessor::EndSession(BSTR ticket) {
         }
         tickets_.erase(found);
         return S_OK;
-    });
+    };
+    return Serve(kEndSessionCall, end, ticket);
 }
 
 }  // namespace paylodge::refhost

@@ -1,12 +1,11 @@
 #include "tests/refhost/host_server.hpp"
 
-#include <gtest/gtest.h>
-
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 
 #include "frame/com/module.hpp"
+#include "refhost/utf8.hpp"
 
 namespace paylodge::refhost {
 
@@ -54,6 +53,34 @@ HRESULT HostServer::CanUnloadNow() const {
 template <class Function>
 Function* HostServer::Find(const char* name) const {
     return reinterpret_cast<Function*>(reinterpret_cast<void*>(::GetProcAddress(module_.Get(), name)));
+}
+
+std::string Text(const OwnedBstr& text) { return Utf8FromWide(View(text)); }
+
+void HostTest::SetUp() {
+    control_ = host_.Create<IReferenceHost>(CLSID_ReferenceHost);
+    ASSERT_TRUE(control_);
+    ASSERT_EQ(control_->OpenCompanyFile(MakeBstr(sample_.Path()).Get()), S_OK);
+}
+
+void HostTest::TearDown() {
+    if (control_) {
+        control_->CloseCompanyFile();
+        control_->ClearFaults();
+        control_->ClearCalls();
+    }
+}
+
+std::vector<std::string> HostTest::Calls() const {
+    LONG count = 0;
+    EXPECT_EQ(control_->get_CallCount(&count), S_OK);
+    std::vector<std::string> calls;
+    for (LONG index = 0; index < count; ++index) {
+        OwnedBstr call;
+        EXPECT_EQ(control_->Call(index, call.Receive()), S_OK);
+        calls.push_back(Text(call));
+    }
+    return calls;
 }
 
 }  // namespace paylodge::refhost

@@ -1,10 +1,12 @@
 // refhost.dll as a caller outside meets it: loaded from its file, its objects made through its class objects.
 #pragma once
 
+#include <gtest/gtest.h>
 #include <windows.h>
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "frame/com/bstr.hpp"
 #include "frame/com/com_ptr.hpp"
@@ -56,6 +58,23 @@ class HostServer {
     [[nodiscard]] Function* Find(const char* name) const;
 
     ModuleHandle module_;
+};
+
+// The text in UTF-8.
+[[nodiscard]] std::string Text(const OwnedBstr& text);
+
+// Tests of the module with the sample company file open; they leave the host as they found it.
+class HostTest : public ::testing::Test {
+  protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    // What the host's objects were asked so far.
+    [[nodiscard]] std::vector<std::string> Calls() const;
+
+    HostServer host_;
+    TemporaryCompanyFile sample_;
+    ComPtr<IReferenceHost> control_;
 };
 
 }  // namespace paylodge::refhost

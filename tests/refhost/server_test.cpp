@@ -17,24 +17,8 @@ using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
-[[nodiscard]] std::string Text(const OwnedBstr& text) { return Utf8FromWide(View(text)); }
-
-class Server : public ::testing::Test {
+class Server : public HostTest {
   protected:
-    void SetUp() override {
-        control_ = host_.Create<IReferenceHost>(CLSID_ReferenceHost);
-        ASSERT_TRUE(control_);
-        ASSERT_EQ(control_->OpenCompanyFile(MakeBstr(sample_.Path()).Get()), S_OK);
-    }
-
-    void TearDown() override {
-        if (control_) {
-            control_->CloseCompanyFile();
-            control_->ClearFaults();
-            control_->ClearCalls();
-        }
-    }
-
     // A processor as the broker makes it, without a connection.
     [[nodiscard]] ComPtr<IRequestProcessor> Processor() const {
         const auto broker = host_.Create<IHostObjectBroker>(kHostObjectBrokerClass);
@@ -82,22 +66,6 @@ class Server : public ::testing::Test {
         EXPECT_THAT(Text(response), StartsWith("<?xml version=\"1.0\" ?><LHXML><LHXMLMsgsRs"));
         return ReadXml(View(response)).root.children.front().children;
     }
-
-    [[nodiscard]] std::vector<std::string> Calls() const {
-        LONG count = 0;
-        EXPECT_EQ(control_->get_CallCount(&count), S_OK);
-        std::vector<std::string> calls;
-        for (LONG index = 0; index < count; ++index) {
-            OwnedBstr call;
-            EXPECT_EQ(control_->Call(index, call.Receive()), S_OK);
-            calls.push_back(Text(call));
-        }
-        return calls;
-    }
-
-    HostServer host_;
-    TemporaryCompanyFile sample_;
-    ComPtr<IReferenceHost> control_;
 };
 
 TEST_F(Server, AnswersAQueryFromTheCompanyFile) {

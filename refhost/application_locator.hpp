@@ -1,0 +1,22 @@
+// The host's application, found by those who know the class of its locator; and from it the way to the company's data
+// file records.
+#pragma once
+
+#include "frame/com/class_object.hpp"
+#include "storage/host_interfaces.hpp"
+
+namespace paylodge::refhost {
+
+class CApplicationLocator : public IHostApplicationLocator,
+                            public CComCoClass<CApplicationLocator, &kHostApplicationLocatorClass> {
+  public:
+    using Interfaces = InterfaceTable<Entry<IHostApplicationLocator>>;
+
+    // The application of this process, with the interfaces IHostApplication and IHostFolders.
+    STDMETHODIMP GetRunningApplication(IUnknown** application) override;
+
+  protected:
+    ~CApplicationLocator() = default;
+};
+
+}  // namespace paylodge::refhost
