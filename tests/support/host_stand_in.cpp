@@ -41,7 +41,7 @@ class Processor : public WithoutDispatch<IRequestProcessor> {
         }
         Answer answer{.response = L"<LHXML></LHXML>"};
         if (!host_.answers.empty()) {
-            answer = host_.answers.front();
+            answer = std::move(host_.answers.front());
             host_.answers.pop_front();
         }
         if (!answer.is_null) {

@@ -1,0 +1,21 @@
+// How much memory this program's own code holds at a time: what it takes from the heap, and the COM strings that it
+// allocates. What the DLLs that it calls hold is not counted.
+#pragma once
+
+#include <cstddef>
+
+namespace paylodge::test {
+
+// Counts while it lives, one at a time; blocks that are older do not count.
+class PeakMemory {
+  public:
+    PeakMemory() noexcept;
+    ~PeakMemory();
+    PeakMemory(const PeakMemory&) = delete;
+    PeakMemory& operator=(const PeakMemory&) = delete;
+
+    // The most bytes that were held at a time so far.
+    [[nodiscard]] size_t Bytes() const noexcept;
+};
+
+}  // namespace paylodge::test
