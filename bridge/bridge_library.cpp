@@ -1,5 +1,6 @@
 #include "bridge/bridge_library.hpp"
 
+#include "bridge/guarded_call.hpp"
 #include "frame/browser/browser_binding.hpp"
 #include "frame/com/ansi_text.hpp"
 
@@ -16,8 +17,18 @@ ModuleHandle g_kept_bridge_module;
 
 using ExecuteJavaScript = void __cdecl(const char* browser_instance, const char* script);
 
-// C++ exceptions of this compiler are caught by the caller. Structured exceptions, and so C++ exceptions of another
-// compiler, cannot be caught here: this compiler has no handler for them.
+struct ScriptCall {
+    ExecuteJavaScript* execute;
+    std::string browser_instance;
+    const std::string& script;
+};
+
+void __cdecl Execute(void* context) {
+    const auto& call = *static_cast<const ScriptCall*>(context);
+    call.execute(call.browser_instance.c_str(), call.script.c_str());
+}
+
+// C++ exceptions are caught by the caller.
 [[nodiscard]] HRESULT CallExport(const std::string& script) {
     // The script may lead to another one, at whose end the library is freed.
     const ModuleHandle in_use(::LoadLibraryA(kLibraryName));
@@ -26,9 +37,8 @@ using ExecuteJavaScript = void __cdecl(const char* browser_instance, const char*
     if (execute == nullptr) {
         return E_FAIL;
     }
-    const std::string browser_instance = AnsiFromBstr(g_bstrBrowserInstance.Get());
-    execute(browser_instance.c_str(), script.c_str());
-    return S_OK;
+    ScriptCall call{execute, AnsiFromBstr(g_bstrBrowserInstance.Get()), script};
+    return CallGuarded(&Execute, &call) ? S_OK : E_FAIL;
 }
 
 }  // namespace

@@ -561,6 +561,18 @@ TEST_F(ScriptCalls, FailWhenAnExceptionLeavesTheFunctionAndFreeTheLibrary) {
 #endif
 }
 
+TEST_F(ScriptCalls, FailWhenAStructuredExceptionLeavesTheFunctionAndFreeTheLibrary) {
+    const DWORD thrown_by_another_compiler = 0xE06D7363;
+    for (const DWORD code : {static_cast<DWORD>(EXCEPTION_ACCESS_VIOLATION), thrown_by_another_compiler}) {
+        bridge_.on_script = [code] { ::RaiseException(code, 0, 0, nullptr); };
+        EXPECT_EQ(Execute(L"a", 0, L"fn"), E_FAIL);
+        EXPECT_FALSE(IsBridgeLoaded());
+        EXPECT_FALSE(g_hBridgeModule);
+    }
+    bridge_.on_script = nullptr;
+    EXPECT_EQ(Execute(L"b", 0, L"fn"), S_OK);
+}
+
 // A script of the library may end in another push.
 TEST_F(ScriptCalls, MayNest) {
     bridge_.on_script = [this] {

@@ -1,0 +1,101 @@
+#include "bridge/guarded_call.hpp"
+
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <functional>
+#include <stdexcept>
+
+namespace paylodge::test {
+namespace {
+
+using Work = std::function<void()>;
+
+void __cdecl Run(void* context) { (*static_cast<const Work*>(context))(); }
+
+[[nodiscard]] bool Guarded(Work work) { return CallGuarded(&Run, &work); }
+
+void Raise(DWORD code) { ::RaiseException(code, 0, 0, nullptr); }
+
+TEST(GuardedCall, RunsTheFunctionOnce) {
+    int count = 0;
+    EXPECT_TRUE(Guarded([&count] { ++count; }));
+    EXPECT_EQ(count, 1);
+}
+
+TEST(GuardedCall, FailsWhenTheFunctionTouchesMemoryThatIsNotThere) {
+    EXPECT_FALSE(Guarded([] { *reinterpret_cast<volatile int*>(16) = 1; }));
+}
+
+TEST(GuardedCall, FailsWhenTheFunctionCallsWhatIsNotThere) {
+    EXPECT_FALSE(Guarded([] { reinterpret_cast<void (*)()>(16)(); }));
+}
+
+TEST(GuardedCall, FailsOnEveryOtherStructuredException) {
+    const DWORD another_compilers_cpp_exception = 0xE06D7363;
+    for (const DWORD code : {static_cast<DWORD>(EXCEPTION_INT_DIVIDE_BY_ZERO), static_cast<DWORD>(EXCEPTION_IN_PAGE_ERROR),
+                             another_compilers_cpp_exception, DWORD{0xE0000001}}) {
+        EXPECT_FALSE(Guarded([code] { Raise(code); })) << std::hex << code;
+    }
+}
+
+TEST(GuardedCall, IsAsGoodAsNewAfterAFailure) {
+    for (int round = 0; round < 1000; ++round) {
+        ASSERT_FALSE(Guarded([] { Raise(EXCEPTION_ACCESS_VIOLATION); }));
+        ASSERT_TRUE(Guarded([] {}));
+    }
+}
+
+TEST(GuardedCall, CatchesInTheInnermostCall) {
+    bool is_inner_done = true;
+    EXPECT_TRUE(Guarded([&is_inner_done] { is_inner_done = Guarded([] { Raise(EXCEPTION_ACCESS_VIOLATION); }); }));
+    EXPECT_FALSE(is_inner_done);
+    EXPECT_FALSE(Guarded([] {
+        static_cast<void>(Guarded([] {}));
+        Raise(EXCEPTION_ACCESS_VIOLATION);
+    }));
+}
+
+#ifndef _WIN64
+[[nodiscard]] DWORD FirstHandler() {
+    DWORD first = 0;
+    asm volatile("movl %%fs:0, %0" : "=r"(first));
+    return first;
+}
+
+TEST(GuardedCall, LeavesTheThreadsOtherHandlersInPlace) {
+    const DWORD before = FirstHandler();
+    EXPECT_TRUE(Guarded([before] { EXPECT_NE(FirstHandler(), before); }));
+    EXPECT_EQ(FirstHandler(), before);
+    EXPECT_FALSE(Guarded([] { Raise(EXCEPTION_ACCESS_VIOLATION); }));
+    EXPECT_EQ(FirstHandler(), before);
+}
+#endif
+
+TEST(GuardedCall, LetsAFunctionHandleItsOwnExceptions) {
+    EXPECT_TRUE(Guarded([] {
+        try {
+            throw std::runtime_error("caught inside");
+        } catch (const std::runtime_error&) {
+        }
+    }));
+}
+
+#ifdef _WIN64
+TEST(GuardedCall, LetsCppExceptionsThrough) {
+    bool is_destroyed = false;
+    struct Mark {
+        bool& is_destroyed;
+        ~Mark() { is_destroyed = true; }
+    };
+    EXPECT_THROW(static_cast<void>(Guarded([&is_destroyed] {
+                     const Mark mark{is_destroyed};
+                     throw std::runtime_error("on its way");
+                 })),
+                 std::runtime_error);
+    EXPECT_TRUE(is_destroyed);
+}
+#endif
+
+}  // namespace
+}  // namespace paylodge::test
