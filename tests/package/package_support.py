@@ -90,27 +90,6 @@ def is_used(registry: Registry) -> bool:
     return USER_CLASSES in registry or any("paylodge" in key for key in registry)
 
 
-def needs(architecture: str) -> None:
-    """Skips a test on a machine that does not run such programs."""
-    if not works(architecture):
-        raise unittest.SkipTest(f"Wine does not run {architecture} programs here")
-
-
-def fresh_folder(name: str) -> Path:
-    folder = SCRATCH / name
-    shutil.rmtree(folder, ignore_errors=True)
-    folder.mkdir(parents=True)
-    return folder
-
-
-@functools.cache
-def unpacked() -> Path:
-    """The package unpacked into a folder with a blank and other odd characters in its name."""
-    folder = fresh_folder("Programs & tools (x86)")
-    shutil.unpack_archive(package(), folder)
-    return next(folder.iterdir())
-
-
 def end_prefix() -> None:
     for option in ("-k", "-w"):
         subprocess.run(["wineserver", option], env=environment("x64"), check=False, capture_output=True)

@@ -1,17 +1,12 @@
 #include "tests/support/bstr_allocations.hpp"
 
+#include "tests/support/automation_function.hpp"
 #include "tests/support/import_slot.hpp"
 
 namespace paylodge::test {
 namespace {
 
 BstrAllocations* g_active = nullptr;
-
-template <class Function>
-[[nodiscard]] Function* FindInAutomation(const char* name) {
-    return reinterpret_cast<Function*>(
-        reinterpret_cast<void*>(::GetProcAddress(::LoadLibraryW(L"oleaut32.dll"), name)));
-}
 
 BSTR WINAPI AllocateByLength(const OLECHAR* text, UINT length) {
     static auto* const allocate = FindInAutomation<decltype(AllocateByLength)>("SysAllocStringLen");

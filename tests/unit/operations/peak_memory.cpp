@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <new>
 
+#include "tests/support/automation_function.hpp"
 #include "tests/support/import_slot.hpp"
 
 namespace paylodge::test {
@@ -78,12 +79,6 @@ void Free(void* block) noexcept {
         g_counter.Add(size);
     }
     return text;
-}
-
-template <class Function>
-[[nodiscard]] Function* FindInAutomation(const char* name) {
-    return reinterpret_cast<Function*>(
-        reinterpret_cast<void*>(::GetProcAddress(::LoadLibraryW(L"oleaut32.dll"), name)));
 }
 
 BSTR WINAPI AllocateByLength(const OLECHAR* text, UINT length) {
