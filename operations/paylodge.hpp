@@ -151,11 +151,12 @@ class CPaylodge : public CComCoClass<CPaylodge, &CLSID_Paylodge>,
     // a copy; null takes the name away.
     virtual STDMETHODIMP SetNotificationChannel(BSTR channel_name);
 
+    CPaylodge(const CPaylodge&) = delete;
+    CPaylodge& operator=(const CPaylodge&) = delete;
+
   protected:
     CPaylodge() = default;
     ~CPaylodge() = default;
-    CPaylodge(const CPaylodge&) = delete;
-    CPaylodge& operator=(const CPaylodge&) = delete;
 
   private:
     // Sends a document that an operation composed and gives the response as narrow text. E_FAIL for an empty document.

@@ -13,7 +13,7 @@ namespace paylodge::refhost {
 namespace {
 
 // Small enough that a process can die in the middle of a small company file, too.
-constexpr size_t kPieceSize = 16 * 1024;
+constexpr size_t kPieceSize = 16384;
 
 constexpr std::string_view kDeclaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
 

@@ -30,7 +30,7 @@ constexpr LONG kDataVersion = 1;
 // Logs a failure under the method's name.
 Status Fail(const char* method, const std::string& message, HRESULT result,
             Status status = CDataFileStorage::kFailure) {
-    CNALogger().LogHResult(method, message, result);
+    CNALogger::LogHResult(method, message, result);
     return status;
 }
 

@@ -15,10 +15,10 @@ class CNALogger {
     virtual ~CNALogger() = default;
 
     // Appends an entry about a failed call; the host's feature flag decides whether it names the function.
-    void LogHResult(const std::string& function, const std::string& message, HRESULT result);
+    static void LogHResult(const std::string& function, const std::string& message, HRESULT result);
 
     // Appends a line of free text with a time stamp.
-    void LogText(const std::string& text);
+    static void LogText(const std::string& text);
 };
 
 }  // namespace paylodge

@@ -37,7 +37,7 @@ class Text {
     ~Text() { ::SysFreeString(text_); }
     Text(const Text&) = delete;
     Text& operator=(const Text&) = delete;
-    operator BSTR() const noexcept { return text_; }
+    operator BSTR() const noexcept { return text_; }  // NOLINT(google-explicit-constructor)
 
   private:
     BSTR text_;

@@ -2,7 +2,8 @@
 
 namespace paylodge {
 
-OwnedBstr g_bstrBrowserInstance = MakeBstr(L"");
+// Without memory for it, the library does not load.
+OwnedBstr g_bstrBrowserInstance = MakeBstr(L"");  // NOLINT(cert-err58-cpp)
 
 }  // namespace paylodge
 

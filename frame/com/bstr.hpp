@@ -41,7 +41,7 @@ using OwnedBstr = Owner<BstrTraits>;
 // A copy byte for byte; a null string stays null. Raises E_OUTOFMEMORY.
 [[nodiscard]] inline OwnedBstr CopyBstr(BSTR text) {
     if (text == nullptr) {
-        return OwnedBstr();
+        return {};
     }
     const UINT bytes = ::SysStringByteLen(text);
     OwnedBstr result(::SysAllocStringByteLen(nullptr, bytes));

@@ -144,8 +144,8 @@ HRESULT CallSlotWithoutResult(IUnknown& object, const Member& member) {
 
 HRESULT CallSlot(IUnknown& object, int slot, BSTR argument) {
     std::vector<VARIANT> values(1);
-    V_VT(&values[0]) = VT_BSTR;
-    V_BSTR(&values[0]) = argument;
+    V_VT(values.data()) = VT_BSTR;
+    V_BSTR(values.data()) = argument;
     return CallSlotWith(object, slot, values);
 }
 

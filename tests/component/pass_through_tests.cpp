@@ -11,7 +11,6 @@ namespace paylodge::test {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 constexpr const char* kEnvelopeStart =
     "<?xml version=\"1.0\"?><?lhxml version=\"7.0\" ?><LHXML><LHXMLMsgsRq onError=\"continueOnError\">";

@@ -35,7 +35,7 @@ TEST(DecodeTlv, FollowsAConstructedItemByThoseInsideIt) {
 }
 
 TEST(DecodeTlv, ReadsLengthsOfSeveralBytes) {
-    const std::string value(2 * 0x80, 'A');
+    const std::string value(size_t{2} * 0x80, 'A');
     EXPECT_EQ(DecodeTlv("5A8180" + value), (Items{{"5A", value}}));
     EXPECT_EQ(DecodeTlv("5A820080" + value), (Items{{"5A", value}}));
 }

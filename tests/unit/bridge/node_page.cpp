@@ -43,7 +43,7 @@ class Folder {
     Folder& operator=(const Folder&) = delete;
 
     [[nodiscard]] std::string Write(const char* name, std::string_view text) const {
-        const std::string file = path_ + "/" + name;
+        std::string file = path_ + "/" + name;
         std::ofstream(file, std::ios::binary) << text;
         return file;
     }
@@ -56,7 +56,8 @@ class Folder {
     struct Close {
         void operator()(std::FILE* pipe) const noexcept { ::pclose(pipe); }
     };
-    const std::unique_ptr<std::FILE, Close> pipe(::popen(command.c_str(), "r"));
+    const std::unique_ptr<std::FILE, Close> pipe(
+        ::popen(command.c_str(), "r"));  // NOLINT(cert-env33-c): the command is made of fixed words and own paths
     std::string output;
     std::array<char, 4096> buffer;
     while (pipe) {

@@ -374,17 +374,13 @@ TEST_F(RequestData, NeedsAPlaceForTheResponse) {
 
 class Sinks : public ControlTest {
   protected:
-    Sinks() {
-        control_.SubscribeToNotifications();
-        cookie_b_ = Advise(control_, *b_.Get());
-        cookie_c_ = Advise(control_, *c_.Get());
-    }
+    Sinks() { control_.SubscribeToNotifications(); }
     [[nodiscard]] HRESULT Send() { return control_.SetTransactionID(Argument(L"1")); }
 
     ComPtr<ComObject<EventSink>> b_ = MakeSink(L"b");
     ComPtr<ComObject<EventSink>> c_ = MakeSink(L"c");
-    DWORD cookie_b_ = 0;
-    DWORD cookie_c_ = 0;
+    DWORD cookie_b_ = Advise(control_, *b_.Get());
+    DWORD cookie_c_ = Advise(control_, *c_.Get());
 };
 
 TEST_F(Sinks, AreCalledInTheOrderInWhichTheyWereConnected) {

@@ -29,7 +29,7 @@ class LogOfProcess {
     LogOfProcess() {
         StorageHostStandIn host;
         host.folder = folder_.Path().wstring();
-        CNALogger().LogText("start");
+        CNALogger::LogText("start");
         EXPECT_EQ("start  <%c>\r\n", Take());
     }
 

@@ -12,7 +12,6 @@ namespace paylodge::test {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::TestWithParam;
 using ::testing::ValuesIn;
 
 class LockedObject : public IObjectWithSiteImpl<LockedObject>, public CSiteLock<LockedObject> {

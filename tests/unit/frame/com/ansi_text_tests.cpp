@@ -60,7 +60,8 @@ TEST(AnsiText, EveryByteOfTheCodePageComesBack) {
 }
 
 TEST(AnsiText, LongTextComesBack) {
-    const std::string text(10'000'000, '\xE9');
+    std::string text;
+    text.assign(10'000'000, '\xE9');
     EXPECT_EQ(text, AnsiFromBstr(BstrFromAnsi(text).Get()));
 }
 
