@@ -20,7 +20,7 @@ void FreeBridgeLibrary() noexcept;
 
 // Runs a script in the page of the browser instance that the host named. The library is loaded for this one call and
 // freed after it. E_FAIL when it is missing, lacks the export, or an exception leaves make_script(), which gives the
-// script's text, or the export.
+// script's text, or the export; which exceptions can be caught there, CallGuarded says.
 [[nodiscard]] HRESULT RunScript(const std::function<std::string()>& make_script) noexcept;
 
 // The address of an export, or null. The library is loaded for it when needed, and stays in the process from then on:

@@ -1,5 +1,5 @@
-// The card reader and the account services: each method calls the function of the bridge library that it is named
-// after, and takes what that returns as it is.
+// The card reader and the account services: each method calls one function of the bridge library, and takes what that
+// returns as it is.
 
 #include "bridge/bridge_library.hpp"
 #include "bridge/paylodge_ctrl.hpp"
@@ -56,8 +56,10 @@ template <class... Parameters, class... Arguments>
     if (result == nullptr) {
         return E_POINTER;
     }
-    auto* const call = function.Find();
-    *result = call == nullptr ? nullptr : call(arguments...);
+    *result = nullptr;
+    if (auto* const call = function.Find()) {
+        *result = call(arguments...);
+    }
     return S_OK;
 }
 

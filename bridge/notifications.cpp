@@ -125,12 +125,13 @@ STDMETHODIMP CPaylodgeCtrl::SetReconPaymentData(BSTR paymentData, BSTR undepFund
 
 // Always an event. Nothing is written back: the caller keeps the response that it handed in.
 STDMETHODIMP CPaylodgeCtrl::ProcessLHRequestData(BSTR bstrRequestStr, BSTR* bstrResponseStr) {
-    if (bstrResponseStr == nullptr) {
-        return E_POINTER;
-    }
     const Receiver receiver = FindReceiver();
-    return !receiver ? E_FAIL
-                     : Fire(*receiver.events, ControlEvent::kOnProcessLHRequest, {bstrRequestStr, *bstrResponseStr});
+    if (!receiver) {
+        return E_FAIL;
+    }
+    return bstrResponseStr == nullptr
+               ? E_POINTER
+               : Fire(*receiver.events, ControlEvent::kOnProcessLHRequest, {bstrRequestStr, *bstrResponseStr});
 }
 
 // Always an event.

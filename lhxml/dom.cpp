@@ -147,12 +147,20 @@ bool IsElement(IXMLDOMNode* node, std::wstring_view name) {
     return SUCCEEDED(node->get_nodeName(node_name.Receive())) && View(node_name) == name && IsElement(node);
 }
 
-ComPtr<IXMLDOMNode> FindChild(IXMLDOMNode* node, std::wstring_view name) {
-    ComPtr<IXMLDOMNode> child = FirstChild(node);
-    while (child && !IsElement(child.Get(), name)) {
-        child = NextSibling(child.Get());
+ComPtr<IXMLDOMNode> FindPath(IXMLDOMNode* node, std::span<const std::wstring_view> names) {
+    if (names.empty()) {
+        return ComPtr<IXMLDOMNode>(node);
     }
-    return child;
+    for (auto child = FirstChild(node); child; child = NextSibling(child.Get())) {
+        if (IsElement(child.Get(), names.front())) {
+            if (auto found = FindPath(child.Get(), names.subspan(1))) {
+                return found;
+            }
+        }
+    }
+    return {};
 }
+
+ComPtr<IXMLDOMNode> FindChild(IXMLDOMNode* node, std::wstring_view name) { return FindPath(node, {&name, 1}); }
 
 }  // namespace paylodge

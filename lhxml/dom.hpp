@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -40,6 +41,9 @@ HRESULT GetNodeName(IXMLDOMNode* node, std::string& name);
 // Whether the node is an element, and one of this name.
 [[nodiscard]] bool IsElement(IXMLDOMNode* node);
 [[nodiscard]] bool IsElement(IXMLDOMNode* node, std::wstring_view name);
+
+// The first element to which a path of child elements with these names leads, or empty.
+[[nodiscard]] ComPtr<IXMLDOMNode> FindPath(IXMLDOMNode* node, std::span<const std::wstring_view> names);
 
 // The node's first child element of this name, or empty.
 [[nodiscard]] ComPtr<IXMLDOMNode> FindChild(IXMLDOMNode* node, std::wstring_view name);

@@ -21,6 +21,14 @@ constexpr LONG kFileMode = 2;
     return AnsiFromBstr(description.Get());
 }
 
+// Lets go of an object whose release may raise an error, which a destructor could not let through.
+template <class Interface>
+void Release(ComPtr<Interface>& object) {
+    if (object) {
+        object.Detach()->Release();
+    }
+}
+
 }  // namespace
 
 HRESULT CreateRequestProcessor(REFCLSID class_id, ComPtr<IRequestProcessor>& processor) {
@@ -31,14 +39,18 @@ HRESULT CreateRequestProcessor(REFCLSID class_id, ComPtr<IRequestProcessor>& pro
     ComPtr<IHostObjectBroker> broker;
     HRESULT result = ::CoCreateInstance(kHostObjectBrokerClass, nullptr, CLSCTX_INPROC_SERVER,
                                         __uuidof(IHostObjectBroker), broker.ReceiveVoid());
-    if (FAILED(result)) {
-        return result;
+    if (FAILED(result) || !broker) {
+        return FAILED(result) ? result : E_POINTER;
     }
     // Deliberately never released: each request leaves one reference on the broker.
     IHostObjectBroker* const kept_broker = broker.Detach();
     ComPtr<IUnknown> object;
     result = kept_broker->CreateObjectFromClassId(class_id_text.Get(), object.Receive());
-    return FAILED(result) ? result : object.As(processor);
+    if (SUCCEEDED(result)) {
+        result = object.As(processor);
+    }
+    Release(object);
+    return result;
 }
 
 struct lhXMLRPWrapper::Strings {
@@ -61,7 +73,9 @@ HRESULT lhXMLRPWrapper::SendRequest(BSTR* response) {
         if (!processor) {
             _com_issue_error(E_POINTER);
         }
-        return RunSession(*processor.Get(), strings, ticket.Receive(), response);
+        const HRESULT result = RunSession(*processor.Get(), strings, ticket.Receive(), response);
+        Release(processor);
+        return result;
     } catch (const _com_error& error) {
         RecordFailure(error);
         return E_FAIL;

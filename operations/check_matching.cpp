@@ -1,15 +1,13 @@
 #include "operations/check_matching.hpp"
 
-#include <cstdio>
 #include <limits>
+
+#include "lhxml/number_text.hpp"
 
 namespace paylodge {
 
 std::int32_t CentsFromText(const std::string& amount) noexcept {
-    float number = 0;
-    // Text that is no number counts as nothing, and one that no float holds as infinite.
-    static_cast<void>(std::sscanf(amount.c_str(), "%f", &number));  // NOLINT(cert-err34-c)
-    const double cents = static_cast<double>(number) * 100.0 + 0.5;
+    const double cents = static_cast<double>(LeadingDecimal<float>(amount)) * 100.0 + 0.5;
     constexpr double kBelowRange = -2147483649.0;
     constexpr double kAboveRange = 2147483648.0;
     const bool is_in_range = cents > kBelowRange && cents < kAboveRange;

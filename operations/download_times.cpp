@@ -47,7 +47,8 @@ constexpr const char* kLastDownloadTime = "LastPLDownloadTime";
 }
 
 [[nodiscard]] HRESULT Write(CDataFileStorage& storage, const char* property_name, BSTR text) {
-    const OwnedVariant value(CopyBstr(text));
+    // The host is given a string in any case.
+    const OwnedVariant value(text == nullptr ? MakeBstr({}) : CopyBstr(text));
     return storage.WriteProperty(property_name, value.Get()) == CDataFileStorage::kSuccess ? S_OK : E_FAIL;
 }
 

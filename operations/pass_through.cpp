@@ -17,7 +17,8 @@ namespace {
 
 }  // namespace
 
-// The processor's failure code, or S_OK with the response; then the control on this object's channel is told.
+// E_FAIL on a page that is refused. The processor's own code when it failed or gave no response; else S_OK with the
+// response, of which the control on this object's channel is told.
 STDMETHODIMP CPaylodge::ProcessLHRequest(BSTR requestBody, BSTR* pResponse) {
     if (!IsSiteAllowed()) {
         return E_FAIL;

@@ -20,8 +20,8 @@
 
 namespace paylodge {
 
-// Every member begins with the site check and does nothing on a page that is refused: S_OK with the results untouched,
-// and E_FAIL from ProcessLHRequest. E_POINTER without a place for the result. Results are new strings that the caller
+// Every member that scripts reach begins with the site check and does nothing on a page that is refused: S_OK with the
+// results untouched, and E_FAIL from ProcessLHRequest. E_POINTER without a place for the result. Results are new strings that the caller
 // owns; their text, as that of the arguments, is converted with the system's ANSI code page, and a null argument is the
 // empty text. A failed allocation is raised as a COM error (E_OUTOFMEMORY). Used on the apartment's thread. What each
 // member does stands beside its implementation.

@@ -111,10 +111,9 @@ HRESULT CPaylodge::PrepareCreditMemo(IXMLDOMNode* request) {
 }
 
 HRESULT CPaylodge::PrepareDeposit(IXMLDOMNode* request) {
-    const auto deposit = FindChild(request, L"DepositAdd");
-    const auto account = FindChild(deposit.Get(), L"DepositToAccountRef");
     std::string full_name;
-    GetNodeText(FindChild(account.Get(), L"FullName").Get(), full_name);
+    GetNodeText(FindPath(request, std::array{L"DepositAdd"sv, L"DepositToAccountRef"sv, L"FullName"sv}).Get(),
+                full_name);
     return full_name == kHoldingAccount ? EnsureHoldingAccount() : S_OK;
 }
 

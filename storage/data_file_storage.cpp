@@ -212,7 +212,7 @@ Status CDataFileStorage::DeleteDFR() {
     if (FAILED(lock.result)) {
         return JudgeLock(kDeleteDFR, lock);
     }
-    // Asked once more in any case: the host grants a lock again to the one who holds it.
+    // Asked once more in any case.
     if (const Status status = JudgeLock(kDeleteDFR, TryLock(record_)); status != kSuccess) {
         return lock.is_acquired ? Unlock(kDeleteDFR, record_, status) : status;
     }

@@ -111,9 +111,9 @@ void CNALogger::LogHResult(const std::string& function, const std::string& messa
     const auto context = IsContextLogged() ? std::optional<std::string_view>(function) : std::nullopt;
     const std::string entry = FormatLogEntry(context, message, static_cast<std::uint32_t>(result));
     if (const File log = OpenLog()) {
-        const std::time_t now = std::time(nullptr);
+        const __time64_t now = ::_time64(nullptr);
         // The time stamp ends in a newline: an entry takes two lines.
-        std::fprintf(log.get(), "%s   %s", std::ctime(&now), entry.c_str());
+        std::fprintf(log.get(), "%s   %s", ::_ctime64(&now), entry.c_str());
     } else {
         ShowLostEntry(entry);
     }
@@ -123,9 +123,9 @@ void CNALogger::LogText(const std::string& text) {
     SetUpPaths();
     RollOver();
     if (const File log = OpenLog()) {
-        const std::time_t now = std::time(nullptr);
+        const __time64_t now = ::_time64(nullptr);
         std::array<char, 80> stamp{};
-        std::strftime(stamp.data(), stamp.size(), "%c", std::localtime(&now));
+        std::strftime(stamp.data(), stamp.size(), "%c", ::_localtime64(&now));
         std::fprintf(log.get(), "%s  %s\n", text.c_str(), stamp.data());
     } else {
         ShowLostEntry(text);

@@ -1,6 +1,6 @@
 // Conversions between COM strings (UTF-16) and the library's narrow strings. The function's name says the code page:
 // the system's (Ansi) or the calling thread's (ThreadAnsi). Lengths are kept, so embedded nulls survive; characters
-// outside the code page become its default character. All raise E_OUTOFMEMORY.
+// outside the code page become the closest one that it has, or its default character. All raise E_OUTOFMEMORY.
 #pragma once
 
 #include <string>

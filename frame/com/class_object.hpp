@@ -38,8 +38,9 @@ class ClassFactory : public IClassFactory {
         return created ? created->QueryInterface(id, object) : E_OUTOFMEMORY;
     }
 
+    // Unlocking what is not locked changes nothing.
     STDMETHODIMP LockServer(BOOL lock) override {
-        lock ? Module::AddReference() : Module::RemoveReference();
+        lock ? Module::Lock() : Module::Unlock();
         return S_OK;
     }
 

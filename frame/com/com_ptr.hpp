@@ -59,7 +59,7 @@ class ComPtr {
 
     // Asks the object for another interface; `other` has to be empty. E_POINTER without an object.
     template <class Other>
-    [[nodiscard]] HRESULT As(ComPtr<Other>& other) const noexcept {
+    [[nodiscard]] HRESULT As(ComPtr<Other>& other) const {
         return object_ == nullptr ? E_POINTER : object_->QueryInterface(__uuidof(Other), other.ReceiveVoid());
     }
 

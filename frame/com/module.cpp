@@ -3,6 +3,7 @@
 #include <comdef.h>
 
 #include <atomic>
+#include <new>
 
 // The linker's own symbol for the start of the module's image.
 extern "C" IMAGE_DOS_HEADER __ImageBase;
@@ -11,6 +12,17 @@ namespace paylodge {
 namespace {
 
 std::atomic<LONG> g_references{0};
+std::atomic<LONG> g_locks{0};
+
+// What a failed allocation raises: the COM error that callers know, which is still what the language promises.
+class OutOfMemory : public _com_error, public std::bad_alloc {
+  public:
+    OutOfMemory() noexcept : _com_error(E_OUTOFMEMORY) {}
+};
+
+[[noreturn]] void RaiseOutOfMemory() { throw OutOfMemory(); }
+
+[[maybe_unused]] const std::new_handler g_previous_new_handler = std::set_new_handler(&RaiseOutOfMemory);
 
 }  // namespace
 
@@ -18,7 +30,17 @@ void Module::AddReference() noexcept { g_references.fetch_add(1, std::memory_ord
 
 void Module::RemoveReference() noexcept { g_references.fetch_sub(1, std::memory_order_acq_rel); }
 
-LONG Module::References() noexcept { return g_references.load(std::memory_order_acquire); }
+void Module::Lock() noexcept { g_locks.fetch_add(1, std::memory_order_relaxed); }
+
+void Module::Unlock() noexcept {
+    LONG locks = g_locks.load(std::memory_order_relaxed);
+    while (locks > 0 && !g_locks.compare_exchange_weak(locks, locks - 1, std::memory_order_acq_rel)) {
+    }
+}
+
+LONG Module::References() noexcept {
+    return g_references.load(std::memory_order_acquire) + g_locks.load(std::memory_order_acquire);
+}
 
 HINSTANCE Module::Instance() noexcept { return reinterpret_cast<HINSTANCE>(&__ImageBase); }
 

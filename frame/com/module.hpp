@@ -1,4 +1,5 @@
-// The module (DLL or program) that this code is linked into: what keeps it loaded, and where it is.
+// The module (DLL or program) that this code is linked into: what keeps it loaded, and where it is. With it, every
+// allocation that fails in the module raises a COM error, E_OUTOFMEMORY, which is a std::bad_alloc, too.
 #pragma once
 
 #include <windows.h>
@@ -12,6 +13,10 @@ class Module {
   public:
     static void AddReference() noexcept;
     static void RemoveReference() noexcept;
+    // The same for locks, of which there cannot be fewer than none.
+    static void Lock() noexcept;
+    static void Unlock() noexcept;
+    // Objects and locks together.
     [[nodiscard]] static LONG References() noexcept;
 
     [[nodiscard]] static HINSTANCE Instance() noexcept;

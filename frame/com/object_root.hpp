@@ -67,7 +67,7 @@ class ComObject final : public Class {
     STDMETHODIMP_(ULONG) Release() override {
         const ULONG left = references_.fetch_sub(1, std::memory_order_acq_rel) - 1;
         if (left == 0) {
-            // The destructor may hand the object out for the length of a call.
+            // Destroying it may call others who take a reference for the length of a call.
             references_.store(1, std::memory_order_relaxed);
             delete this;
         }

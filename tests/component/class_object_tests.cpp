@@ -62,6 +62,13 @@ TEST_F(ClassObjects, EachLockKeepsTheModule) {
     EXPECT_EQ(S_OK, module.CanUnloadNow());
 }
 
+TEST_F(ClassObjects, UnlockingWhatIsNotLockedUnlocksNoObject) {
+    const auto object = module.CreatePaylodge();
+    EXPECT_EQ(S_OK, Factory()->LockServer(FALSE));
+    EXPECT_EQ(S_OK, Factory()->LockServer(FALSE));
+    EXPECT_EQ(S_FALSE, module.CanUnloadNow());
+}
+
 TEST_F(ClassObjects, UnknownClassIsNotAvailable) {
     for (const CLSID& id : {CLSID_NULL, IID_IPaylodge8, LIBID_PAYLODGELib}) {
         void* object = &object;

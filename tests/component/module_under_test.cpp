@@ -3,29 +3,8 @@
 #include <filesystem>
 
 #include "frame/com/module.hpp"
-#include "frame/com/object_root.hpp"
 
 namespace paylodge::test {
-namespace {
-
-// The host's application locator.
-constexpr CLSID kLocatorClass = {0x1143B0F7, 0xC473, 0x41E6, {0xA3, 0xD3, 0x5B, 0xE6, 0x74, 0x7C, 0x4B, 0xF2}};
-
-class FailingClassObject : public IClassFactory {
-  public:
-    using Interfaces = InterfaceTable<Entry<IClassFactory>>;
-
-    STDMETHODIMP CreateInstance(IUnknown*, REFIID, void** object) override {
-        *object = nullptr;
-        return E_FAIL;
-    }
-    STDMETHODIMP LockServer(BOOL) override { return S_OK; }
-
-  protected:
-    ~FailingClassObject() = default;
-};
-
-}  // namespace
 
 std::wstring ModulePath() {
     return std::filesystem::path(Module::Path()).parent_path().parent_path() / L"Paylodge.dll";
@@ -59,13 +38,6 @@ ComPtr<IPaylodge8> ModuleUnderTest::CreatePaylodge() const {
     EXPECT_EQ(S_OK, factory->CreateInstance(nullptr, IID_IPaylodge8, object.ReceiveVoid()));
     return object;
 }
-
-NoApplication::NoApplication() : class_object_(ComObject<FailingClassObject>::Create().Get()) {
-    EXPECT_EQ(S_OK, ::CoRegisterClassObject(kLocatorClass, class_object_.Get(), CLSCTX_INPROC_SERVER,
-                                            REGCLS_MULTIPLEUSE, &registration_));
-}
-
-NoApplication::~NoApplication() { EXPECT_EQ(S_OK, ::CoRevokeClassObject(registration_)); }
 
 void PrintTo(const Member& member, std::ostream* out) { *out << NameOf(member); }
 

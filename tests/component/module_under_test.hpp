@@ -13,6 +13,7 @@
 #include "paylodge.h"
 #include "tests/component/members.hpp"
 #include "tests/support/host_stand_in.hpp"
+#include "tests/support/no_application.hpp"
 
 namespace paylodge::test {
 
@@ -42,19 +43,6 @@ class ModuleUnderTest {
 
   private:
     HMODULE handle_;
-};
-
-// A host without a running application, whatever is registered on this machine.
-class NoApplication {
-  public:
-    NoApplication();
-    ~NoApplication();
-    NoApplication(const NoApplication&) = delete;
-    NoApplication& operator=(const NoApplication&) = delete;
-
-  private:
-    ComPtr<IClassFactory> class_object_;
-    DWORD registration_ = 0;
 };
 
 // The module with a host around it, and one accounting object.

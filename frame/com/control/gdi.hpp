@@ -20,14 +20,17 @@ using Region = Owner<RegionTraits>;
     return type == OBJ_METADC || type == OBJ_ENHMETADC;
 }
 
-// While it lives, drawing on dc is clipped to the rectangle; afterwards the context has no clip region. Where the
-// region cannot be created, nothing is clipped and nothing is removed. Nor is it in a metafile: that is played at any
-// size, and a region recorded in it would keep its own.
+// While it lives, drawing on dc is clipped to the rectangle, which is in logical units; afterwards the context has no clip region. Where the
+// region cannot be created, nothing is clipped and nothing is removed. Nor is it in a metafile of the old kind: that is
+// played at any size, and a region recorded in it would keep its own.
 class ClipToRectangle {
   public:
     ClipToRectangle(HDC dc, const RECTL& rectangle) noexcept : dc_(dc) {
-        if (!IsMetafile(dc)) {
-            region_.Reset(::CreateRectRgn(rectangle.left, rectangle.top, rectangle.right, rectangle.bottom));
+        if (::GetObjectType(dc) != OBJ_METADC) {
+            // Regions are in the units of the device.
+            POINT corners[] = {{rectangle.left, rectangle.top}, {rectangle.right, rectangle.bottom}};
+            ::LPtoDP(dc, corners, 2);
+            region_.Reset(::CreateRectRgn(corners[0].x, corners[0].y, corners[1].x, corners[1].y));
         }
         if (region_) {
             ::SelectClipRgn(dc_, region_.Get());

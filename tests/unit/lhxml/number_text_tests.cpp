@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <clocale>
 #include <cmath>
 #include <limits>
 #include <optional>
@@ -118,7 +119,46 @@ INSTANTIATE_TEST_SUITE_P(Short, RequestAmountTable,
                                          RequestAmount{"12.5abc", "12.50"}, RequestAmount{"1,234.50", "1.00"},
                                          RequestAmount{"", "0.00"}, RequestAmount{"abc", "0.00"},
                                          RequestAmount{"$5", "0.00"}, RequestAmount{"12\0005"s, "12.00"},
-                                         RequestAmount{"1e3", "1000.00"}));
+                                         RequestAmount{"1e3", "1000.00"}, RequestAmount{"+2.5", "2.50"},
+                                         RequestAmount{"\t\n\v\f\r 3", "3.00"}, RequestAmount{".5", "0.50"},
+                                         RequestAmount{"5.", "5.00"}, RequestAmount{"1e", "1.00"},
+                                         RequestAmount{"-0.001", "-0.00"}, RequestAmount{"+-2", "0.00"},
+                                         RequestAmount{"-", "0.00"}, RequestAmount{".", "0.00"},
+                                         RequestAmount{"0.125", "0.12"}, RequestAmount{"0.375", "0.38"}));
+
+INSTANTIATE_TEST_SUITE_P(NeitherHexadecimalNorWords, RequestAmountTable,
+                         testing::Values(RequestAmount{"0x10", "0.00"}, RequestAmount{"inf", "0.00"},
+                                         RequestAmount{"-infinity", "0.00"}, RequestAmount{"nan", "0.00"},
+                                         RequestAmount{"nan(5)", "0.00"}));
+
+INSTANTIATE_TEST_SUITE_P(WithAllDigits, RequestAmountTable,
+                         testing::Values(RequestAmount{"1e22", "1" + std::string(22, '0') + ".00"},
+                                         RequestAmount{"1e-400", "0.00"}, RequestAmount{"-1e-400", "-0.00"},
+                                         RequestAmount{"1e400", "inf"}));
+
+TEST(AmountWithTwoDecimals, HasAllDigitsOfTheLargestNumbers) {
+    EXPECT_EQ(301U + 3U, AmountWithTwoDecimals("1e300")->size());
+    EXPECT_EQ(1U + 309U + 3U, AmountWithTwoDecimals("-1.7976931348623157e308")->size());
+}
+
+// The host's locale is the process's.
+TEST(AmountWithTwoDecimals, IsTheSameInEveryLocale) {
+    const std::string before = std::setlocale(LC_ALL, nullptr);
+    for (const char* locale : {"German", "de_DE.UTF-8", "fr_FR.UTF-8"}) {
+        std::setlocale(LC_ALL, locale);
+        EXPECT_EQ("12.50", AmountWithTwoDecimals("12.5"));
+        EXPECT_EQ(12.5F, LeadingDecimal<float>("12.5"));
+    }
+    std::setlocale(LC_ALL, before.c_str());
+}
+
+TEST(LeadingDecimal, IsInfiniteOrNothingBeyondTheRange) {
+    EXPECT_EQ(std::numeric_limits<float>::infinity(), LeadingDecimal<float>("1e39"));
+    EXPECT_EQ(-std::numeric_limits<float>::infinity(), LeadingDecimal<float>("-" + std::string(50, '9')));
+    EXPECT_EQ(0, LeadingDecimal<float>("1e-60"));
+    EXPECT_EQ(0, LeadingDecimal<float>("0." + std::string(60, '0') + "1"));
+    EXPECT_EQ(std::numeric_limits<double>::infinity(), LeadingDecimal<double>(std::string(400, '1') + ".5"));
+}
 
 INSTANTIATE_TEST_SUITE_P(AroundThirtyCharacters, RequestAmountTable,
                          testing::Values(RequestAmount{std::string(26, '0') + "1.5", "1.50"},

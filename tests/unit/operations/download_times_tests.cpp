@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "tests/support/bstr_allocations.hpp"
+#include "tests/support/no_application.hpp"
 #include "tests/support/site_stand_in.hpp"
 #include "tests/support/storage_host_stand_in.hpp"
 #include "tests/unit/operations/live_allocations.hpp"
@@ -426,10 +427,12 @@ TEST_F(DownloadTimes, SetFailsWhileSomebodyElseHoldsTheRecord) {
 
 TEST_F(DownloadTimes, WithoutAHostGetIsZeroAndSetFails) {
     host_of_records_.reset();
+    std::optional<NoApplication> no_application(std::in_place);
     EXPECT_EQ((Result{S_OK, L"0"}), Get(L"A"));
     EXPECT_EQ(Result{E_FAIL}, Set(L"A", L"1"));
     const std::string not_created = LoggedEntry("Failed to create COM object.  HRESULT=0x80040154");
     EXPECT_EQ(not_created + not_created + not_created, log_.Take());
+    no_application.reset();
     host_of_records_.emplace();
 }
 

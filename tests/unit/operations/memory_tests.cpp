@@ -103,5 +103,32 @@ TEST_P(MemoryOf, IsAtMostThreeCopiesOfTheResponseText) {
     RecordProperty("copies", std::to_string(static_cast<double>(peak) / static_cast<double>(copy)));
 }
 
+// Every heap allocation of an operation in turn.
+TEST_P(MemoryOf, ThatCannotBeHadIsRaisedAndLeavesNothingBehind) {
+    const Operation& operation = GetParam();
+    const Argument argument(operation.request.empty() ? std::wstring_view(L"Bank") : operation.request);
+    const std::wstring record(operation.record);
+    const std::wstring element(operation.response_element);
+    const std::wstring response = ResponseDocument(
+        element.empty() ? record : L"<" + element + LR"( statusCode="0">)" + record + L"</" + element + L">");
+    bool has_failed = true;
+    int number = 1;
+    for (; has_failed; ++number) {
+        host_.answers.clear();
+        host_.requests.reserve(host_.requests.size() + 1);
+        RespondExactly(response);
+        StringSink result;
+        try {
+            const FailingAllocation failing(number);
+            static_cast<void>(operation.call(object_, argument, result.Slot()));
+            has_failed = failing.HasFailed();
+        } catch (const _com_error& error) {
+            EXPECT_EQ(E_OUTOFMEMORY, error.Error());
+        }
+        EXPECT_EQ(0, host_.live_processors);
+    }
+    EXPECT_GT(number, 10) << "an operation has more allocations than these";
+}
+
 }  // namespace
 }  // namespace paylodge::test

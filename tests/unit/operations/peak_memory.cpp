@@ -46,7 +46,14 @@ struct Counter {
 
 Counter g_counter;
 
+// Allocations until the one that fails, that one included; 0 or less: none fails any more.
+int g_allocations_to_failure = 0;
+bool g_is_failing_planned = false;
+
 [[nodiscard]] void* Allocate(size_t size) noexcept {
+    if (g_is_failing_planned && --g_allocations_to_failure == 0) {
+        return nullptr;
+    }
     auto* const header = static_cast<BlockHeader*>(std::malloc(sizeof(BlockHeader) + size));
     if (header == nullptr) {
         return nullptr;
@@ -120,6 +127,15 @@ PeakMemory::~PeakMemory() {
 
 size_t PeakMemory::Bytes() const noexcept { return g_counter.peak; }
 
+FailingAllocation::FailingAllocation(int number) noexcept {
+    g_allocations_to_failure = number;
+    g_is_failing_planned = true;
+}
+
+FailingAllocation::~FailingAllocation() { g_is_failing_planned = false; }
+
+bool FailingAllocation::HasFailed() const noexcept { return g_allocations_to_failure <= 0; }
+
 }  // namespace paylodge::test
 
 // The linker takes these slots for those of the import library, so that calls arrive here.
@@ -133,10 +149,16 @@ void(WINAPI* const import_of_free_string)(BSTR) = paylodge::test::FreeString;
 }
 
 void* operator new(size_t size) {
-    if (void* const block = paylodge::test::Allocate(size)) {
-        return block;
+    for (;;) {
+        if (void* const block = paylodge::test::Allocate(size)) {
+            return block;
+        }
+        const std::new_handler handler = std::get_new_handler();
+        if (handler == nullptr) {
+            throw std::bad_alloc();
+        }
+        handler();
     }
-    throw std::bad_alloc();
 }
 void* operator new[](size_t size) { return operator new(size); }
 void* operator new(size_t size, const std::nothrow_t&) noexcept { return paylodge::test::Allocate(size); }

@@ -18,4 +18,16 @@ class PeakMemory {
     [[nodiscard]] size_t Bytes() const noexcept;
 };
 
+// While it lives, the heap allocation with this number, from 1, fails. One at a time.
+class FailingAllocation {
+  public:
+    explicit FailingAllocation(int number) noexcept;
+    ~FailingAllocation();
+    FailingAllocation(const FailingAllocation&) = delete;
+    FailingAllocation& operator=(const FailingAllocation&) = delete;
+
+    // Whether it came to that allocation.
+    [[nodiscard]] bool HasFailed() const noexcept;
+};
+
 }  // namespace paylodge::test

@@ -7,6 +7,7 @@
 #include <ostream>
 #include <utility>
 
+#include "tests/support/no_application.hpp"
 #include "tests/support/storage_host_stand_in.hpp"
 #include "tests/unit/operations/live_allocations.hpp"
 #include "tests/unit/storage/log_files.hpp"
@@ -178,6 +179,7 @@ TEST_F(DataFileStorage, FailedSelectRemembersTheRecordOnceTheApplicationWasLooke
 }
 
 TEST(DataFileStorageWithoutHost, SelectLogsThatTheClassIsNotRegistered) {
+    const NoApplication no_application;
     ProcessLog log;
     CDataFileStorage storage;
     EXPECT_EQ(kFailure, kSelect.run(storage));

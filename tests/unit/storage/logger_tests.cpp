@@ -9,6 +9,7 @@
 
 #include "frame/com/ansi_text.hpp"
 #include "frame/com/owner.hpp"
+#include "tests/support/no_application.hpp"
 #include "tests/support/storage_host_stand_in.hpp"
 #include "tests/unit/operations/live_allocations.hpp"
 #include "tests/unit/storage/log_files.hpp"
@@ -468,6 +469,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(Logger, LogStandsInTheCurrentFolderWithoutAHost) {
     host_.reset();
+    const NoApplication no_application;
     fs::current_path(folder_.Path());
     LogEntry();
     EXPECT_EQ(kEntry, Log());

@@ -4,6 +4,8 @@
 #include <objidl.h>
 
 #include <array>
+#include <limits>
+#include <new>
 
 namespace paylodge {
 namespace {
@@ -110,6 +112,28 @@ TEST_F(ClassObject, CreationFailsWithANullResultAndNothingAlive) {
     EXPECT_EQ(nullptr, found);
     EXPECT_EQ(E_POINTER, factory->CreateInstance(nullptr, IID_IUnknown, nullptr));
     EXPECT_EQ(1, Module::References());
+}
+
+TEST(Module, RaisesAComErrorForEveryAllocationThatFails) {
+    EXPECT_EQ(0, Module::References());
+    volatile size_t impossible = std::numeric_limits<size_t>::max() / 2;
+    EXPECT_THROW(static_cast<void>(::operator new(impossible)), std::bad_alloc);
+    try {
+        ::operator delete(::operator new(impossible));
+        ADD_FAILURE() << "nothing was raised";
+    } catch (const _com_error& error) {
+        EXPECT_EQ(E_OUTOFMEMORY, error.Error());
+    }
+    EXPECT_EQ(nullptr, ::operator new(impossible, std::nothrow));
+}
+
+TEST(Module, HasNoFewerLocksThanNone) {
+    Module::Unlock();
+    Module::Lock();
+    EXPECT_EQ(1, Module::References());
+    Module::Unlock();
+    Module::Unlock();
+    EXPECT_EQ(0, Module::References());
 }
 
 }  // namespace

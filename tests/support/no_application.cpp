@@ -1,0 +1,34 @@
+#include "tests/support/no_application.hpp"
+
+#include <gtest/gtest.h>
+
+#include "frame/com/object_root.hpp"
+#include "storage/host_interfaces.hpp"
+
+namespace paylodge::test {
+namespace {
+
+class MissingClassObject : public IClassFactory {
+  public:
+    using Interfaces = InterfaceTable<Entry<IClassFactory>>;
+
+    STDMETHODIMP CreateInstance(IUnknown*, REFIID, void** object) override {
+        *object = nullptr;
+        return REGDB_E_CLASSNOTREG;
+    }
+    STDMETHODIMP LockServer(BOOL) override { return S_OK; }
+
+  protected:
+    ~MissingClassObject() = default;
+};
+
+}  // namespace
+
+NoApplication::NoApplication() : class_object_(ComObject<MissingClassObject>::Create().Get()) {
+    EXPECT_EQ(S_OK, ::CoRegisterClassObject(kHostApplicationLocatorClass, class_object_.Get(), CLSCTX_INPROC_SERVER,
+                                            REGCLS_MULTIPLEUSE, &registration_));
+}
+
+NoApplication::~NoApplication() { EXPECT_EQ(S_OK, ::CoRevokeClassObject(registration_)); }
+
+}  // namespace paylodge::test
