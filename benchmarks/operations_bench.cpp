@@ -301,9 +301,9 @@ void WriteJson(const char* file_name, const std::vector<Row>& rows) {
     std::ofstream file(file_name);
     file << "[\n";
     for (const Row& row : rows) {
-        file << R"(  {"operation": ")" << row.operation << R"(", "records": )" << row.records
-             << R"(, "milliseconds": )" << row.milliseconds << R"(, "floor_milliseconds": )" << row.floor_milliseconds
-             << R"(, "ratio": )" << row.Ratio() << "}" << (&row == &rows.back() ? "\n" : ",\n");
+        file << R"(  {"operation": ")" << row.operation << R"(", "records": )" << row.records << R"(, "milliseconds": )"
+             << row.milliseconds << R"(, "floor_milliseconds": )" << row.floor_milliseconds << R"(, "ratio": )"
+             << row.Ratio() << "}" << (&row == &rows.back() ? "\n" : ",\n");
     }
     file << "]\n";
 }

@@ -15,14 +15,15 @@ namespace paylodge {
 void FormatAmount(double number, std::string& text, int decimals);
 
 // The decimal number that a text begins with, after blanks; 0 when it begins with none, infinite when the number is too
-// large. Unlike the C library's, it knows no hexadecimal numbers and no words, and the host's locale does not change it.
+// large. Unlike the C library's, it knows no hexadecimal numbers and no words, and the host's locale does not change
+// it.
 template <class Number>
 [[nodiscard]] Number LeadingDecimal(std::string_view text) noexcept;
 extern template double LeadingDecimal<double>(std::string_view text) noexcept;
 extern template float LeadingDecimal<float>(std::string_view text) noexcept;
 
-// The amount of a request: the decimal number that the text begins with (0 without one) with two decimals. Nothing for a
-// text of 30 characters or more.
+// The amount of a request: the decimal number that the text begins with (0 without one) with two decimals. Nothing for
+// a text of 30 characters or more.
 [[nodiscard]] std::optional<std::string> AmountWithTwoDecimals(const std::string& text);
 
 }  // namespace paylodge

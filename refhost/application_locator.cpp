@@ -40,8 +40,8 @@ class CApplication : public IHostApplication, public IHostFolders {
     // E_INVALIDARG for any other kind than kLogFolderKind; E_FAIL with a description without a company file.
     STDMETHODIMP GetFolder(LONG kind, BSTR* path) override {
         return ServeResult(
-            kGetFolderCall, path,
-            [&] { return kind == kLogFolderKind ? Return(LogFolder(), path) : E_INVALIDARG; }, kind);
+            kGetFolderCall, path, [&] { return kind == kLogFolderKind ? Return(LogFolder(), path) : E_INVALIDARG; },
+            kind);
     }
 
   protected:

@@ -133,15 +133,13 @@ HRESULT CDataFileRecord::Unlock() {
 }
 
 HRESULT CDataFileRecord::Save() {
-    return Serve(kSaveCall, [&] {
-        return ChangeBooks([this](DataFileRecordTable& records) { records.Put(key_, content_); });
-    });
+    return Serve(kSaveCall,
+                 [&] { return ChangeBooks([this](DataFileRecordTable& records) { records.Put(key_, content_); }); });
 }
 
 HRESULT CDataFileRecord::Delete() {
-    return Serve(kDeleteCall, [&] {
-        return ChangeBooks([this](DataFileRecordTable& records) { records.Remove(key_); });
-    });
+    return Serve(kDeleteCall,
+                 [&] { return ChangeBooks([this](DataFileRecordTable& records) { records.Remove(key_); }); });
 }
 
 HRESULT CDataFileRecord::GetPropertyBag(IHostPropertyBag** bag) {

@@ -9,13 +9,32 @@
 namespace paylodge::refhost {
 namespace {
 
-constexpr std::array kCalls{
-    kCreateObjectCall, kOpenConnectionCall, kCloseConnectionCall, kBeginSessionCall,  kEndSessionCall,
-    kProcessRequestCall, kGetApplicationCall, kGetGoodiesCall,    kGetFolderCall,     kAttachCall,
-    kGetRecordsCall,   kItemCall,           kExistsCall,          kAddCall,           kPutVersionCall,
-    kLockCall,         kUnlockCall,         kSaveCall,            kDeleteCall,        kGetBagCall,
-    kReadCall,         kWriteCall,          kCreateNewFileStep,   kWriteFileStep,     kFlushFileStep,
-    kReplaceFileStep};
+constexpr std::array kCalls{kCreateObjectCall,
+                            kOpenConnectionCall,
+                            kCloseConnectionCall,
+                            kBeginSessionCall,
+                            kEndSessionCall,
+                            kProcessRequestCall,
+                            kGetApplicationCall,
+                            kGetGoodiesCall,
+                            kGetFolderCall,
+                            kAttachCall,
+                            kGetRecordsCall,
+                            kItemCall,
+                            kExistsCall,
+                            kAddCall,
+                            kPutVersionCall,
+                            kLockCall,
+                            kUnlockCall,
+                            kSaveCall,
+                            kDeleteCall,
+                            kGetBagCall,
+                            kReadCall,
+                            kWriteCall,
+                            kCreateNewFileStep,
+                            kWriteFileStep,
+                            kFlushFileStep,
+                            kReplaceFileStep};
 
 }  // namespace
 

@@ -40,8 +40,8 @@ void Host::Destroy() noexcept { delete std::exchange(g_host, nullptr); }
 void OpenCompany::Save() const {
     file_->Save([this](std::wstring_view step) {
         if (Host::Get().Plan().TakeFailure(step)) {
-            throw HostError("The company file " + Quoted(Utf8FromWide(file_->Path())) +
-                            " cannot be saved: the step " + Utf8FromWide(step) + " was planned to fail.");
+            throw HostError("The company file " + Quoted(Utf8FromWide(file_->Path())) + " cannot be saved: the step " +
+                            Utf8FromWide(step) + " was planned to fail.");
         }
     });
 }

@@ -40,7 +40,8 @@ struct Page {
     return page;
 }
 
-// One part of a URL, as urlmon reads it; nothing when it cannot or the part and its terminating null are longer than `capacity`.
+// One part of a URL, as urlmon reads it; nothing when it cannot or the part and its terminating null are longer than
+// `capacity`.
 template <size_t capacity>
 [[nodiscard]] std::optional<std::wstring> ParseUrl(const wchar_t* url, PARSEACTION action, DWORD flags = 0) {
     std::array<wchar_t, capacity> buffer{};

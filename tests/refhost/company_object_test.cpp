@@ -310,8 +310,7 @@ TEST_F(DataFileRecords, AnswerAPointerErrorWithoutAPlaceForTheResult) {
 TEST_F(DataFileRecords, FailWholeWhenTheFileCannotBeSaved) {
     Store(1, L"old");
     const std::string before = sample_.Bytes();
-    for (const std::wstring_view step :
-         {kCreateNewFileStep, kWriteFileStep, kFlushFileStep, kReplaceFileStep}) {
+    for (const std::wstring_view step : {kCreateNewFileStep, kWriteFileStep, kFlushFileStep, kReplaceFileStep}) {
         const auto record = Item(1);
         ASSERT_TRUE(Lock(record));
         ASSERT_EQ(Write(record, L"Text", L"new"), S_OK);
@@ -371,9 +370,9 @@ TEST_F(DataFileRecords, FailInEachCallAsPlanned) {
     ASSERT_TRUE(Lock(record));
     Fail(L"ApplicationLocator.GetRunningApplication");
     ComPtr<IUnknown> running;
-    EXPECT_EQ(host_.Create<IHostApplicationLocator>(kHostApplicationLocatorClass)
-                  ->GetRunningApplication(running.Receive()),
-              kPlanned);
+    EXPECT_EQ(
+        host_.Create<IHostApplicationLocator>(kHostApplicationLocatorClass)->GetRunningApplication(running.Receive()),
+        kPlanned);
     Fail(L"Application.GetAddInGoodies");
     ComPtr<IHostAddInGoodies> goodies;
     EXPECT_EQ(Application<IHostApplication>()->GetAddInGoodies(goodies.Receive()), kPlanned);

@@ -25,8 +25,8 @@ using paylodge::MakeBstr;
     ComPtr<IPaylodge8> object;
     ComPtr<IClassFactory> factory;
     const HMODULE module = ::LoadLibraryW(paylodge::refhost::PathBesideProgram(L"../Paylodge.dll").c_str());
-    auto* const get_class_object = reinterpret_cast<LPFNGETCLASSOBJECT>(
-        reinterpret_cast<void*>(::GetProcAddress(module, "DllGetClassObject")));
+    auto* const get_class_object =
+        reinterpret_cast<LPFNGETCLASSOBJECT>(reinterpret_cast<void*>(::GetProcAddress(module, "DllGetClassObject")));
     if (get_class_object != nullptr &&
         SUCCEEDED(get_class_object(CLSID_Paylodge, IID_IClassFactory, factory.ReceiveVoid()))) {
         static_cast<void>(factory->CreateInstance(nullptr, IID_IPaylodge8, object.ReceiveVoid()));

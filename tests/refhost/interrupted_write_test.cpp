@@ -8,8 +8,8 @@
 #include <optional>
 #include <vector>
 
-#include "refhost/data_file_records.hpp"
 #include "refhost/company_file.hpp"
+#include "refhost/data_file_records.hpp"
 #include "refhost/fault_plan.hpp"
 #include "tests/refhost/host_server.hpp"
 

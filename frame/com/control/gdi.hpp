@@ -20,9 +20,9 @@ using Region = Owner<RegionTraits>;
     return type == OBJ_METADC || type == OBJ_ENHMETADC;
 }
 
-// While it lives, drawing on dc is clipped to the rectangle, which is in logical units; afterwards the context has no clip region. Where the
-// region cannot be created, nothing is clipped and nothing is removed. Nor is it in a metafile of the old kind: that is
-// played at any size, and a region recorded in it would keep its own.
+// While it lives, drawing on dc is clipped to the rectangle, which is in logical units; afterwards the context has no
+// clip region. Where the region cannot be created, nothing is clipped and nothing is removed. Nor is it in a metafile
+// of the old kind: that is played at any size, and a region recorded in it would keep its own.
 class ClipToRectangle {
   public:
     ClipToRectangle(HDC dc, const RECTL& rectangle) noexcept : dc_(dc) {

@@ -33,8 +33,9 @@ TEST(GuardedCall, FailsWhenTheFunctionCallsWhatIsNotThere) {
 
 TEST(GuardedCall, FailsOnEveryOtherStructuredException) {
     const DWORD another_compilers_cpp_exception = 0xE06D7363;
-    for (const DWORD code : {static_cast<DWORD>(EXCEPTION_INT_DIVIDE_BY_ZERO), static_cast<DWORD>(EXCEPTION_IN_PAGE_ERROR),
-                             another_compilers_cpp_exception, DWORD{0xE0000001}}) {
+    for (const DWORD code :
+         {static_cast<DWORD>(EXCEPTION_INT_DIVIDE_BY_ZERO), static_cast<DWORD>(EXCEPTION_IN_PAGE_ERROR),
+          another_compilers_cpp_exception, DWORD{0xE0000001}}) {
         EXPECT_FALSE(Guarded([code] { Raise(code); })) << std::hex << code;
     }
 }

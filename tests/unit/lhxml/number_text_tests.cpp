@@ -113,18 +113,16 @@ class RequestAmountTable : public testing::TestWithParam<RequestAmount> {};
 
 TEST_P(RequestAmountTable, HasTwoDecimals) { EXPECT_EQ(GetParam().amount, AmountWithTwoDecimals(GetParam().text)); }
 
-INSTANTIATE_TEST_SUITE_P(Short, RequestAmountTable,
-                         testing::Values(RequestAmount{"12.5", "12.50"}, RequestAmount{"12", "12.00"},
-                                         RequestAmount{"-1.239", "-1.24"}, RequestAmount{" 7 ", "7.00"},
-                                         RequestAmount{"12.5abc", "12.50"}, RequestAmount{"1,234.50", "1.00"},
-                                         RequestAmount{"", "0.00"}, RequestAmount{"abc", "0.00"},
-                                         RequestAmount{"$5", "0.00"}, RequestAmount{"12\0005"s, "12.00"},
-                                         RequestAmount{"1e3", "1000.00"}, RequestAmount{"+2.5", "2.50"},
-                                         RequestAmount{"\t\n\v\f\r 3", "3.00"}, RequestAmount{".5", "0.50"},
-                                         RequestAmount{"5.", "5.00"}, RequestAmount{"1e", "1.00"},
-                                         RequestAmount{"-0.001", "-0.00"}, RequestAmount{"+-2", "0.00"},
-                                         RequestAmount{"-", "0.00"}, RequestAmount{".", "0.00"},
-                                         RequestAmount{"0.125", "0.12"}, RequestAmount{"0.375", "0.38"}));
+INSTANTIATE_TEST_SUITE_P(
+    Short, RequestAmountTable,
+    testing::Values(RequestAmount{"12.5", "12.50"}, RequestAmount{"12", "12.00"}, RequestAmount{"-1.239", "-1.24"},
+                    RequestAmount{" 7 ", "7.00"}, RequestAmount{"12.5abc", "12.50"}, RequestAmount{"1,234.50", "1.00"},
+                    RequestAmount{"", "0.00"}, RequestAmount{"abc", "0.00"}, RequestAmount{"$5", "0.00"},
+                    RequestAmount{"12\0005"s, "12.00"}, RequestAmount{"1e3", "1000.00"}, RequestAmount{"+2.5", "2.50"},
+                    RequestAmount{"\t\n\v\f\r 3", "3.00"}, RequestAmount{".5", "0.50"}, RequestAmount{"5.", "5.00"},
+                    RequestAmount{"1e", "1.00"}, RequestAmount{"-0.001", "-0.00"}, RequestAmount{"+-2", "0.00"},
+                    RequestAmount{"-", "0.00"}, RequestAmount{".", "0.00"}, RequestAmount{"0.125", "0.12"},
+                    RequestAmount{"0.375", "0.38"}));
 
 INSTANTIATE_TEST_SUITE_P(NeitherHexadecimalNorWords, RequestAmountTable,
                          testing::Values(RequestAmount{"0x10", "0.00"}, RequestAmount{"inf", "0.00"},

@@ -53,8 +53,7 @@ const Operation kOperations[] = {
      }},
     {"GetBalanceForAccountType", L"AccountQueryRs", kAccount,
      [](CPaylodge& object, BSTR argument, BSTR* result) { return object.GetBalanceForAccountType(argument, result); }},
-    {"GetItems", L"ItemQueryRs", kNamed,
-     [](CPaylodge& object, BSTR, BSTR* result) { return object.GetItems(result); }},
+    {"GetItems", L"ItemQueryRs", kNamed, [](CPaylodge& object, BSTR, BSTR* result) { return object.GetItems(result); }},
     {"GetPaymentMethods", L"PaymentMethodQueryRs", kNamed,
      [](CPaylodge& object, BSTR, BSTR* result) { return object.GetPaymentMethods(result); }},
     {"GetCustomerIDForName", L"CustomerQueryRs", kNamed,
@@ -67,10 +66,14 @@ const Operation kOperations[] = {
      [](CPaylodge& object, BSTR argument, BSTR* result) { return object.ProcessLHRequest(argument, result); }},
     {"SavePaymentTxn", L"AccountQueryRs", kAccount,
      [](CPaylodge& object, BSTR argument, BSTR* result) { return object.SavePaymentTxn(argument, result); }},
-    {"CreateTxnsWithSummary", {}, kSale,
+    {"CreateTxnsWithSummary",
+     {},
+     kSale,
      [](CPaylodge& object, BSTR argument, BSTR* result) { return object.CreateTxns(argument, VARIANT_FALSE, result); },
      kSaleRequest},
-    {"CreateTxnsWithFullResponse", {}, kSale,
+    {"CreateTxnsWithFullResponse",
+     {},
+     kSale,
      [](CPaylodge& object, BSTR argument, BSTR* result) { return object.CreateTxns(argument, VARIANT_TRUE, result); },
      kSaleRequest},
 };
@@ -84,8 +87,8 @@ INSTANTIATE_TEST_SUITE_P(, MemoryOf, ::testing::ValuesIn(kOperations), [](const 
 [[nodiscard]] std::wstring MakeResponse(const Operation& operation) {
     const std::wstring element(operation.response_element);
     const std::wstring records = Repeat(operation.record);
-    return ResponseDocument(element.empty() ? records
-                                            : L"<" + element + LR"( statusCode="0">)" + records + L"</" + element + L">");
+    return ResponseDocument(
+        element.empty() ? records : L"<" + element + LR"( statusCode="0">)" + records + L"</" + element + L">");
 }
 
 TEST_P(MemoryOf, IsAtMostThreeCopiesOfTheResponseText) {

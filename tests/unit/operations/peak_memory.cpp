@@ -101,8 +101,8 @@ BSTR WINAPI AllocateByByteLength(LPCSTR bytes, UINT length) {
 void WINAPI FreeString(BSTR text) {
     static auto* const free_string = FindInAutomation<decltype(FreeString)>("SysFreeString");
     const auto end = g_counter.strings.begin() + static_cast<std::ptrdiff_t>(g_counter.string_count);
-    const auto found = std::find_if(g_counter.strings.begin(), end,
-                                    [text](const StringBlock& block) { return block.text == text; });
+    const auto found =
+        std::find_if(g_counter.strings.begin(), end, [text](const StringBlock& block) { return block.text == text; });
     if (text != nullptr && found != end) {
         g_counter.held -= found->size;
         *found = g_counter.strings[--g_counter.string_count];
