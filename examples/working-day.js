@@ -7,6 +7,7 @@
 var lh = new ActiveXObject("Paylodge.Paylodge");
 var holdingAccount = "Credit Card Holding Account";
 var customer = "Eastgate Library";
+var merchantAccount = "5247710000123456";
 
 function say(text) {
     WScript.Echo(text);
@@ -47,6 +48,10 @@ say("Morning: " + bankAccounts.length + " bank accounts, " + items.length + " it
 say("  " + bank + " holds " + balanceOf("Bank", bank) + ".");
 say("  " + item + (lh.IsTaxableItem(item) ? " is" : " is not") + " taxable.");
 
+// What the terminal did since the transactions were last downloaded; "0" stands for everything.
+var since = lh.GetLastTxnDownloadTime(merchantAccount);
+say("  Terminal transactions since " + since + ".");
+
 // Sales and a refund as one batch. The refund's customer and items are created on the way.
 var batch = lh.CreateTxns(
     '<SalesReceiptAddRq requestID="sale-1"><SalesReceiptAdd><RefNumber>D-1</RefNumber>' +
@@ -85,6 +90,9 @@ if (amount) {
 
 // What the terminal settled moves on to the bank.
 lh.TransferFunds(holdingAccount, bank, "125.5", "Settlement");
+
+// The next day begins where this one ends.
+lh.SetLastTxnDownloadTime(merchantAccount, "2026-01-15T18:00:00");
 
 // Evening totals.
 say("Evening: " + bank + " holds " + balanceOf("Bank", bank) + "; " + holdingAccount + " holds " +

@@ -29,6 +29,7 @@ test("the working day says what came of each step", function () {
         "Morning: 4 bank accounts, 22 items.",
         "  Riverside Checking holds 28412.55.",
         "  Lavender, 2 litre is taxable.",
+        "  Terminal transactions since 0.",
         "Batch: totals 80.00, 45.50, 20.00.",
         "Deposit: 125.50 to Credit Card Holding Account.",
         "Check: 159.90 of Eastgate Library pays invoice 1008.",
@@ -57,5 +58,6 @@ test("the company file itself has what the host answers", function () {
     var text = readFile(companyFile());
     contains(text, "<DepositTotal>125.50</DepositTotal>");
     contains(text, "<Memo>Settlement</Memo>");
+    contains(text, "<Value>5247710000123456</Value>");
     contains(text, "<FullName>Credit Card Holding Account</FullName>");
 });
