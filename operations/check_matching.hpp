@@ -20,7 +20,7 @@ class CheckMatcher {
     // The amount has to be at least one cent for anything to match.
     explicit CheckMatcher(const std::string& check_amount) noexcept;
 
-    // Whether showing another invoice can still change the result.
+    // Whether showing another invoice can no longer change the result.
     [[nodiscard]] bool IsDecided() const noexcept;
 
     // An invoice by its reference number, which may be empty, and its remaining balance.

@@ -19,6 +19,10 @@ using ::testing::ValuesIn;
 
 const auto kNameOfMember = [](const auto& row) { return NameOf(row.param); };
 
+[[nodiscard]] HRESULT OnARefusedPage(const Member& member) {
+    return member.name == std::string_view("ProcessLHRequest") ? E_FAIL : S_OK;
+}
+
 class Slot : public ComponentMember {
   protected:
     void ExpectFreshAnswer() {
@@ -52,8 +56,7 @@ TEST_P(Slot, DoesNothingOnARefusedPage) {
         SiteStandIn site(PageAt(kRefusedPage));
         const OnSite on_site(paylodge.Get(), site);
         const Outcome outcome = CallSlot(*paylodge.Get(), GetParam());
-        const bool tells = GetParam().name == std::string_view("ProcessLHRequest");
-        EXPECT_EQ(tells ? E_FAIL : S_OK, outcome.result);
+        EXPECT_EQ(OnARefusedPage(GetParam()), outcome.result);
         for (const char* value : {"\"", "null", "0", "-1"}) {
             EXPECT_THAT(outcome.results, Not(HasSubstr(value)));
         }
@@ -75,6 +78,13 @@ INSTANTIATE_TEST_SUITE_P(Members, SlotWithResult, ValuesIn(MembersThat(HasResult
 
 TEST_P(SlotWithResult, RefusesAMissingPlaceForIt) {
     EXPECT_EQ(E_POINTER, CallSlotWithoutResult(*paylodge.Get(), GetParam()));
+    EXPECT_THAT(host.calls, IsEmpty());
+}
+
+TEST_P(SlotWithResult, DoesNotMissItOnARefusedPage) {
+    SiteStandIn site(PageAt(kRefusedPage));
+    const OnSite on_site(paylodge.Get(), site);
+    EXPECT_EQ(OnARefusedPage(GetParam()), CallSlotWithoutResult(*paylodge.Get(), GetParam()));
     EXPECT_THAT(host.calls, IsEmpty());
 }
 
@@ -120,9 +130,9 @@ TEST_P(Invoked, OnARefusedPageGivesAnEmptyResult) {
     SiteStandIn site(PageAt(kRefusedPage));
     const OnSite on_site(paylodge.Get(), site);
     const Outcome outcome = CallInvoke(*paylodge.Get(), GetParam());
-    const bool tells = GetParam().name == std::string_view("ProcessLHRequest");
-    EXPECT_EQ(tells ? DISP_E_EXCEPTION : S_OK, outcome.result);
-    EXPECT_EQ(tells ? E_FAIL : S_OK, outcome.exception);
+    const HRESULT code = OnARefusedPage(GetParam());
+    EXPECT_EQ(FAILED(code) ? DISP_E_EXCEPTION : S_OK, outcome.result);
+    EXPECT_EQ(code, outcome.exception);
     EXPECT_EQ(EmptyResults(GetParam()), outcome.results);
     EXPECT_THAT(host.calls, IsEmpty());
 }

@@ -47,6 +47,10 @@ test("a refused transfer raises an error", function () {
     throwsHResult(0x80004005, function () { lh.TransferFunds("Nowhere", "Petty Cash", "1", ""); });
 });
 
+test("a plain property that was never put is empty", function () {
+    equal(lh.TransactionID, "");
+});
+
 test("a plain property is shared by all objects", function () {
     var plain = ["ScanTxnListForDeposit", "ScanUnrecordedCheckNumListForDeposit", "ScanUnrecordedAmountListForDeposit",
         "LockOrUpdateTxnsOffsets", "LockOrUpdateTxnsIDs", "LHExportableNameID", "TransactionID",
@@ -57,6 +61,13 @@ test("a plain property is shared by all objects", function () {
         lh[plain[i]] = "value " + i;
         equal(other[plain[i]], "value " + i);
     }
+});
+
+test("a number is made a boolean on its way from the page", function () {
+    lh.IsReconPaymentDataReady = 1;
+    equal(lh.IsReconPaymentDataReady, true);
+    lh.IsReconPaymentDataReady = 0;
+    equal(lh.IsReconPaymentDataReady, false);
 });
 
 test("a mailbox takes one value until it is emptied", function () {
@@ -82,4 +93,21 @@ test("reconciliation payments are handed over", function () {
     equal(lh.GetReconPaymentData(), "data");
     lh.IsReconPaymentDataReady = false;
     equal(lh.GetReconPaymentData(), "");
+});
+
+test("the start date of reconciliation payments is read, whatever stands for the other result", function () {
+    lh.SetReconPaymentDataAndParams("data", "2026-11-01", true);
+    var isDefault = false;
+    equal(lh.GetReconPaymentParams(isDefault), "2026-11-01");
+    equal(isDefault, false);
+    lh.IsReconPaymentDataReady = false;
+    equal(lh.GetReconPaymentParams(isDefault), "");
+});
+
+test("the parameters of reconciliation payments need a value for the other result", function () {
+    throwsHResult(0x8002000E, function () { lh.GetReconPaymentParams(); });
+});
+
+test("a character outside the code page becomes the closest in it, or a question mark", function () {
+    contains(lh.ProcessLHRequest("<CustomerQueryRq requestID=\"\u0100 \u4e2d\"/>"), " requestID=\"A ?\"");
 });

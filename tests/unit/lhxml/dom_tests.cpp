@@ -1,5 +1,6 @@
 #include "lhxml/dom.hpp"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <array>
@@ -7,14 +8,15 @@
 #include <string_view>
 #include <vector>
 
-#include "frame/com/object_root.hpp"
 #include "lhxml/envelope.hpp"
+#include "tests/support/document_watch.hpp"
 #include "tests/unit/lhxml/document_test.hpp"
 #include "tests/unit/lhxml/node_stand_in.hpp"
 
 namespace paylodge::test {
 namespace {
 
+using ::testing::ElementsAre;
 using namespace std::string_literals;
 using namespace std::string_view_literals;
 
@@ -78,61 +80,6 @@ void PrintTo(const Reading& reading, std::ostream* out) {
 
 class Dom : public DocumentTest {};
 
-// Documents that the host's library makes, kept in sight: hands out what the platform's own class object makes.
-class DocumentWatch {
-  public:
-    DocumentWatch() {
-        ComPtr<IClassFactory> original;
-        EXPECT_EQ(S_OK, ::CoGetClassObject(kDomDocument60, CLSCTX_INPROC_SERVER, nullptr, IID_IClassFactory,
-                                           original.ReceiveVoid()));
-        class_object_ = ComPtr<IClassFactory>(ComObject<ClassObject>::Create(*this, original).Get());
-        EXPECT_EQ(S_OK, ::CoRegisterClassObject(kDomDocument60, class_object_.Get(), CLSCTX_INPROC_SERVER,
-                                                REGCLS_MULTIPLEUSE, &registration_));
-    }
-    ~DocumentWatch() { EXPECT_EQ(S_OK, ::CoRevokeClassObject(registration_)); }
-    DocumentWatch(const DocumentWatch&) = delete;
-    DocumentWatch& operator=(const DocumentWatch&) = delete;
-
-    // References on the only document, apart from the one that keeps it in sight.
-    [[nodiscard]] ULONG References() const {
-        EXPECT_EQ(1U, documents_.size());
-        documents_.at(0)->AddRef();
-        return documents_.at(0)->Release() - 1;
-    }
-
-  private:
-    // {88D96A05-F192-11D4-A65F-0040963251E5}
-    static constexpr CLSID kDomDocument60 = {
-        0x88D96A05, 0xF192, 0x11D4, {0xA6, 0x5F, 0x00, 0x40, 0x96, 0x32, 0x51, 0xE5}};
-
-    class ClassObject : public IClassFactory {
-      public:
-        using Interfaces = InterfaceTable<Entry<IClassFactory>>;
-
-        ClassObject(DocumentWatch& watch, ComPtr<IClassFactory> original) : watch_(watch), original_(original) {}
-
-        STDMETHODIMP CreateInstance(IUnknown* outer, REFIID id, void** object) override {
-            const HRESULT result = original_->CreateInstance(outer, id, object);
-            if (SUCCEEDED(result)) {
-                watch_.documents_.emplace_back(static_cast<IUnknown*>(*object));
-            }
-            return result;
-        }
-        STDMETHODIMP LockServer(BOOL) override { return S_OK; }
-
-      protected:
-        ~ClassObject() = default;
-
-      private:
-        DocumentWatch& watch_;
-        ComPtr<IClassFactory> original_;
-    };
-
-    std::vector<ComPtr<IUnknown>> documents_;
-    ComPtr<IClassFactory> class_object_;
-    DWORD registration_ = 0;
-};
-
 TEST_F(Dom, LoadedDocumentLeavesTheErrorAlone) {
     std::string error(kSentinel);
     EXPECT_TRUE(LoadXmlDocument("<A/>", error));
@@ -144,9 +91,9 @@ TEST_F(Dom, LoadedDocumentBelongsToTheCaller) {
     std::string error;
     {
         const auto document = LoadXmlDocument("<A/>", error);
-        EXPECT_EQ(1U, watch.References());
+        EXPECT_THAT(watch.References(), ElementsAre(1U));
     }
-    EXPECT_EQ(0U, watch.References());
+    EXPECT_THAT(watch.References(), ElementsAre(0U));
 }
 
 TEST_F(Dom, LoadsBothFormsOfTheEnvelope) {
@@ -178,7 +125,7 @@ TEST_F(Dom, ReleasesTheDocumentThatDoesNotLoad) {
     const DocumentWatch watch;
     std::string error;
     EXPECT_FALSE(LoadXmlDocument("<A>", error));
-    EXPECT_EQ(0U, watch.References());
+    EXPECT_THAT(watch.References(), ElementsAre(0U));
 }
 
 TEST_F(Dom, SaysThatTheDocumentCannotBeCreated) {

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "tests/support/site_stand_in.hpp"
 #include "tests/unit/operations/operation_test.hpp"
 
 namespace paylodge::test {
@@ -89,10 +90,12 @@ TEST_F(GetCustomerIDForName, IsEmptyWhenNoNameIsEqual) {
     }
 }
 
-TEST_F(GetCustomerIDForName, ComparesTheUpperHalfOfTheCodePage) {
-    for (const auto& [name, id] : {Found{L"m\u00dcller", L"7"}, Found{L"Muller", L""}, Found{L"M\u00e9ller", L""}}) {
+// The C library folds the letters of its locale, and that of the start has no others than A to Z.
+TEST_F(GetCustomerIDForName, FoldsNoLettersAboveAscii) {
+    for (const auto& [name, id] : {Found{L"M\u00dcLLER", L"7"}, Found{L"m\u00dcller", L"7"}, Found{L"m\u00fcller", L""},
+                                   Found{L"Muller", L""}}) {
         Respond(L"<CustomerQueryRs><C><Name>M\u00dcLLER</Name><ListID>7</ListID></C></CustomerQueryRs>");
-        EXPECT_EQ((Result{S_OK, id}), Find(name));
+        EXPECT_EQ((Result{S_OK, id}), Find(name)) << name;
     }
 }
 
@@ -125,6 +128,21 @@ TEST_F(GetCustomerIDForName, MatchesAnEmptyNameWithAnEmptyElement) {
     EXPECT_EQ((Result{S_OK, L"2"}), Find(L" "));
 }
 
+// The customer asked for comes in the second list alone.
+TEST_F(GetCustomerIDForName, LooksIntoTheFirstListOnly) {
+    for (const wchar_t* first : {L"<CustomerQueryRs/>", L"<CustomerQueryRs><C><Name>x</Name></C></CustomerQueryRs>"}) {
+        Respond(first + std::wstring(kSmiths));
+        EXPECT_EQ((Result{S_OK, L""}), Find(L"Smith")) << first;
+    }
+}
+
+TEST_F(GetCustomerIDForName, DoesNotLookAtTheStatus) {
+    Respond(
+        L"<CustomerQueryRs statusCode=\"500\" statusSeverity=\"Error\"><C><Name>Smith</Name><ListID>5</ListID></C>"
+        L"</CustomerQueryRs>");
+    EXPECT_EQ((Result{S_OK, L"5"}), Find(L"Smith"));
+}
+
 TEST_F(GetCustomerNameForID, AsksForTheIDAsGiven) {
     EXPECT_EQ((Result{S_OK, L""}), Find(L" 8<1 "));
     EXPECT_EQ(RequestDocument(R"(
@@ -146,7 +164,8 @@ TEST_F(GetCustomerNameForID, SendsAnEmptyIDToo) {
 
 TEST_F(GetCustomerNameForID, GivesTheNameOfTheFirstRecord) {
     Respond(
-        L"<CustomerQueryRs statusCode=\"1\"><C><FullName>A:B</FullName><Name>B\u00e9 &amp; \u4e2d</Name></C>"
+        L"<CustomerQueryRs statusCode=\"500\" statusSeverity=\"Error\">"
+        L"<C><FullName>A:B</FullName><Name>B\u00e9 &amp; \u4e2d</Name></C>"
         L"<C><Name>D</Name></C></CustomerQueryRs>");
     EXPECT_EQ((Result{S_OK, L"B\u00e9 & ?"}), Find(L"1"));
 }
@@ -159,7 +178,8 @@ TEST_F(GetCustomerNameForID, LooksIntoTheFirstNodeOnlyWhateverItIs) {
 TEST_F(GetCustomerNameForID, IsEmptyWhenTheFirstRecordHasNoName) {
     for (const wchar_t* response :
          {L"", L"<CustomerQueryRs/>", L"<CustomerQueryRs><C/><C><Name>n</Name></C></CustomerQueryRs>",
-          L"<CustomerQueryRs><C><Name/></C></CustomerQueryRs>", L"<C><Name>n</Name></C>"}) {
+          L"<CustomerQueryRs><C><Name/></C></CustomerQueryRs>", L"<C><Name>n</Name></C>",
+          L"<CustomerQueryRs/><CustomerQueryRs><C><Name>n</Name></C></CustomerQueryRs>"}) {
         Respond(response);
         EXPECT_EQ((Result{S_OK, L""}), Find(L"1"));
     }
@@ -194,6 +214,12 @@ TEST_F(GetInvoiceInfoForCustomerID, RefusesEmptyArgumentsWithoutARequest) {
     EXPECT_THAT(host_.calls, ::testing::IsEmpty());
 }
 
+TEST_F(GetInvoiceInfoForCustomerID, LooksAtThePageBeforeItsArguments) {
+    SiteStandIn site(PageAt(kRefusedPage));
+    const OnSite on_site(static_cast<IObjectWithSite*>(&object_), site);
+    EXPECT_EQ(Result{S_OK}, Ask(object_, &CPaylodge::GetInvoiceInfoForCustomerID, L"", L""));
+}
+
 TEST_F(GetInvoiceInfoForCustomerID, AsksAlsoForAnAmountThatMatchesNothing) {
     for (const wchar_t* amount : {L"0", L"0.004", L"abc", L" ", L"-40"}) {
         Respond(
@@ -215,6 +241,23 @@ TEST_F(GetInvoiceInfoForCustomerID, GivesOneInvoiceOrAllOrNone) {
         Respond(kFortyAndSixty);
         EXPECT_EQ((Result{S_OK, result}), Find(amount)) << amount;
     }
+}
+
+TEST_F(GetInvoiceInfoForCustomerID, LooksIntoTheFirstListOnly) {
+    Respond(std::wstring(L"<InvoiceQueryRs/>") + kFortyAndSixty);
+    EXPECT_EQ((Result{S_OK, L""}), Find(L"60"));
+    // Were the lists taken together, no invoice alone and not all of them would come to this amount.
+    Respond(
+        std::wstring(kFortyAndSixty) +
+        L"<InvoiceQueryRs><I><BalanceRemaining>5</BalanceRemaining><RefNumber>1003</RefNumber></I></InvoiceQueryRs>");
+    EXPECT_EQ((Result{S_OK, L"1001, 1002"}), Find(L"100"));
+}
+
+TEST_F(GetInvoiceInfoForCustomerID, DoesNotLookAtTheStatus) {
+    Respond(
+        L"<InvoiceQueryRs statusCode=\"500\" statusSeverity=\"Error\">"
+        L"<I><BalanceRemaining>5</BalanceRemaining><RefNumber>1</RefNumber></I></InvoiceQueryRs>");
+    EXPECT_EQ((Result{S_OK, L"1"}), Find(L"5"));
 }
 
 TEST_F(GetInvoiceInfoForCustomerID, SkipsWhatHasNoBalance) {

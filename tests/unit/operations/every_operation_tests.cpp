@@ -3,8 +3,11 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
+#include <vector>
 
 #include "tests/support/bstr_allocations.hpp"
+#include "tests/support/document_watch.hpp"
 #include "tests/support/site_stand_in.hpp"
 #include "tests/unit/operations/live_allocations.hpp"
 #include "tests/unit/operations/operation_test.hpp"
@@ -32,8 +35,11 @@ struct Operation {
     Result (*call)(CPaylodge& object);
     // The code for a send that fails, when it is not the processor's own.
     std::optional<HRESULT> send_failure = std::nullopt;
-    // What a success code without a response gives.
+    // What S_OK without a response gives.
     Result without_response = {S_OK, L""};
+    // Whether another success code that comes without a response is handed on.
+    bool hands_success_on = true;
+    bool reads_documents = true;
 };
 
 std::ostream& operator<<(std::ostream& stream, const Operation& operation) { return stream << operation.name; }
@@ -48,24 +54,38 @@ const Operation kOperations[] = {
      1,
      [](CPaylodge& object) { return Do(object, &CPaylodge::CreateAccount, L"n", L"t", L"1"); },
      E_FAIL,
-     {E_FAIL}},
+     {E_FAIL},
+     false},
     {"ActivateOrDeactivateAccount",
      2,
      [](CPaylodge& object) { return Do(object, &CPaylodge::ActivateOrDeactivateAccount, L"n", VARIANT_TRUE); },
      std::nullopt,
-     {E_FAIL}},
-    {"CreateTxnsWithFullResponse", 1,
-     [](CPaylodge& object) { return Ask(object, &CPaylodge::CreateTxns, L"<CheckAddRq/>", VARIANT_TRUE); }},
-    {"CreateTxnsWithSummary", 1,
-     [](CPaylodge& object) { return Ask(object, &CPaylodge::CreateTxns, L"<CheckAddRq/>", VARIANT_FALSE); }},
-    {"CreateTxnsWithPreparations", 5,
+     {E_FAIL},
+     false},
+    {"CreateTxnsWithFullResponse",
+     1,
+     [](CPaylodge& object) { return Ask(object, &CPaylodge::CreateTxns, L"<CheckAddRq/>", VARIANT_TRUE); },
+     std::nullopt,
+     {S_OK, L""},
+     false},
+    {"CreateTxnsWithSummary",
+     1,
+     [](CPaylodge& object) { return Ask(object, &CPaylodge::CreateTxns, L"<CheckAddRq/>", VARIANT_FALSE); },
+     std::nullopt,
+     {S_OK, L""},
+     false},
+    {"CreateTxnsWithPreparations",
+     5,
      [](CPaylodge& object) {
          return Ask(object, &CPaylodge::CreateTxns,
                     L"<CreditMemoAddRq><CreditMemoAdd><Memo>Visa</Memo></CreditMemoAdd></CreditMemoAddRq><DepositAddRq>"
                     L"<DepositAdd><DepositToAccountRef><FullName>Credit Card Holding Account</FullName>"
                     L"</DepositToAccountRef></DepositAdd></DepositAddRq>",
                     VARIANT_FALSE);
-     }},
+     },
+     std::nullopt,
+     {S_OK, L""},
+     false},
     {"CreatePaymentTxn",
      1,
      [](CPaylodge& object) {
@@ -73,12 +93,15 @@ const Operation kOperations[] = {
                     L"11", L"12", L"13", L"14", L"15", L"16", L"17", L"18", L"19", L"20", L"21", L"22");
      },
      E_FAIL,
-     {E_FAIL}},
+     {E_FAIL},
+     false,
+     false},
     {"TransferFunds",
      1,
      [](CPaylodge& object) { return Ask(object, &CPaylodge::TransferFunds, L"a", L"b", L"1", L"m"); },
      std::nullopt,
-     {E_FAIL, L""}},
+     {E_FAIL, L""},
+     false},
     {"GetCustomerIDForName", 1, [](CPaylodge& object) { return Ask(object, &CPaylodge::GetCustomerIDForName, L"c"); }},
     {"GetCustomerNameForID", 1, [](CPaylodge& object) { return Ask(object, &CPaylodge::GetCustomerNameForID, L"1"); }},
     {"GetInvoiceInfoForCustomerID", 1,
@@ -94,7 +117,9 @@ const Operation kOperations[] = {
      1,
      [](CPaylodge& object) { return Do(object, &CPaylodge::OpenTxnForm, L"Check", L"1"); },
      std::nullopt,
-     {S_OK}},
+     {S_OK},
+     true,
+     false},
 };
 
 class EveryOperation : public OperationTest, public ::testing::WithParamInterface<Operation> {
@@ -149,15 +174,16 @@ TEST_P(EveryOperation, FailsWhenTheHostRaisesAnError) {
 }
 
 TEST_P(EveryOperation, MakesDoWithoutAResponse) {
-    for (const Answer& answer : {Answer{.is_null = true}, Answer{.response = L""}}) {
-        host_.answers.assign(GetParam().sends, answer);
-        EXPECT_EQ(GetParam().without_response.code, Call().code);
+    Result expected = GetParam().without_response;
+    for (const HRESULT code : {S_OK, S_FALSE}) {
+        if (GetParam().hands_success_on) {
+            expected.code = code;
+        }
+        for (const bool is_null : {true, false}) {
+            host_.answers.assign(GetParam().sends, {.result = code, .response = L"", .is_null = is_null});
+            EXPECT_EQ(expected, Call()) << code << (is_null ? " and null" : " and empty");
+        }
     }
-}
-
-TEST_P(EveryOperation, GivesTheResultOfAnEmptyResponse) {
-    host_.answers.assign(GetParam().sends, {.response = L""});
-    EXPECT_EQ(GetParam().without_response, Call());
 }
 
 // Another success code than S_OK beside an answer is taken for S_OK.
@@ -230,6 +256,27 @@ TEST_P(EveryOperation, LeavesNoStringBehindWhateverHappens) {
     EXPECT_EQ(0, allocations.Count());
 }
 
+TEST_P(EveryOperation, LeavesNoDocumentBehindWhateverHappens) {
+    const DocumentWatch watch;
+    AnswerAll();
+    EXPECT_EQ(S_OK, Call().code);
+    AnswerAll(kHostFailure);
+    EXPECT_TRUE(FAILED(Call().code));
+    for (const wchar_t* response : {L"", L"no document", L"<LHXML/>"}) {
+        host_.answers.assign(GetParam().sends, {.response = response});
+        static_cast<void>(Call());
+    }
+    FailEachAllocation(
+        host_,
+        [this] {
+            AnswerAll();
+            static_cast<void>(Call());
+        },
+        [](bool) {});
+    EXPECT_EQ(GetParam().reads_documents, !watch.References().empty());
+    EXPECT_THAT(watch.References(), ::testing::Each(0U));
+}
+
 TEST_P(EveryOperation, DoesNothingOnARefusedPage) {
     SiteStandIn site(PageAt(kRefusedPage));
     const OnSite on_site(static_cast<IObjectWithSite*>(&object_), site);
@@ -245,24 +292,42 @@ TEST_P(EveryOperation, WorksOnAnApprovedPage) {
     EXPECT_EQ(GetParam().sends, host_.requests.size());
 }
 
-class OperationsWithoutAResultSlot : public OperationTest {};
+class OperationsWithoutAResultSlot : public OperationTest {
+  protected:
+    // Calls them all, and gives the codes that came.
+    [[nodiscard]] std::vector<std::pair<const char*, HRESULT>> CallAll() {
+        const Argument t(L"1");
+        return {
+            {"GetAccounts", object_.GetAccounts(t, nullptr)},
+            {"GetAccountsForMultipleTypes", object_.GetAccountsForMultipleTypes(t, nullptr)},
+            {"GetBalanceForAccountType", object_.GetBalanceForAccountType(t, nullptr)},
+            {"CreateTxns", object_.CreateTxns(t, VARIANT_TRUE, nullptr)},
+            {"TransferFunds", object_.TransferFunds(t, t, t, t, nullptr)},
+            {"CreatePaymentTxn",
+             object_.CreatePaymentTxn(t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, t, nullptr)},
+            {"GetCustomerIDForName", object_.GetCustomerIDForName(t, nullptr)},
+            {"GetCustomerNameForID", object_.GetCustomerNameForID(t, nullptr)},
+            {"GetInvoiceInfoForCustomerID", object_.GetInvoiceInfoForCustomerID(t, t, nullptr)},
+            {"GetItems", object_.GetItems(nullptr)},
+            {"GetPaymentMethods", object_.GetPaymentMethods(nullptr)},
+            {"IsTaxableItem", object_.IsTaxableItem(t, nullptr)},
+            {"SavePaymentTxn", object_.SavePaymentTxn(t, nullptr)},
+        };
+    }
+};
 
 TEST_F(OperationsWithoutAResultSlot, RefuseToWork) {
-    const Argument text(L"1");
-    EXPECT_EQ(E_POINTER, object_.GetAccounts(text, nullptr));
-    EXPECT_EQ(E_POINTER, object_.GetAccountsForMultipleTypes(text, nullptr));
-    EXPECT_EQ(E_POINTER, object_.GetBalanceForAccountType(text, nullptr));
-    EXPECT_EQ(E_POINTER, object_.CreateTxns(text, VARIANT_TRUE, nullptr));
-    EXPECT_EQ(E_POINTER, object_.TransferFunds(text, text, text, text, nullptr));
-    EXPECT_EQ(E_POINTER,
-              object_.CreatePaymentTxn(text, text, text, text, text, text, text, text, text, text, text, text, text,
-                                       text, text, text, text, text, text, text, text, text, nullptr));
-    EXPECT_EQ(E_POINTER, object_.GetCustomerIDForName(text, nullptr));
-    EXPECT_EQ(E_POINTER, object_.GetCustomerNameForID(text, nullptr));
-    EXPECT_EQ(E_POINTER, object_.GetInvoiceInfoForCustomerID(text, text, nullptr));
-    EXPECT_EQ(E_POINTER, object_.GetItems(nullptr));
-    EXPECT_EQ(E_POINTER, object_.GetPaymentMethods(nullptr));
-    EXPECT_EQ(E_POINTER, object_.IsTaxableItem(text, nullptr));
+    EXPECT_THAT(CallAll(), ::testing::Each(::testing::Pair(::testing::_, E_POINTER)));
+    EXPECT_EQ(E_POINTER, object_.ProcessLHRequest(Argument(L"1"), nullptr));
+    EXPECT_THAT(host_.calls, ::testing::IsEmpty());
+}
+
+// The page is looked at before the arguments.
+TEST_F(OperationsWithoutAResultSlot, DoNothingOnARefusedPage) {
+    SiteStandIn site(PageAt(kRefusedPage));
+    const OnSite on_site(static_cast<IObjectWithSite*>(&object_), site);
+    EXPECT_THAT(CallAll(), ::testing::Each(::testing::Pair(::testing::_, S_OK)));
+    EXPECT_EQ(E_FAIL, object_.ProcessLHRequest(Argument(L"1"), nullptr));
     EXPECT_THAT(host_.calls, ::testing::IsEmpty());
 }
 

@@ -187,6 +187,38 @@ TEST_F(ExchangeOnARefusedPage, ChangesAndTellsNothing) {
     }
 }
 
+TEST_F(ExchangeOnARefusedPage, LooksAtThePageBeforeThePlaceForTheResult) {
+    SiteStandIn site(PageAt(kRefusedPage));
+    const OnSite on_site(static_cast<IObjectWithSite*>(&object_), site);
+    for (const TextProperty& property : kPlainProperties) {
+        EXPECT_EQ(S_OK, (object_.*property.get)(nullptr)) << property.name;
+    }
+    for (const FlagProperty& flag : kFlags) {
+        EXPECT_EQ(S_OK, (object_.*flag.get)(nullptr)) << flag.name;
+    }
+    for (const GuardedProperty& property : kGuardedProperties) {
+        EXPECT_EQ(S_OK, (object_.*property.get)(nullptr)) << property.name;
+    }
+    for (const TextGetter& getter : kScanTxnGetters) {
+        EXPECT_EQ(S_OK, (object_.*getter.get)(nullptr)) << getter.name;
+    }
+    EXPECT_EQ(S_OK, object_.GetReconPaymentData(nullptr));
+    EXPECT_EQ(S_OK, object_.GetReconPaymentParams(nullptr, nullptr));
+}
+
+TEST_F(ExchangeOnARefusedPage, DoesNotTellThatAMailboxIsFull) {
+    for (const FlagProperty& flag : kFlags) {
+        SetFlag(flag, VARIANT_TRUE);
+    }
+    SiteStandIn site(PageAt(kRefusedPage));
+    const OnSite on_site(static_cast<IObjectWithSite*>(&object_), site);
+    for (const GuardedProperty& property : kGuardedProperties) {
+        EXPECT_EQ(kDone, Do(object_, property.put, L"refused")) << property.name;
+    }
+    EXPECT_EQ(kDone, Do(object_, &CPaylodge::SetScanTxnInfo, L"", L"", L"", L"", L""));
+    EXPECT_EQ(kDone, Do(object_, &CPaylodge::SetReconPaymentDataAndParams, L"", L"", VARIANT_TRUE));
+}
+
 class Flag : public ExchangeTest, public ::testing::WithParamInterface<FlagProperty> {};
 INSTANTIATE_TEST_SUITE_P(, Flag, RowsOf(kFlags), kRowName);
 

@@ -1,11 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+
 #include "tests/unit/operations/operation_test.hpp"
 
 namespace paylodge::test {
 namespace {
 
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::SizeIs;
 
 class GetItems : public OperationTest {};
@@ -54,6 +57,15 @@ TEST_F(GetItems, PassesOverCommentsAndText) {
     EXPECT_EQ((Result{S_OK, L"<ItemName>x</ItemName>\r\n"}), Ask(object_, &CPaylodge::GetItems));
 }
 
+TEST_F(GetItems, ListsTheFirstListOnlyWhateverItsStatus) {
+    Respond(
+        L"<ItemQueryRs statusCode=\"500\" statusSeverity=\"Error\"><I><Name>x</Name></I></ItemQueryRs>"
+        L"<ItemQueryRs><I><Name>y</Name></I></ItemQueryRs>");
+    EXPECT_EQ((Result{S_OK, L"<ItemName>x</ItemName>\r\n"}), Ask(object_, &CPaylodge::GetItems));
+    Respond(L"<ItemQueryRs/><ItemQueryRs><I><Name>y</Name></I></ItemQueryRs>");
+    EXPECT_EQ((Result{S_OK, L""}), Ask(object_, &CPaylodge::GetItems));
+}
+
 TEST_F(GetPaymentMethods, AsksWithFixedLimits) {
     EXPECT_EQ((Result{S_OK, L""}), Ask(object_, &CPaylodge::GetPaymentMethods));
     EXPECT_EQ(RequestDocument(R"(
@@ -88,11 +100,21 @@ TEST_F(GetPaymentMethods, ListsEveryNameEachTimeItOccurs) {
 TEST_F(GetPaymentMethods, GivesAnEmptyElementWithoutMethods) {
     for (const wchar_t* response :
          {L"<PaymentMethodQueryRs/>", L"<PaymentMethodQueryRs statusCode=\"1\"></PaymentMethodQueryRs>",
-          L"<PaymentMethodQueryRs><!-- none --></PaymentMethodQueryRs>"}) {
+          L"<PaymentMethodQueryRs><!-- none --></PaymentMethodQueryRs>",
+          L"<PaymentMethodQueryRs/><PaymentMethodQueryRs><P><Name>p</Name></P></PaymentMethodQueryRs>"}) {
         Respond(response);
         EXPECT_EQ((Result{S_OK, L"<PaymentMethods>\r\n</PaymentMethods>\r\n"}),
                   Ask(object_, &CPaylodge::GetPaymentMethods));
     }
+}
+
+TEST_F(GetPaymentMethods, ListsTheFirstListOnlyWhateverItsStatus) {
+    Respond(
+        L"<PaymentMethodQueryRs statusCode=\"500\" statusSeverity=\"Error\">"
+        L"<P><Name>p</Name></P></PaymentMethodQueryRs>"
+        L"<PaymentMethodQueryRs><P><Name>q</Name></P></PaymentMethodQueryRs>");
+    EXPECT_EQ((Result{S_OK, L"<PaymentMethods>\r\n    <PayMethName>p</PayMethName>\r\n</PaymentMethods>\r\n"}),
+              Ask(object_, &CPaylodge::GetPaymentMethods));
 }
 
 constexpr const wchar_t* kTeaWithTaxCode =
@@ -114,6 +136,23 @@ TEST_F(IsTaxableItem, AsksForTheItemThenForItsTaxCode) {
             <ListID>T&amp;1</ListID>
         </SalesTaxCodeQueryRq>
 )")));
+}
+
+TEST_F(IsTaxableItem, NumbersEachOfItsRequests) {
+    Respond(kTeaWithTaxCode);
+    EXPECT_EQ(S_OK, IsTaxable().code);  // the first number of a process seeds the generator
+    host_.requests.clear();
+    std::srand(20);
+    const std::wstring first = std::to_wstring(std::rand());
+    const std::wstring second = std::to_wstring(std::rand());
+    ASSERT_NE(first, second);
+
+    std::srand(20);
+    Respond(kTeaWithTaxCode);
+    EXPECT_EQ(S_OK, IsTaxable().code);
+    EXPECT_THAT(host_.requests,
+                ElementsAre(HasSubstr(L"<ItemQueryRq requestID=\"requestID_" + first + L"\">"),
+                            HasSubstr(L"<SalesTaxCodeQueryRq requestID=\"requestID_" + second + L"\">")));
 }
 
 TEST_F(IsTaxableItem, IsNotTaxableWithoutATaxCodeAndAsksNoFurther) {
