@@ -1,13 +1,12 @@
 #include <gtest/gtest.h>
 
+#include "tests/component/control_under_test.hpp"
 #include "tests/component/module_under_test.hpp"
 
 namespace paylodge::test {
 namespace {
 
 constexpr CLSID kPaylodgeClass = {0xF8A9E1FD, 0x7DCD, 0x4BE8, {0xB5, 0x10, 0x7C, 0xBB, 0x84, 0x93, 0x64, 0xAB}};
-
-constexpr CLSID kControlClass = {0x00A0CCCE, 0x89E6, 0x4779, {0xAA, 0xCD, 0xE7, 0x74, 0x65, 0x1C, 0xB5, 0xAD}};
 
 class ClassObjects : public ::testing::Test {
   protected:

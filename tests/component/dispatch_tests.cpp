@@ -10,37 +10,13 @@
 #include "frame/com/variant.hpp"
 #include "tests/component/member_call.hpp"
 #include "tests/component/module_under_test.hpp"
+#include "tests/component/values.hpp"
 
 namespace paylodge::test {
 namespace {
 
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
-
-// A value to pass; strings stay their owner's.
-[[nodiscard]] VARIANT Text(const OwnedBstr& text) {
-    VARIANT value{};
-    V_VT(&value) = VT_BSTR;
-    V_BSTR(&value) = text.Get();
-    return value;
-}
-[[nodiscard]] VARIANT Number(LONG number) {
-    VARIANT value{};
-    V_VT(&value) = VT_I4;
-    V_I4(&value) = number;
-    return value;
-}
-[[nodiscard]] VARIANT OfType(VARTYPE type) {
-    VARIANT value{};
-    V_VT(&value) = type;
-    return value;
-}
-[[nodiscard]] VARIANT Reference(VARIANT& target) {
-    VARIANT value{};
-    V_VT(&value) = VT_BYREF | VT_VARIANT;
-    V_VARIANTREF(&value) = &target;
-    return value;
-}
 
 class Dispatch : public Component {
   protected:

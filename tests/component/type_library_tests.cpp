@@ -5,122 +5,25 @@
 #include <string>
 #include <vector>
 
-#include "frame/com/ansi_text.hpp"
+#include "frame/com/bstr.hpp"
+#include "tests/component/control_under_test.hpp"
 #include "tests/component/members.hpp"
 #include "tests/component/module_under_test.hpp"
+#include "tests/component/type_description.hpp"
 
 namespace paylodge::test {
 namespace {
 
 constexpr GUID kLibraryId = {0xC29F0A7C, 0x64E9, 0x4345, {0xA1, 0x5A, 0xEB, 0xCB, 0x89, 0xE5, 0x47, 0x84}};
-constexpr CLSID kControlClass = {0x00A0CCCE, 0x89E6, 0x4779, {0xAA, 0xCD, 0xE7, 0x74, 0x65, 0x1C, 0xB5, 0xAD}};
-
-[[nodiscard]] std::string NameOfType(ITypeInfo& type) {
-    OwnedBstr name;
-    EXPECT_EQ(S_OK, type.GetDocumentation(MEMBERID_NIL, name.Receive(), nullptr, nullptr, nullptr));
-    return AnsiFromBstr(name.Get());
-}
-
-[[nodiscard]] ComPtr<ITypeInfo> Referenced(ITypeInfo& type, UINT implemented) {
-    HREFTYPE reference = 0;
-    ComPtr<ITypeInfo> result;
-    EXPECT_EQ(S_OK, type.GetRefTypeOfImplType(implemented, &reference));
-    EXPECT_EQ(S_OK, type.GetRefTypeInfo(reference, result.Receive()));
-    return result;
-}
-
-[[nodiscard]] TYPEATTR AttributesOf(ITypeInfo& type) {
-    TYPEATTR* attributes = nullptr;
-    EXPECT_EQ(S_OK, type.GetTypeAttr(&attributes));
-    const TYPEATTR copy = *attributes;
-    type.ReleaseTypeAttr(attributes);
-    return copy;
-}
-
-// A member as the type library describes it, in the words of the hand-written table.
-struct Described {
-    std::string name;
-    DISPID id;
-    int slot;
-    INVOKEKIND kind;
-    std::string arguments;
-    std::string help;
-};
-
-[[nodiscard]] std::string DescribeType(const TYPEDESC& type) {
-    if (type.vt == VT_PTR) {
-        return DescribeType(*type.lptdesc) + "*";
-    }
-    return type.vt == VT_BSTR ? "BSTR" : type.vt == VT_BOOL ? "VARIANT_BOOL" : "type " + std::to_string(type.vt);
-}
-
-[[nodiscard]] std::string DescribeDirection(USHORT flags) {
-    switch (flags) {
-        case PARAMFLAG_FIN:
-            return "[in] ";
-        case PARAMFLAG_FOUT:
-            return "[out] ";
-        case PARAMFLAG_FOUT | PARAMFLAG_FRETVAL:
-            return "[out,retval] ";
-        default:
-            return "[" + std::to_string(flags) + "] ";
-    }
-}
-
-[[nodiscard]] std::string DescribeArguments(ITypeInfo& type, const FUNCDESC& function) {
-    BSTR names[32] = {};
-    UINT count = 0;
-    EXPECT_EQ(S_OK, type.GetNames(function.memid, names, 32, &count));
-    std::string text;
-    for (SHORT index = 0; index < function.cParams; ++index) {
-        const ELEMDESC& parameter = function.lprgelemdescParam[index];
-        text += text.empty() ? "" : ", ";
-        text += DescribeDirection(parameter.paramdesc.wParamFlags) + DescribeType(parameter.tdesc);
-        if (function.invkind == INVOKE_FUNC) {
-            text += " " + AnsiFromBstr(names[index + 1]);
-        }
-    }
-    for (const BSTR name : names) {
-        ::SysFreeString(name);
-    }
-    return text;
-}
-
-[[nodiscard]] Described Describe(ITypeInfo& type, UINT index) {
-    FUNCDESC* function = nullptr;
-    EXPECT_EQ(S_OK, type.GetFuncDesc(index, &function));
-    OwnedBstr name;
-    OwnedBstr help;
-    EXPECT_EQ(S_OK, type.GetDocumentation(function->memid, name.Receive(), help.Receive(), nullptr, nullptr));
-    Described described{AnsiFromBstr(name.Get()),
-                        function->memid,
-                        function->oVft / static_cast<int>(sizeof(void*)),
-                        function->invkind,
-                        DescribeArguments(type, *function),
-                        AnsiFromBstr(help.Get())};
-    EXPECT_EQ(VT_HRESULT, function->elemdescFunc.tdesc.vt);
-    EXPECT_EQ(CC_STDCALL, function->callconv);
-    EXPECT_EQ(FUNC_PUREVIRTUAL, function->funckind);
-    type.ReleaseFuncDesc(function);
-    return described;
-}
 
 class TypeLibrary : public ::testing::Test {
   protected:
-    TypeLibrary() { EXPECT_EQ(S_OK, ::LoadTypeLibEx(ModulePath().c_str(), REGKIND_NONE, library.Receive())); }
-
-    [[nodiscard]] ComPtr<ITypeInfo> Type(REFGUID id) {
-        ComPtr<ITypeInfo> type;
-        EXPECT_EQ(S_OK, library->GetTypeInfoOfGuid(id, type.Receive()));
-        return type;
-    }
-    // The slots of IPaylodgeN; the type of a dual interface itself describes its dispatch side.
+    [[nodiscard]] ComPtr<ITypeInfo> Type(REFGUID id) { return TypeOf(*library.Get(), id); }
     [[nodiscard]] ComPtr<ITypeInfo> Slots(int interface_number) {
-        return Referenced(*Type(InterfaceIds()[static_cast<size_t>(interface_number - 1)]).Get(),
-                          static_cast<UINT>(-1));
+        return SlotsOf(*Type(InterfaceIds()[static_cast<size_t>(interface_number - 1)]).Get());
     }
 
-    ComPtr<ITypeLib> library;
+    const ComPtr<ITypeLib> library = LoadModuleTypeLibrary();
 };
 
 TEST_F(TypeLibrary, HasItsIdVersionAndName) {
@@ -155,27 +58,14 @@ TEST_F(TypeLibrary, NamesBothClasses) {
 
 TEST_F(TypeLibrary, LatestInterfaceIsTheDefaultOfItsClass) {
     const auto paylodge = Type(CLSID_Paylodge);
-    const UINT count = AttributesOf(*paylodge.Get()).cImplTypes;
-    std::vector<std::string> defaults;
-    for (UINT index = 0; index < count; ++index) {
-        INT flags = 0;
-        EXPECT_EQ(S_OK, paylodge->GetImplTypeFlags(index, &flags));
-        if (flags == IMPLTYPEFLAG_FDEFAULT) {
-            defaults.push_back(NameOfType(*Referenced(*paylodge.Get(), index).Get()));
-        }
-    }
-    EXPECT_EQ(std::vector<std::string>{"IPaylodge8"}, defaults);
+    EXPECT_EQ(std::vector<std::string>{"IPaylodge8"}, ImplementedWith(*paylodge.Get(), IMPLTYPEFLAG_FDEFAULT));
 }
 
 TEST_F(TypeLibrary, InterfacesAreOneDualChain) {
     for (int number = 1; number <= kInterfaces; ++number) {
-        const auto dispatch = Type(InterfaceIds()[static_cast<size_t>(number - 1)]);
-        EXPECT_TRUE(AttributesOf(*dispatch.Get()).wTypeFlags & TYPEFLAG_FDUAL);
-        const auto slots = Slots(number);
-        EXPECT_EQ(number == 1 ? "IPaylodge" : "IPaylodge" + std::to_string(number), NameOfType(*slots.Get()));
-        const auto base = Referenced(*slots.Get(), 0);
-        const IID expected = number == 1 ? IID_IDispatch : InterfaceIds()[static_cast<size_t>(number - 2)];
-        EXPECT_TRUE(IsEqualIID(expected, AttributesOf(*base.Get()).guid));
+        ExpectDualInterface(*Type(InterfaceIds()[static_cast<size_t>(number - 1)]).Get(),
+                            number == 1 ? "IPaylodge" : "IPaylodge" + std::to_string(number),
+                            number == 1 ? IID_IDispatch : InterfaceIds()[static_cast<size_t>(number - 2)]);
     }
 }
 
@@ -193,13 +83,9 @@ TEST_F(TypeLibrary, DescribesExactlyTheMembersOfEachInterface) {
 TEST_F(TypeLibrary, DescribesEachMemberAsItIsCalled) {
     constexpr INVOKEKIND kKinds[] = {INVOKE_FUNC, INVOKE_PROPERTYGET, INVOKE_PROPERTYPUT};
     for (const Member& member : Members()) {
-        const auto slots = Slots(member.interface_number);
-        const TYPEATTR attributes = AttributesOf(*slots.Get());
-        const int first_slot = attributes.cbSizeVft / static_cast<int>(sizeof(void*)) - attributes.cFuncs;
-        const Described described = Describe(*slots.Get(), static_cast<UINT>(member.slot - first_slot));
+        const DescribedMember described = DescribeSlot(*Slots(member.interface_number).Get(), member.slot);
         EXPECT_EQ(member.name, described.name);
         EXPECT_EQ(member.id, described.id) << member.name;
-        EXPECT_EQ(member.slot, described.slot) << member.name;
         EXPECT_EQ(kKinds[static_cast<int>(member.kind)], described.kind) << member.name;
         EXPECT_EQ(member.arguments, described.arguments) << member.name;
         // A property's id leads to the text of its get.
