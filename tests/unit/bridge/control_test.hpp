@@ -33,6 +33,8 @@ class BridgeCalls : public BridgeObserver {
     std::vector<const wchar_t*> texts;
     const wchar_t* text = L"answer";
     unsigned char byte = 1;
+    // Run at the start of every call.
+    std::function<void()> on_call;
     // Run at the end of a script; may throw.
     std::function<void()> on_script;
     bool throws_at_end = false;
