@@ -141,7 +141,10 @@ def script_job(paths: Paths, architecture: str, script: Path) -> Job:
         [*host, "//nologo", windows_path(harness), windows_path(script)],
         read_lines,
         lambda: check_wine(architecture) or register_libraries(paths, architecture),
-        environment=wine_environment(paths, architecture, name),
+        environment={
+            **wine_environment(paths, architecture, name),
+            "OSKERIN_SCRIPT_FILE": windows_path(paths.scratch(name) / "page-scripts.txt"),
+        },
         under_wine=True,
     )
 

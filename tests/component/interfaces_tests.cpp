@@ -108,10 +108,62 @@ TEST_F(Interfaces, SiteLockHasItsSlotsInOrder) {
     const Entry* entries = nullptr;
     DWORD count = 0;
     EXPECT_EQ(S_OK, Call(*lock.Get(), 6, &entries, &count));
-    ASSERT_EQ(10U, count);
-    EXPECT_EQ(0U, entries[9].category);
-    EXPECT_STREQ(L"http", entries[9].scheme);
-    EXPECT_STREQ(L"dev.ledgerhall.example", entries[9].domain);
+    EXPECT_EQ(10U, count);
+    EXPECT_NE(nullptr, entries);
+}
+
+TEST_F(Interfaces, SiteLockListsTheApprovedSites) {
+    const Entry expected[] = {
+        {0, L"https", L"terminal.paylodge.example"},   {0, L"https", L"accounts.paylodge.example"},
+        {0, L"https", L"merchant.ledgerhall.example"}, {0, L"https", L"payments.ledgerhall.example"},
+        {0, L"https", L"services.ledgerhall.example"}, {0, L"http", L"merchant.ledgerhall.example"},
+        {0, L"http", L"payments.ledgerhall.example"},  {0, L"http", L"services.ledgerhall.example"},
+        {0, L"http", L"qa.ledgerhall.example"},        {0, L"http", L"dev.ledgerhall.example"},
+    };
+    const Entry* entries = nullptr;
+    DWORD count = 0;
+    ASSERT_EQ(S_OK, Call(*Query(kObjectSafetySiteLock).Get(), 6, &entries, &count));
+    ASSERT_EQ(std::size(expected), count);
+    for (DWORD index = 0; index < count; ++index) {
+        EXPECT_EQ(expected[index].category, entries[index].category) << index;
+        EXPECT_STREQ(expected[index].scheme, entries[index].scheme) << index;
+        EXPECT_STREQ(expected[index].domain, entries[index].domain) << index;
+    }
+}
+
+TEST_F(Interfaces, SiteLockTellsItsCapabilities) {
+    const ComPtr<IUnknown> lock = Query(kObjectSafetySiteLock);
+    DWORD capability = 1;
+    EXPECT_EQ(S_OK, Call(*lock.Get(), 5, &capability));
+    EXPECT_EQ(0U, capability);
+    capability = 2;
+    EXPECT_EQ(E_NOTIMPL, Call(*lock.Get(), 5, &capability));
+    EXPECT_EQ(0U, capability);
+}
+
+TEST_F(Interfaces, SafetyHasOneOptionOnly) {
+    const ComPtr<IUnknown> lock = Query(kObjectSafetySiteLock);
+    ASSERT_EQ(S_OK, Call(*lock.Get(), 4, &IID_IDispatch, DWORD{1}, DWORD{1}));
+    EXPECT_EQ(E_FAIL, Call(*lock.Get(), 4, &IID_IDispatch, DWORD{2}, DWORD{1}));
+    EXPECT_EQ(E_FAIL, Call(*lock.Get(), 4, &IID_IDispatch, DWORD{3}, DWORD{1}));
+    EXPECT_EQ(E_NOINTERFACE, Call(*lock.Get(), 4, &IID_IPaylodgeCtrl, DWORD{1}, DWORD{1}));
+    DWORD supported = 7;
+    DWORD enabled = 7;
+    EXPECT_EQ(S_OK, Call(*lock.Get(), 3, &IID_IDispatch, &supported, &enabled));
+    EXPECT_EQ(1U, enabled);
+}
+
+TEST_F(Interfaces, SafetyAndSiteLockNeedPlacesForTheirResults) {
+    const ComPtr<IUnknown> lock = Query(kObjectSafetySiteLock);
+    DWORD* const no_number = nullptr;
+    DWORD number = 7;
+    EXPECT_EQ(E_POINTER, Call(*lock.Get(), 3, &IID_IDispatch, no_number, &number));
+    EXPECT_EQ(E_POINTER, Call(*lock.Get(), 3, &IID_IDispatch, &number, no_number));
+    EXPECT_EQ(E_POINTER, Call(*lock.Get(), 5, no_number));
+    const Entry** const no_entries = nullptr;
+    const Entry* entries = nullptr;
+    EXPECT_EQ(E_POINTER, Call(*lock.Get(), 6, no_entries, &number));
+    EXPECT_EQ(E_POINTER, Call(*lock.Get(), 6, &entries, no_number));
 }
 
 TEST_F(Interfaces, SafetyIsSharedByBothItsInterfaces) {

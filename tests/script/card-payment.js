@@ -1,19 +1,5 @@
 // A page that takes a card payment through the simulated card reader of the reference host.
 
-var CONTROL_CLASS = "{00A0CCCE-89E6-4779-AACD-E774651CB5AD}";
-
-// A page has the control as an element of its own. A script of the script host asks for it by its class; where the
-// engine cannot do that, it needs a name for it, which the control does not bring along.
-function createControl() {
-    try {
-        return GetObject("new:" + CONTROL_CLASS);
-    } catch (error) {
-        var name = "PaylodgeTests.Control";
-        new ActiveXObject("WScript.Shell").RegWrite("HKLM\\Software\\Classes\\" + name + "\\CLSID\\", CONTROL_CLASS);
-        return new ActiveXObject(name);
-    }
-}
-
 // The member of a flat JSON object, as the reader's answers are.
 function member(text, name) {
     var found = new RegExp('"' + name + '":"([^"]*)"').exec(text);

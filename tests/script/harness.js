@@ -52,6 +52,19 @@ function skip(reason) {
     throw new Skipped(reason);
 }
 
+// A page has the control as an element of its own. A script of the script host asks for it by its class; where the
+// engine cannot do that, it needs a name for it, which the control does not bring along.
+function createControl() {
+    var controlClass = "{00A0CCCE-89E6-4779-AACD-E774651CB5AD}";
+    try {
+        return GetObject("new:" + controlClass);
+    } catch (error) {
+        var name = "PaylodgeTests.Control";
+        new ActiveXObject("WScript.Shell").RegWrite("HKLM\\Software\\Classes\\" + name + "\\CLSID\\", controlClass);
+        return new ActiveXObject(name);
+    }
+}
+
 function readFile(path) {
     var stream = new ActiveXObject("Scripting.FileSystemObject").OpenTextFile(path, 1);
     try {
@@ -64,6 +77,13 @@ function readFile(path) {
 // The path of the company file that the reference host opens, a copy of the sample that the tests may change.
 function companyFile() {
     return environment("LEDGERHALL_COMPANY_FILE");
+}
+
+// What the reference host was given to run in pages so far, as Oskerin.dll writes it down: for each script a line with
+// the browser instance and the length, and the script.
+function pageScripts() {
+    var path = environment("OSKERIN_SCRIPT_FILE");
+    return new ActiveXObject("Scripting.FileSystemObject").FileExists(path) ? readFile(path) : "";
 }
 
 function environment(name) {

@@ -101,9 +101,11 @@ class BrokerClassObject : public IClassFactory {
 
     explicit BrokerClassObject(HostStandIn& host) : host_(host), broker_(host) {}
 
-    STDMETHODIMP CreateInstance(IUnknown*, REFIID id, void** object) override {
+    STDMETHODIMP CreateInstance(IUnknown* outer, REFIID id, void** object) override {
+        host_.outer_objects.push_back(outer);
+        *object = nullptr;
         const HRESULT result = PlannedResult(host_, "CreateInstance");
-        return FAILED(result) ? result : broker_.QueryInterface(id, object);
+        return FAILED(result) || !host_.has_broker ? result : broker_.QueryInterface(id, object);
     }
     STDMETHODIMP LockServer(BOOL) override { return S_OK; }
 
@@ -117,10 +119,11 @@ class BrokerClassObject : public IClassFactory {
 
 }  // namespace
 
-HostStandIn::HostStandIn() {
+HostStandIn::HostStandIn(DWORD context) {
     class_object_ = ComPtr<IClassFactory>(ComObject<BrokerClassObject>::Create(*this).Get());
-    const HRESULT result = ::CoRegisterClassObject(kHostObjectBrokerClass, class_object_.Get(), CLSCTX_INPROC_SERVER,
-                                                   REGCLS_MULTIPLEUSE, &registration_);
+    // For this context and no other.
+    const HRESULT result = ::CoRegisterClassObject(kHostObjectBrokerClass, class_object_.Get(), context,
+                                                   REGCLS_MULTI_SEPARATE, &registration_);
     EXPECT_EQ(S_OK, result);
 }
 

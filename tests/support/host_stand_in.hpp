@@ -26,7 +26,8 @@ struct Answer {
 // Stands in for the host while it lives: CoCreateInstance of the broker class gives this one.
 class HostStandIn {
   public:
-    HostStandIn();
+    // The context in which the broker's class object is registered.
+    explicit HostStandIn(DWORD context = CLSCTX_INPROC_SERVER);
     ~HostStandIn();
     HostStandIn(const HostStandIn&) = delete;
     HostStandIn& operator=(const HostStandIn&) = delete;
@@ -48,6 +49,11 @@ class HostStandIn {
 
     // What the broker hands out instead of a request processor; may be null.
     std::optional<ComPtr<IUnknown>> created_object;
+
+    // Whether the broker's class object has a broker to give; without one it gives null, and says S_OK.
+    bool has_broker = true;
+    // The outer object for each broker that was asked for.
+    std::vector<IUnknown*> outer_objects;
 
     // Objects that are alive, and references that the broker was left with.
     int live_processors = 0;

@@ -15,6 +15,8 @@ class BridgeObserver {
     virtual void GotNumber(int number) = 0;
     // The end of ExecuteJavaScript; may throw.
     virtual void Ran() = 0;
+    // Whether ExecuteJavaScript then throws an exception, which is the library's own.
+    [[nodiscard]] virtual bool ThrowsAtEnd() = 0;
 
     // What functions return. Texts stay the library's, strings become the caller's.
     [[nodiscard]] virtual const wchar_t* Text() = 0;

@@ -4,6 +4,8 @@
 
 #include <oleauto.h>
 
+#include <stdexcept>
+
 #include "tests/unit/bridge/bridge_observer.hpp"
 
 namespace paylodge::test {
@@ -38,7 +40,13 @@ using Text = const wchar_t*;
 
 extern "C" {
 
-void __cdecl ExecuteJavaScript(const char* browser, const char* script) { Call(__func__, browser, script).Ran(); }
+void __cdecl ExecuteJavaScript(const char* browser, const char* script) {
+    BridgeObserver& observer = Call(__func__, browser, script);
+    observer.Ran();
+    if (observer.ThrowsAtEnd()) {
+        throw std::runtime_error("the page is gone");
+    }
+}
 
 void __cdecl InitializeSession() { Do(__func__); }
 void __cdecl ResetSession() { Do(__func__); }

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "bridge/bridge_library.hpp"
+#include "tests/support/bstr_allocations.hpp"
 #include "tests/unit/bridge/forwarders.hpp"
 #include "tests/unit/operations/live_allocations.hpp"
 
@@ -103,6 +104,57 @@ TEST_P(Forwarding, LeavesNothingAllocated) {
     const LiveAllocations live;
     EXPECT_EQ(Forward(GetParam(), control_).code, S_OK);
     EXPECT_EQ(live.Count(), 0);
+}
+
+TEST_P(Forwarding, HasEmptiedTheResultBeforeTheCallWhereItIsNullWithoutTheFunction) {
+    StringSink text;
+    BoolSink flag;
+    std::wstring before;
+    bridge_.on_call = [&] { before = text.Show(); };
+    EXPECT_EQ(GetParam().run(control_, text.Slot(), flag.Slot()), S_OK);
+    EXPECT_EQ(before, WithoutFunction(GetParam()).text);
+}
+
+// The result is allocated last.
+TEST_P(Forwarding, RaisesTheFailedAllocationOfItsResult) {
+    const Returns returns = GetParam().returns;
+    if (returns != Returns::kCopiedText && returns != Returns::kReencodedText) {
+        return;
+    }
+    int last = 0;
+    {
+        const BstrAllocations allocations;
+        EXPECT_EQ(Forward(GetParam(), control_).code, S_OK);
+        last = allocations.Count();
+    }
+    StringSink text;
+    {
+        const BstrAllocations allocations(last);
+        try {
+            const HRESULT code = GetParam().run(control_, text.Slot(), nullptr);
+            ADD_FAILURE() << "no error was raised, and the code is " << code;
+        } catch (const _com_error& error) {
+            EXPECT_EQ(error.Error(), E_OUTOFMEMORY);
+        }
+        EXPECT_TRUE(allocations.HasFailed());
+    }
+    EXPECT_EQ(bridge_.calls.size(), 2U);
+    EXPECT_EQ(text.Show(), WithoutFunction(GetParam()).text);
+    EXPECT_EQ(Forward(GetParam(), control_), (Result{S_OK, L"answer"}));
+}
+
+TEST_P(Forwarding, GivesLongTextsWhole) {
+    const std::wstring text(5'000'000, L'\xE9');
+    bridge_.text = text.c_str();
+    // Compared without showing them.
+    EXPECT_TRUE(Forward(GetParam(), control_) == Expected(GetParam().returns, text.c_str(), text.c_str()));
+}
+
+TEST_F(CardReaderAndServices, GetLongTextsWhole) {
+    const std::wstring text(5'000'000, L'\x0416');
+    EXPECT_EQ(control_.StartEMV(Argument(text)), S_OK);
+    ASSERT_EQ(bridge_.calls.size(), 1U);
+    EXPECT_TRUE(bridge_.calls[0] == L"first: StartEMV(\"" + text + L"\")");
 }
 
 TEST_F(CardReaderAndServices, GetTheCallersOwnTexts) {

@@ -67,6 +67,9 @@ const ::testing::Environment* const g_start_state_reader = ::testing::AddGlobalT
 void BridgeCalls::Called(const char* variant, const char* function) {
     const std::string call = std::string(variant) + ": " + function + "()";
     calls.emplace_back(call.begin(), call.end());
+    if (on_call) {
+        on_call();
+    }
 }
 
 void BridgeCalls::Append(const std::wstring& argument) {

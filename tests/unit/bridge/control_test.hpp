@@ -33,8 +33,11 @@ class BridgeCalls : public BridgeObserver {
     std::vector<const wchar_t*> texts;
     const wchar_t* text = L"answer";
     unsigned char byte = 1;
+    // Run at the start of every call.
+    std::function<void()> on_call;
     // Run at the end of a script; may throw.
     std::function<void()> on_script;
+    bool throws_at_end = false;
     // The strings that were given away.
     std::vector<BSTR> given;
 
@@ -43,6 +46,7 @@ class BridgeCalls : public BridgeObserver {
     void GotNarrowText(const char* argument) override;
     void GotNumber(int argument) override;
     void Ran() override;
+    [[nodiscard]] bool ThrowsAtEnd() override { return throws_at_end; }
     [[nodiscard]] const wchar_t* Text() override { return text; }
     [[nodiscard]] BSTR String() override;
     [[nodiscard]] unsigned char Byte() override { return byte; }

@@ -1,7 +1,6 @@
 // Every push of the host, as an event and as a script.
 
 #include <limits>
-#include <stdexcept>
 
 #include "bridge/bridge_library.hpp"
 #include "bridge/channel_registry.hpp"
@@ -56,6 +55,28 @@ template <class Call>
     } catch (const _com_error& error) {
         return error.Error();
     }
+}
+
+// What the process keeps of the last transaction that was notified of.
+[[nodiscard]] std::wstring StoredIn(CPaylodgeCtrl& control) {
+    StringSink data;
+    EXPECT_EQ(control.get_LHTransactionNotificationData(data.Slot()), S_OK);
+    return data.Show();
+}
+
+// A fault, and a C++ exception of the platform's own compiler.
+constexpr DWORD kThrownByAnotherCompiler = 0xE06D7363;
+constexpr DWORD kStructuredExceptions[] = {static_cast<DWORD>(EXCEPTION_ACCESS_VIOLATION), kThrownByAnotherCompiler};
+
+#ifndef _WIN64
+constexpr auto kNoExceptionsBetweenModules =
+    "exceptions do not cross from one module to another with this compiler on x86";
+#endif
+
+// What an exception that left a script has to leave behind.
+void ExpectNoLibrary() {
+    EXPECT_FALSE(IsBridgeLoaded());
+    EXPECT_FALSE(g_hBridgeModule);
 }
 
 // The first control is subscribed, and the bridge library is there.
@@ -211,10 +232,11 @@ TEST_P(Pushes, AreLostWithoutTheFunction) {
 }
 
 TEST_P(Pushes, StoreNothingUnlessTheyNotifyOfATransaction) {
-    EXPECT_EQ(Send(Argument(L"a")), S_OK);
-    StringSink data;
-    control_.get_LHTransactionNotificationData(data.Slot());
-    EXPECT_EQ(data.Show(), GetParam().event == 1 ? L"a" : kNull);
+    for (const wchar_t* const browser : {L"", L"7"}) {
+        ::SetBrowserInstance(browser);
+        EXPECT_EQ(Send(Argument(browser)), S_OK);
+        EXPECT_EQ(StoredIn(control_), GetParam().event == 1 ? browser : kNull);
+    }
 }
 
 TEST_P(Pushes, RaiseFailedAllocations) {
@@ -254,6 +276,68 @@ TEST_P(Pushes, LeaveNothingAllocated) {
     EXPECT_EQ(live.Count(), 0);
 }
 
+// The one push whose data stay behind.
+class TransactionNotifications : public ControlTest {
+  protected:
+    TransactionNotifications() { control_.SubscribeToNotifications(); }
+
+    [[nodiscard]] HRESULT Notify(const wchar_t* data) { return other_.NotifyTransactionChanged(Argument(data)); }
+
+    LibraryFolder library_{L"first"};
+};
+
+TEST_F(TransactionNotifications, AreStoredAsTheyAreInScriptModeToo) {
+    ::SetBrowserInstance(L"7");
+    EXPECT_EQ(Notify(L"a\n\"b\""), S_OK);
+    EXPECT_EQ(StoredIn(control_), L"a\n\"b\"");
+    EXPECT_EQ(Notify(nullptr), S_OK);
+    EXPECT_EQ(StoredIn(control_), kNull);
+}
+
+TEST_F(TransactionNotifications, StayStoredWhenTheirScriptIsLost) {
+    ::SetBrowserInstance(L"7");
+    for (const wchar_t* const folder : {L".", L"without_functions"}) {
+        const LibraryFolder library(folder);
+        EXPECT_EQ(Notify(folder), E_FAIL);
+        EXPECT_EQ(StoredIn(control_), folder);
+    }
+}
+
+TEST_F(TransactionNotifications, StayStoredWhenTheirScriptFails) {
+    ::SetBrowserInstance(L"7");
+    bridge_.on_script = [] { ::RaiseException(EXCEPTION_ACCESS_VIOLATION, 0, 0, nullptr); };
+    EXPECT_EQ(Notify(L"a"), E_FAIL);
+    EXPECT_EQ(StoredIn(control_), L"a");
+}
+
+TEST_F(TransactionNotifications, StayStoredWhenTheSinkFails) {
+    sink_->code = E_ABORT;
+    EXPECT_EQ(Notify(L"a"), E_ABORT);
+    EXPECT_EQ(StoredIn(control_), L"a");
+}
+
+TEST_F(TransactionNotifications, AreStoredBeforeTheyAreDelivered) {
+    std::wstring at_event;
+    std::wstring in_script;
+    sink_->on_event = [&] { at_event = StoredIn(control_); };
+    bridge_.on_script = [&] { in_script = StoredIn(control_); };
+    EXPECT_EQ(Notify(L"a"), S_OK);
+    ::SetBrowserInstance(L"7");
+    EXPECT_EQ(Notify(L"b"), S_OK);
+    EXPECT_EQ(at_event, L"a");
+    EXPECT_EQ(in_script, L"b");
+}
+
+TEST_F(TransactionNotifications, AreNotStoredWithoutASubscriber) {
+    control_.put_LHTransactionNotificationData(Argument(L"older"));
+    control_.UnSubscribeFromNotifications();
+    for (const wchar_t* const browser : {L"", L"7"}) {
+        ::SetBrowserInstance(browser);
+        EXPECT_EQ(Notify(L"a"), E_FAIL);
+        EXPECT_EQ(StoredIn(control_), L"older");
+    }
+}
+
 // Pushes of reconciliation payments have three arguments.
 class ReconPayments : public ControlTest {
   protected:
@@ -281,6 +365,50 @@ TEST_F(ReconPayments, PassTheFlagOnAsItIs) {
     EXPECT_EQ(Send(-2), S_OK);
     EXPECT_EQ(events_,
               (Texts{L"sink: 4(\"p1\", \"2024-01-31\", bool 1)", L"sink: 4(\"p1\", \"2024-01-31\", bool -2)"}));
+}
+
+TEST_F(ReconPayments, RaiseTheirEventForAnUndefinedBrowserInstance) {
+    for (const wchar_t* const browser :
+         {L"undefined", L"UNDEFINED", L"Undefined", static_cast<const wchar_t*>(nullptr)}) {
+        ::SetBrowserInstance(browser);
+        events_.clear();
+        EXPECT_EQ(Send(VARIANT_TRUE), S_OK);
+        EXPECT_EQ(events_, Texts{L"sink: 4(\"p1\", \"2024-01-31\", bool -1)"});
+    }
+    EXPECT_EQ(bridge_.calls, Texts{});
+}
+
+TEST_F(ReconPayments, RaiseTheirEventWithEmbeddedNuls) {
+    const std::wstring payments{L'p', L'\0', L'1'};
+    const std::wstring date{L'\0', L'd'};
+    EXPECT_EQ(control_.SetReconPaymentData(Argument(payments), Argument(date), VARIANT_FALSE), S_OK);
+    EXPECT_EQ(events_, Texts{L"sink: 4(\"" + payments + L"\", \"" + date + L"\", bool 0)"});
+}
+
+TEST_F(ReconPayments, SucceedWithoutASink) {
+    other_.SubscribeToNotifications();
+    EXPECT_EQ(Send(VARIANT_TRUE), S_OK);
+    EXPECT_EQ(events_, Texts{});
+}
+
+TEST_F(ReconPayments, GiveWhatTheLastSinkAnswers) {
+    const auto last = MakeSink(L"last");
+    const DWORD cookie = Advise(control_, *last.Get());
+    sink_->code = E_ABORT;
+    EXPECT_EQ(Send(VARIANT_TRUE), S_OK);
+    last->code = DISP_E_MEMBERNOTFOUND;
+    EXPECT_EQ(Send(VARIANT_TRUE), DISP_E_MEMBERNOTFOUND);
+    EXPECT_EQ(events_.size(), 4U);
+    EXPECT_EQ(Unadvise(control_, cookie), S_OK);
+    EXPECT_EQ(Send(VARIANT_TRUE), E_ABORT);
+}
+
+TEST_F(ReconPayments, StoreNothing) {
+    for (const wchar_t* const browser : {L"", L"7"}) {
+        ::SetBrowserInstance(browser);
+        EXPECT_EQ(Send(VARIANT_TRUE), S_OK);
+        EXPECT_EQ(StoredIn(control_), kNull);
+    }
 }
 
 TEST_F(ReconPayments, RunTheirScriptWithThreeStrings) {
@@ -321,6 +449,30 @@ TEST_F(ReconPayments, AreLostWithoutTheLibraryOrItsFunction) {
     }
 }
 
+TEST_F(ReconPayments, FailWhenAnExceptionLeavesTheFunctionAndFreeTheLibrary) {
+#ifdef _WIN64
+    ::SetBrowserInstance(L"7");
+    bridge_.throws_at_end = true;
+    EXPECT_EQ(Send(VARIANT_TRUE), E_FAIL);
+    ExpectNoLibrary();
+    bridge_.throws_at_end = false;
+    EXPECT_EQ(Send(VARIANT_TRUE), S_OK);
+#else
+    GTEST_SKIP() << kNoExceptionsBetweenModules;
+#endif
+}
+
+TEST_F(ReconPayments, FailWhenAStructuredExceptionLeavesTheFunctionAndFreeTheLibrary) {
+    ::SetBrowserInstance(L"7");
+    for (const DWORD code : kStructuredExceptions) {
+        bridge_.on_script = [code] { ::RaiseException(code, 0, 0, nullptr); };
+        EXPECT_EQ(Send(VARIANT_TRUE), E_FAIL);
+        ExpectNoLibrary();
+    }
+    bridge_.on_script = nullptr;
+    EXPECT_EQ(Send(VARIANT_TRUE), S_OK);
+}
+
 // Requests of the page that the host is told of.
 class RequestData : public ControlTest {
   protected:
@@ -352,6 +504,16 @@ TEST_F(RequestData, PassesOnWhatTheCallerPlacedInTheResponse) {
     EXPECT_EQ(events_, (Texts{L"sink: 7(null, \"<Response/>\")", L"sink: 7(\"r\", null)"}));
 }
 
+TEST_F(RequestData, PassesEmbeddedNulsOn) {
+    control_.SubscribeToNotifications();
+    const std::wstring request{L'a', L'\0', L'b'};
+    const std::wstring answer{L'\0', L'c'};
+    const OwnedBstr response = MakeBstr(answer);
+    BSTR slot = response.Get();
+    EXPECT_EQ(control_.ProcessLHRequestData(Argument(request), &slot), S_OK);
+    EXPECT_EQ(events_, Texts{L"sink: 7(\"" + request + L"\", \"" + answer + L"\")"});
+}
+
 TEST_F(RequestData, WritesNothingBack) {
     control_.SubscribeToNotifications();
     EXPECT_EQ(Send(), S_OK);
@@ -367,9 +529,11 @@ TEST_F(RequestData, FailsWithoutASubscriber) {
     EXPECT_EQ(events_, Texts{});
 }
 
-TEST_F(RequestData, NeedsAPlaceForTheResponse) {
+TEST_F(RequestData, NeedsAPlaceForTheResponseOnceSomebodyIsSubscribed) {
+    EXPECT_EQ(control_.ProcessLHRequestData(Argument(L"r"), nullptr), E_FAIL);
     control_.SubscribeToNotifications();
     EXPECT_EQ(control_.ProcessLHRequestData(Argument(L"r"), nullptr), E_POINTER);
+    EXPECT_EQ(events_, Texts{});
 }
 
 class Sinks : public ControlTest {
@@ -460,6 +624,20 @@ class ScriptCalls : public ControlTest {
     [[nodiscard]] static std::wstring Call(const std::wstring& script, const std::wstring& browser = L"7") {
         return L"first: ExecuteJavaScript(\"" + browser + L"\", \"" + script + L"\")";
     }
+    // A script that ends in another one, and then in this.
+    void FailAfterNesting(const std::function<void()>& fail) {
+        HRESULT inner = E_UNEXPECTED;
+        bridge_.on_script = [&] {
+            bridge_.on_script = nullptr;
+            inner = Execute(L"inner", 0, L"fn");
+            fail();
+        };
+        EXPECT_EQ(Execute(L"outer", 0, L"fn"), E_FAIL);
+        EXPECT_EQ(inner, S_OK);
+        ExpectNoLibrary();
+        bridge_.throws_at_end = false;
+        EXPECT_EQ(Execute(L"next", 0, L"fn"), S_OK);
+    }
 
     LibraryFolder library_{L"first"};
 };
@@ -547,23 +725,21 @@ TEST_F(ScriptCalls, FailWhenTheirTextCannotBeMadeAndFreeTheLibrary) {
 
 TEST_F(ScriptCalls, FailWhenAnExceptionLeavesTheFunctionAndFreeTheLibrary) {
 #ifdef _WIN64
-    bridge_.on_script = [] { throw std::runtime_error("the page is gone"); };
+    bridge_.throws_at_end = true;
     EXPECT_EQ(Execute(L"a", 0, L"fn"), E_FAIL);
-    EXPECT_FALSE(IsBridgeLoaded());
-    bridge_.on_script = nullptr;
+    ExpectNoLibrary();
+    bridge_.throws_at_end = false;
     EXPECT_EQ(Execute(L"b", 0, L"fn"), S_OK);
 #else
-    GTEST_SKIP() << "exceptions do not cross from one module to another with this compiler on x86";
+    GTEST_SKIP() << kNoExceptionsBetweenModules;
 #endif
 }
 
 TEST_F(ScriptCalls, FailWhenAStructuredExceptionLeavesTheFunctionAndFreeTheLibrary) {
-    const DWORD thrown_by_another_compiler = 0xE06D7363;
-    for (const DWORD code : {static_cast<DWORD>(EXCEPTION_ACCESS_VIOLATION), thrown_by_another_compiler}) {
+    for (const DWORD code : kStructuredExceptions) {
         bridge_.on_script = [code] { ::RaiseException(code, 0, 0, nullptr); };
         EXPECT_EQ(Execute(L"a", 0, L"fn"), E_FAIL);
-        EXPECT_FALSE(IsBridgeLoaded());
-        EXPECT_FALSE(g_hBridgeModule);
+        ExpectNoLibrary();
     }
     bridge_.on_script = nullptr;
     EXPECT_EQ(Execute(L"b", 0, L"fn"), S_OK);
@@ -578,6 +754,21 @@ TEST_F(ScriptCalls, MayNest) {
     EXPECT_EQ(Execute(L"outer", 0, L"fn"), S_OK);
     EXPECT_EQ(bridge_.calls, (Texts{Call(L"fn(\"outer\")", L""), Call(L"fn(\"inner\")", L"")}));
     EXPECT_FALSE(IsBridgeLoaded());
+}
+
+// The inner script has freed the library by then.
+TEST_F(ScriptCalls, FailWhenTheyNestBeforeAnExceptionAndFreeTheLibrary) {
+#ifdef _WIN64
+    FailAfterNesting([this] { bridge_.throws_at_end = true; });
+#else
+    GTEST_SKIP() << kNoExceptionsBetweenModules;
+#endif
+}
+
+TEST_F(ScriptCalls, FailWhenTheyNestBeforeAStructuredExceptionAndFreeTheLibrary) {
+    for (const DWORD code : kStructuredExceptions) {
+        FailAfterNesting([code] { ::RaiseException(code, 0, 0, nullptr); });
+    }
 }
 
 }  // namespace

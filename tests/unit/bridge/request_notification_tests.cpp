@@ -1,6 +1,7 @@
 // The page's own requests, of which the control on the accounting object's channel is told.
 
 #include "bridge/channel_registry.hpp"
+#include "tests/support/site_stand_in.hpp"
 #include "tests/unit/bridge/control_test.hpp"
 
 namespace paylodge::test {
@@ -72,6 +73,69 @@ TEST_F(RequestNotification, TellsNobodyWithoutAChannelName) {
     RespondExactly(L"<R/>");
     EXPECT_EQ(Process(), (Result{S_OK, L"<R/>"}));
     EXPECT_EQ(events_, Texts{});
+}
+
+// The control on the object's channel is asked to pass the request on, and does so on the channel of the pushes.
+TEST_F(RequestNotification, ReachesTheControlOnTheChannelOfThePushes) {
+    const auto pushed = Control::Create();
+    const auto pushed_sink = ComObject<EventSink>::Create(L"pushed", events_);
+    static_cast<void>(Advise(*pushed.Get(), *pushed_sink.Get()));
+    EXPECT_EQ(object_.SetNotificationChannel(Argument(L"Requests")), S_OK);
+    control_->SubscribeToNotifications2(Argument(L"Requests"));
+    pushed->SubscribeToNotifications2(Argument(L"Pushes"));
+    EXPECT_EQ(control_->SetChannelName(Argument(L"Pushes")), S_OK);
+    RespondExactly(L"<R/>");
+    EXPECT_EQ(Process(), (Result{S_OK, L"<R/>"}));
+    EXPECT_EQ(events_, Texts{L"pushed: 7(\"<Body/>\", \"<R/>\")"});
+    // Without a control on the object's own channel nobody passes it on.
+    control_->UnSubscribeFromNotifications2(Argument(L"Requests"));
+    EXPECT_EQ(Process().code, S_OK);
+    EXPECT_EQ(events_.size(), 1U);
+}
+
+// Null is the empty name.
+TEST_F(RequestNotification, TellsTheControlOnTheEmptyChannelWithoutAChannelName) {
+    control_->SubscribeToNotifications2(Argument(L""));
+    EXPECT_EQ(control_->SetChannelName(nullptr), S_OK);
+    EXPECT_EQ(Process().code, S_OK);
+    EXPECT_EQ(events_.size(), 1U);
+    EXPECT_EQ(object_.SetNotificationChannel(Argument(L"Feature")), S_OK);
+    EXPECT_EQ(Process().code, S_OK);
+    EXPECT_EQ(events_.size(), 1U);
+    EXPECT_EQ(object_.SetNotificationChannel(nullptr), S_OK);
+    EXPECT_EQ(Process().code, S_OK);
+    EXPECT_EQ(events_.size(), 2U);
+}
+
+TEST_F(RequestNotification, TellsTheControlOnTheChannelThatWasSetLast) {
+    control_->SubscribeToNotifications2(Argument(L"second"));
+    EXPECT_EQ(control_->SetChannelName(Argument(L"second")), S_OK);
+    EXPECT_EQ(object_.SetNotificationChannel(Argument(L"first")), S_OK);
+    EXPECT_EQ(Process().code, S_OK);
+    EXPECT_EQ(events_, Texts{});
+    EXPECT_EQ(object_.SetNotificationChannel(Argument(L"second")), S_OK);
+    EXPECT_EQ(Process().code, S_OK);
+    EXPECT_EQ(events_.size(), 1U);
+}
+
+TEST_F(RequestNotification, KeepsACopyOfTheChannelName) {
+    UseChannel(L"Feature");
+    control_->SubscribeToNotifications2(Argument(L"Feature"));
+    const Argument name(L"Feature");
+    EXPECT_EQ(object_.SetNotificationChannel(name), S_OK);
+    static_cast<BSTR>(name)[0] = L'X';
+    EXPECT_EQ(Process().code, S_OK);
+    EXPECT_EQ(events_.size(), 1U);
+}
+
+TEST_F(RequestNotification, TellsNobodyOfARequestOfARefusedPage) {
+    UseChannel(L"Feature");
+    control_->SubscribeToNotifications2(Argument(L"Feature"));
+    SiteStandIn site(PageAt(kRefusedPage));
+    const OnSite on_site(static_cast<IObjectWithSite*>(&object_), site);
+    EXPECT_EQ(Process(), (Result{E_FAIL, kUntouched}));
+    EXPECT_EQ(events_, Texts{});
+    EXPECT_TRUE(host_.requests.empty());
 }
 
 TEST_F(RequestNotification, TellsNobodyOfAnotherChannel) {

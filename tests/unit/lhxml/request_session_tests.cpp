@@ -252,6 +252,33 @@ TEST_F(RequestSession, NeedsABroker) {
     ExpectFailure("");
 }
 
+TEST_F(RequestSession, AsksForABrokerOfItsOwn) {
+    EXPECT_EQ(S_OK, Send());
+    EXPECT_EQ(std::vector<IUnknown*>{nullptr}, host_.outer_objects);
+}
+
+TEST_F(RequestSession, TakesNothingForABrokerThatCouldNotBeMade) {
+    host_.has_broker = false;
+    EXPECT_EQ(E_FAIL, Send());
+    EXPECT_TRUE(host_.calls.empty());
+    ExpectFailure("");
+}
+
+TEST(RequestSessionBeside, ABrokerOfAnotherProcessDoesWithoutIt) {
+    HostStandIn elsewhere(CLSCTX_LOCAL_SERVER);
+    // Whatever is registered on this machine.
+    HostStandIn in_process;
+    in_process.failures = {{"CreateInstance", E_ACCESSDENIED}};
+    ComPtr<IClassFactory> class_object;
+    ASSERT_EQ(S_OK, ::CoGetClassObject(kHostObjectBrokerClass, CLSCTX_LOCAL_SERVER, nullptr, IID_IClassFactory,
+                                       class_object.ReceiveVoid()));
+    lhXMLRPWrapper session("", "<LHXML/>");
+    OwnedBstr response;
+    EXPECT_EQ(E_FAIL, session.SendRequest(response.Receive()));
+    EXPECT_EQ(1U, in_process.outer_objects.size());
+    EXPECT_TRUE(elsewhere.outer_objects.empty());
+}
+
 TEST_F(RequestSession, NeedsAProcessor) {
     host_.failures = {{"CreateObjectFromClassId", E_ACCESSDENIED}};
     EXPECT_EQ(E_FAIL, Send());

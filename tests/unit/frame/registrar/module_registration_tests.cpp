@@ -1,4 +1,5 @@
 // The module itself, registered from a folder with an awkward name.
+#include "frame/com/com_ptr.hpp"
 #include "frame/com/module.hpp"
 #include "tests/unit/frame/registrar/scratch_registry.hpp"
 
@@ -33,6 +34,22 @@ class ModuleRegistration : public ScratchRegistry {
     }
     [[nodiscard]] const std::wstring& Path() const noexcept { return path_; }
 
+    // The registry refuses lasting keys below a volatile one.
+    void MakeVolatile(const wchar_t* path) const {
+        RegistryKey key;
+        EXPECT_EQ(
+            ::RegCreateKeyExW(Root(), path, 0, nullptr, REG_OPTION_VOLATILE, KEY_READ, nullptr, key.Receive(), nullptr),
+            ERROR_SUCCESS);
+    }
+    // What automation itself says to the registration of the module's type library.
+    [[nodiscard]] HRESULT RegisterLibraryAlone() const {
+        ComPtr<ITypeLib> library;
+        EXPECT_EQ(::LoadTypeLibEx(path_.c_str(), REGKIND_NONE, library.Receive()), S_OK);
+        std::wstring path = path_;
+        std::wstring folder = folder_;
+        return ::RegisterTypeLib(library.Get(), path.data(), folder.data());
+    }
+
   private:
     std::wstring folder_;
     std::wstring path_;
@@ -62,6 +79,36 @@ TEST_F(ModuleRegistration, MayBeDoneTwice) {
     ASSERT_EQ(Call("DllRegisterServer"), S_OK);
     EXPECT_EQ(Call("DllRegisterServer"), S_OK);
     EXPECT_EQ(CountSubkeys(L"CLSID"), 2u);
+}
+
+TEST_F(ModuleRegistration, GivesTheRegistrysFailureAndLeavesNothingHalfDone) {
+    MakeVolatile(L"CLSID");
+    EXPECT_EQ(Call("DllRegisterServer"), HRESULT_FROM_WIN32(ERROR_CHILD_MUST_BE_VOLATILE));
+    EXPECT_FALSE(HasKey(L"Paylodge.Paylodge"));
+    EXPECT_EQ(CountSubkeys(L"CLSID"), 0u);
+    EXPECT_FALSE(HasKey(L"TypeLib"));
+}
+
+TEST_F(ModuleRegistration, GivesTheFailureOfTheTypeLibraryAndLeavesNothingHalfDone) {
+    MakeVolatile(L"TypeLib");
+    const HRESULT failure = RegisterLibraryAlone();
+    ASSERT_TRUE(FAILED(failure));
+    EXPECT_EQ(Call("DllRegisterServer"), failure);
+    EXPECT_FALSE(HasKey(L"Paylodge.Paylodge"));
+    EXPECT_EQ(CountSubkeys(L"CLSID"), 0u);
+    EXPECT_EQ(CountSubkeys(L"TypeLib"), 0u);
+}
+
+// A deleted key is open as long as somebody uses it.
+TEST_F(ModuleRegistration, FailsWhereTheClassesAreGone) {
+    CreateKey(L"Gone");
+    RegistryKey gone;
+    ASSERT_EQ(::RegOpenKeyExW(Root(), L"Gone", 0, KEY_ALL_ACCESS, gone.Receive()), ERROR_SUCCESS);
+    ASSERT_EQ(::RegDeleteKeyW(Root(), L"Gone"), ERROR_SUCCESS);
+    ASSERT_EQ(::RegOverridePredefKey(HKEY_CLASSES_ROOT, gone.Get()), ERROR_SUCCESS);
+    EXPECT_EQ(Call("DllRegisterServer"), HRESULT_FROM_WIN32(ERROR_KEY_DELETED));
+    EXPECT_EQ(Call("DllUnregisterServer"), HRESULT_FROM_WIN32(ERROR_KEY_DELETED));
+    EXPECT_EQ(CountSubkeys(nullptr), 0u);
 }
 
 }  // namespace
