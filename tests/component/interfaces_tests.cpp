@@ -85,29 +85,22 @@ struct Entry {
 };
 
 // Called through slots, as a browser that has only the published interface does.
-template <class... Parameters>
-[[nodiscard]] HRESULT Call(IUnknown& object, int slot, Parameters... parameters) {
-    using Function = HRESULT STDMETHODCALLTYPE(IUnknown*, Parameters...);
-    void** const functions = *reinterpret_cast<void***>(&object);
-    return reinterpret_cast<Function*>(functions[slot])(&object, parameters...);
-}
-
 TEST_F(Interfaces, SiteLockHasItsSlotsInOrder) {
     const ComPtr<IUnknown> lock = Query(kObjectSafetySiteLock);
     DWORD supported = 7;
     DWORD enabled = 7;
-    EXPECT_EQ(S_OK, Call(*lock.Get(), 3, &IID_IDispatch, &supported, &enabled));
+    EXPECT_EQ(S_OK, CallThroughSlot(*lock.Get(), 3, &IID_IDispatch, &supported, &enabled));
     EXPECT_EQ(1U, supported);
     EXPECT_EQ(0U, enabled);
-    EXPECT_EQ(S_OK, Call(*lock.Get(), 4, &IID_IDispatch, DWORD{1}, DWORD{0}));
-    EXPECT_EQ(S_OK, Call(*lock.Get(), 3, &IID_IDispatch, &supported, &enabled));
+    EXPECT_EQ(S_OK, CallThroughSlot(*lock.Get(), 4, &IID_IDispatch, DWORD{1}, DWORD{0}));
+    EXPECT_EQ(S_OK, CallThroughSlot(*lock.Get(), 3, &IID_IDispatch, &supported, &enabled));
     EXPECT_EQ(1U, enabled);
     DWORD capability = 0;
-    EXPECT_EQ(S_OK, Call(*lock.Get(), 5, &capability));
+    EXPECT_EQ(S_OK, CallThroughSlot(*lock.Get(), 5, &capability));
     EXPECT_EQ(65540U, capability);
     const Entry* entries = nullptr;
     DWORD count = 0;
-    EXPECT_EQ(S_OK, Call(*lock.Get(), 6, &entries, &count));
+    EXPECT_EQ(S_OK, CallThroughSlot(*lock.Get(), 6, &entries, &count));
     EXPECT_EQ(10U, count);
     EXPECT_NE(nullptr, entries);
 }
@@ -122,7 +115,7 @@ TEST_F(Interfaces, SiteLockListsTheApprovedSites) {
     };
     const Entry* entries = nullptr;
     DWORD count = 0;
-    ASSERT_EQ(S_OK, Call(*Query(kObjectSafetySiteLock).Get(), 6, &entries, &count));
+    ASSERT_EQ(S_OK, CallThroughSlot(*Query(kObjectSafetySiteLock).Get(), 6, &entries, &count));
     ASSERT_EQ(std::size(expected), count);
     for (DWORD index = 0; index < count; ++index) {
         EXPECT_EQ(expected[index].category, entries[index].category) << index;
@@ -134,22 +127,22 @@ TEST_F(Interfaces, SiteLockListsTheApprovedSites) {
 TEST_F(Interfaces, SiteLockTellsItsCapabilities) {
     const ComPtr<IUnknown> lock = Query(kObjectSafetySiteLock);
     DWORD capability = 1;
-    EXPECT_EQ(S_OK, Call(*lock.Get(), 5, &capability));
+    EXPECT_EQ(S_OK, CallThroughSlot(*lock.Get(), 5, &capability));
     EXPECT_EQ(0U, capability);
     capability = 2;
-    EXPECT_EQ(E_NOTIMPL, Call(*lock.Get(), 5, &capability));
+    EXPECT_EQ(E_NOTIMPL, CallThroughSlot(*lock.Get(), 5, &capability));
     EXPECT_EQ(0U, capability);
 }
 
 TEST_F(Interfaces, SafetyHasOneOptionOnly) {
     const ComPtr<IUnknown> lock = Query(kObjectSafetySiteLock);
-    ASSERT_EQ(S_OK, Call(*lock.Get(), 4, &IID_IDispatch, DWORD{1}, DWORD{1}));
-    EXPECT_EQ(E_FAIL, Call(*lock.Get(), 4, &IID_IDispatch, DWORD{2}, DWORD{1}));
-    EXPECT_EQ(E_FAIL, Call(*lock.Get(), 4, &IID_IDispatch, DWORD{3}, DWORD{1}));
-    EXPECT_EQ(E_NOINTERFACE, Call(*lock.Get(), 4, &IID_IPaylodgeCtrl, DWORD{1}, DWORD{1}));
+    ASSERT_EQ(S_OK, CallThroughSlot(*lock.Get(), 4, &IID_IDispatch, DWORD{1}, DWORD{1}));
+    EXPECT_EQ(E_FAIL, CallThroughSlot(*lock.Get(), 4, &IID_IDispatch, DWORD{2}, DWORD{1}));
+    EXPECT_EQ(E_FAIL, CallThroughSlot(*lock.Get(), 4, &IID_IDispatch, DWORD{3}, DWORD{1}));
+    EXPECT_EQ(E_NOINTERFACE, CallThroughSlot(*lock.Get(), 4, &IID_IPaylodgeCtrl, DWORD{1}, DWORD{1}));
     DWORD supported = 7;
     DWORD enabled = 7;
-    EXPECT_EQ(S_OK, Call(*lock.Get(), 3, &IID_IDispatch, &supported, &enabled));
+    EXPECT_EQ(S_OK, CallThroughSlot(*lock.Get(), 3, &IID_IDispatch, &supported, &enabled));
     EXPECT_EQ(1U, enabled);
 }
 
@@ -157,22 +150,22 @@ TEST_F(Interfaces, SafetyAndSiteLockNeedPlacesForTheirResults) {
     const ComPtr<IUnknown> lock = Query(kObjectSafetySiteLock);
     DWORD* const no_number = nullptr;
     DWORD number = 7;
-    EXPECT_EQ(E_POINTER, Call(*lock.Get(), 3, &IID_IDispatch, no_number, &number));
-    EXPECT_EQ(E_POINTER, Call(*lock.Get(), 3, &IID_IDispatch, &number, no_number));
-    EXPECT_EQ(E_POINTER, Call(*lock.Get(), 5, no_number));
+    EXPECT_EQ(E_POINTER, CallThroughSlot(*lock.Get(), 3, &IID_IDispatch, no_number, &number));
+    EXPECT_EQ(E_POINTER, CallThroughSlot(*lock.Get(), 3, &IID_IDispatch, &number, no_number));
+    EXPECT_EQ(E_POINTER, CallThroughSlot(*lock.Get(), 5, no_number));
     const Entry** const no_entries = nullptr;
     const Entry* entries = nullptr;
-    EXPECT_EQ(E_POINTER, Call(*lock.Get(), 6, no_entries, &number));
-    EXPECT_EQ(E_POINTER, Call(*lock.Get(), 6, &entries, no_number));
+    EXPECT_EQ(E_POINTER, CallThroughSlot(*lock.Get(), 6, no_entries, &number));
+    EXPECT_EQ(E_POINTER, CallThroughSlot(*lock.Get(), 6, &entries, no_number));
 }
 
 TEST_F(Interfaces, SafetyIsSharedByBothItsInterfaces) {
-    EXPECT_EQ(S_OK, Call(*Query(kObjectSafety).Get(), 4, &IID_IDispatch, DWORD{1}, DWORD{1}));
+    EXPECT_EQ(S_OK, CallThroughSlot(*Query(kObjectSafety).Get(), 4, &IID_IDispatch, DWORD{1}, DWORD{1}));
     DWORD supported = 7;
     DWORD enabled = 7;
-    EXPECT_EQ(S_OK, Call(*Query(kObjectSafetySiteLock).Get(), 3, &IID_IDispatch, &supported, &enabled));
+    EXPECT_EQ(S_OK, CallThroughSlot(*Query(kObjectSafetySiteLock).Get(), 3, &IID_IDispatch, &supported, &enabled));
     EXPECT_EQ(1U, enabled);
-    EXPECT_EQ(E_NOINTERFACE, Call(*Query(kObjectSafety).Get(), 3, &IID_IPaylodgeCtrl, &supported, &enabled));
+    EXPECT_EQ(E_NOINTERFACE, CallThroughSlot(*Query(kObjectSafety).Get(), 3, &IID_IPaylodgeCtrl, &supported, &enabled));
     EXPECT_EQ(0U, supported);
     EXPECT_EQ(0U, enabled);
 }

@@ -39,6 +39,14 @@ struct Outcome {
 // Null in the place of the result.
 [[nodiscard]] HRESULT CallSlotWithoutResult(IUnknown& object, const Member& member);
 
+// A slot called as a function with these parameters, whatever the interface's header says.
+template <class... Parameters>
+[[nodiscard]] HRESULT CallThroughSlot(IUnknown& object, int slot, Parameters... parameters) {
+    using Function = HRESULT STDMETHODCALLTYPE(IUnknown*, Parameters...);
+    void** const functions = *reinterpret_cast<void***>(&object);
+    return reinterpret_cast<Function*>(functions[slot])(&object, parameters...);
+}
+
 // One slot called with one string.
 [[nodiscard]] HRESULT CallSlot(IUnknown& object, int slot, BSTR argument);
 

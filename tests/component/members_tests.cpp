@@ -176,5 +176,36 @@ TEST_P(Property, PutThroughTheSlotIsGotByNameFromAnotherObject) {
     EXPECT_EQ(Value(), got.results);
 }
 
+// A boolean as callers may push it: in a whole machine word, of which the lower half counts.
+struct BooleanWord {
+    ULONG_PTR word;
+    bool is_true;
+};
+
+class Boolean : public Component, public ::testing::WithParamInterface<BooleanWord> {};
+INSTANTIATE_TEST_SUITE_P(Words, Boolean,
+                         ValuesIn({BooleanWord{0x0001FFFF, true}, BooleanWord{0xFFFFFFFF, true},
+                                   BooleanWord{0xFFFF0001, false}, BooleanWord{0xFFFF0000, false}}));
+
+TEST_P(Boolean, OfABatchIsItsLower16Bits) {
+    constexpr std::wstring_view kResponse = L"<LHXML><LHXMLMsgsRs/></LHXML>";
+    host.answers.push_back({.response = std::wstring(kResponse)});
+    OwnedBstr result;
+    EXPECT_EQ(S_OK, CallThroughSlot(*paylodge.Get(), FindMember("CreateTxns").slot, MakeBstr(L"").Get(),
+                                    GetParam().word, result.Receive()));
+    EXPECT_EQ(GetParam().is_true ? kResponse : L"<LHXMLMsgsRs>\r\n</LHXMLMsgsRs>\r\n", View(result));
+}
+
+TEST_P(Boolean, OfAnActivationIsItsLower16Bits) {
+    host.answers.push_back({.response = L"<AccountQueryRs><AccountRet><ListID>1</ListID><EditSequence>2</EditSequence>"
+                                        L"</AccountRet></AccountQueryRs>"});
+    host.answers.push_back({.response = L"<AccountModRs statusCode='0'/>"});
+    EXPECT_EQ(S_OK, CallThroughSlot(*paylodge.Get(), FindMember("ActivateOrDeactivateAccount").slot,
+                                    MakeBstr(L"Tips").Get(), GetParam().word));
+    ASSERT_EQ(2U, host.requests.size());
+    EXPECT_NE(std::wstring::npos,
+              host.requests[1].find(GetParam().is_true ? L"<IsActive>true</IsActive>" : L"<IsActive>false</IsActive>"));
+}
+
 }  // namespace
 }  // namespace paylodge::test

@@ -4,8 +4,10 @@
 #include <gtest/gtest.h>
 
 #include "frame/com/ansi_text.hpp"
+#include "tests/component/control_under_test.hpp"
 #include "tests/component/member_call.hpp"
 #include "tests/component/module_under_test.hpp"
+#include "tests/unit/frame/com/control/recording_container.hpp"
 
 namespace paylodge::test {
 namespace {
@@ -177,6 +179,42 @@ TEST_F(NotificationChannel, WithNobodyOnItLeavesTheResponseAlone) {
     const Outcome outcome = CallSlot(*paylodge.Get(), FindMember("ProcessLHRequest"));
     EXPECT_EQ(S_OK, outcome.result);
     EXPECT_EQ("\"<LHXML></LHXML>\"", outcome.results);
+}
+
+// A control of the same module, whose events are recorded.
+class NotifiedControl : public NotificationChannel {
+  protected:
+    NotifiedControl() {
+        DWORD cookie = 0;
+        EXPECT_EQ(S_OK, EventPoint(*control_.Get())->Advise(sink_.Get(), &cookie));
+        EXPECT_EQ(S_OK, control_->SubscribeToNotifications2(name_.Get()));
+        EXPECT_EQ(S_OK, control_->SetChannelName(name_.Get()));
+    }
+    [[nodiscard]] Outcome Process() { return CallSlot(*paylodge.Get(), FindMember("ProcessLHRequest")); }
+
+    const OwnedBstr name_ = MakeBstr(L"channel");
+    Record record_;
+    const ComPtr<ComObject<RecordingSink>> sink_ = ComObject<RecordingSink>::Create(record_, "event", kControlEvents);
+    const ComPtr<IPaylodgeCtrl10> control_ = CreateControl(module);
+};
+
+TEST_F(NotifiedControl, IsToldOfTheRequestOnceTheObjectHasItsChannel) {
+    static_cast<void>(Process());
+    EXPECT_EQ("", record_.Take());
+    EXPECT_EQ(S_OK, Set(name_.Get()));
+    EXPECT_EQ("\"<LHXML></LHXML>\"", Process().results);
+    EXPECT_EQ("event7", record_.Take());
+    EXPECT_EQ((std::vector<std::wstring>{L"a&1", L"<LHXML></LHXML>"}), sink_->arguments);
+    EXPECT_EQ(S_OK, Set(nullptr));
+    static_cast<void>(Process());
+    EXPECT_EQ("", record_.Take());
+}
+
+// The channel's name is the object's own copy.
+TEST_F(NotifiedControl, IsToldAlthoughTheNameThatWasSetIsGone) {
+    EXPECT_EQ(S_OK, Set(MakeBstr(L"channel").Get()));
+    static_cast<void>(Process());
+    EXPECT_EQ("event7", record_.Take());
 }
 
 }  // namespace

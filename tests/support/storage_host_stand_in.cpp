@@ -316,6 +316,9 @@ StorageHostStandIn::~StorageHostStandIn() {
 
 HRESULT StorageHostStandIn::Record(const std::string& method, const std::string& arguments) {
     calls.push_back(method + "(" + arguments + ")");
+    if (const auto reaction = on_call.find(method); reaction != on_call.end()) {
+        reaction->second();
+    }
     if (calls.size() == failing_call) {
         return E_FAIL;
     }

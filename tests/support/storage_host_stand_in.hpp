@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <set>
@@ -62,6 +63,9 @@ class StorageHostStandIn {
 
     // The company file: records by category and number.
     std::map<std::wstring, std::map<LONG, StoredRecord>> categories;
+    // Run when a call is recorded, by method name.
+    std::map<std::string, std::function<void()>> on_call;
+
     // What GetFolder gives.
     std::wstring folder;
 

@@ -10,6 +10,7 @@
 
 #include "lhxml/envelope.hpp"
 #include "tests/support/document_watch.hpp"
+#include "tests/support/thread_locale.hpp"
 #include "tests/unit/lhxml/document_test.hpp"
 #include "tests/unit/lhxml/node_stand_in.hpp"
 
@@ -139,6 +140,17 @@ TEST_F(Dom, SaysThatTheDocumentCannotBeCreated) {
 
 TEST_F(Dom, LoadsTextOfTheAnsiCodePage) { EXPECT_EQ("caf\xE9 \x80", FirstText("<A><B>caf\xE9 \x80</B></A>", L"B")); }
 
+TEST_F(Dom, LoadsTextOfTheThreadsCodePageNotTheSystems) {
+    ComPtr<IXMLDOMNode> top;
+    {
+        const ThreadLocale locale(kGreek);
+        top = TopElement("<A>\xE1</A>");
+    }
+    OwnedBstr text;
+    EXPECT_EQ(S_OK, top->get_text(text.Receive()));
+    EXPECT_EQ(L"\x3B1", View(text));
+}
+
 TEST_F(Dom, GivesCharactersOutsideTheCodePageAsItsDefault) {
     EXPECT_EQ("a?b", FirstText("<A><B>a&#x65E5;b</B></A>", L"B"));
 }
@@ -170,6 +182,14 @@ TEST_F(Dom, AttributeNamesAreCaseSensitive) {
 
 TEST_F(Dom, AttributesAreReadInTheAnsiCodePage) {
     EXPECT_EQ((Reading{S_OK, "\xFC?"}), ReadAttribute("<A \xE9='\xFC&#x65E5;'/>", "\xE9"));
+}
+
+TEST_F(Dom, AttributeNamesAreOfTheThreadsCodePageNotTheSystems) {
+    const auto attributes = AttributesOf("<A \xE1='1'/>");
+    EXPECT_EQ((Reading{S_OK, "1"}), ReadAttribute(attributes.Get(), "\xE1"));
+    const ThreadLocale locale(kGreek);
+    EXPECT_EQ((Reading{S_FALSE, "sentinel"}), ReadAttribute(attributes.Get(), "\xE1"));
+    EXPECT_EQ((Reading{S_OK, "1"}), ReadAttribute("<A \xE1='1'/>", "\xE1"));
 }
 
 TEST_F(Dom, AttributeLookupGivesItsFailureAndLeavesTheValue) {

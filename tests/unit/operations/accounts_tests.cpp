@@ -399,6 +399,14 @@ TEST_F(ActivateOrDeactivateAccount, IsJudgedByTheModificationsStatusWithoutToler
     EXPECT_EQ(Result{E_FAIL}, Switch(VARIANT_TRUE));
 }
 
+TEST_F(ActivateOrDeactivateAccount, SucceedsWithoutTheExpectedElement) {
+    Respond(AccountThatIs(L"false"));
+    Respond(LR"(<AccountAddRs statusCode="1"/>)");
+    // The lookup's own success code.
+    EXPECT_TRUE(SUCCEEDED(Switch(VARIANT_TRUE).code));
+    EXPECT_THAT(Sent(), ElementsAre(kAccountByName, ModificationTo("true")));
+}
+
 TEST_F(ActivateOrDeactivateAccount, ReturnsTheCodeOfAModificationThatCannotBeSent) {
     Respond(AccountThatIs(L"false"));
     host_.answers.push_back({.result = kHostFailure});

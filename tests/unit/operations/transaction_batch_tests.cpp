@@ -68,9 +68,12 @@ const std::string kGenericItem = AddEntry("ItemPayment", "                <Name>
     return "<CreditMemoAddRq><CreditMemoAdd><Memo>" + memo + "</Memo></CreditMemoAdd></CreditMemoAddRq>";
 }
 
+[[nodiscard]] std::string Reference(const std::string& account) {
+    return "<DepositToAccountRef><FullName>" + account + "</FullName></DepositToAccountRef>";
+}
+
 [[nodiscard]] std::string DepositTo(const std::string& account) {
-    return "<DepositAddRq><DepositAdd><DepositToAccountRef><FullName>" + account +
-           "</FullName></DepositToAccountRef></DepositAdd></DepositAddRq>";
+    return "<DepositAddRq><DepositAdd>" + Reference(account) + "</DepositAdd></DepositAddRq>";
 }
 
 TEST_F(CreateTxns, SendsTheRequestsAsGivenInsideTheEnvelope) {
@@ -176,6 +179,25 @@ TEST_F(CreateTxns, CreatesTheHoldingAccountForADepositToIt) {
     EXPECT_THAT(PreparationsOf(DepositTo("Credit Card Holding Account")), ElementsAre(kHoldingAccount));
 }
 
+TEST_F(CreateTxns, CreatesTheHoldingAccountThatTheFirstFullNameOnTheWayNames) {
+    const std::string holding = Reference("Credit Card Holding Account");
+    for (const std::string& deposits :
+         {"<DepositAdd><DepositToAccountRef/>" + holding + "</DepositAdd>",
+          "<DepositAdd><DepositToAccountRef><ListID>1</ListID></DepositToAccountRef>" + holding + "</DepositAdd>",
+          "<DepositAdd/><DepositAdd>" + holding + "</DepositAdd>",
+          "<DepositAdd><DepositToAccountRef/></DepositAdd><DepositAdd>" + holding + "</DepositAdd>",
+          "<DepositAdd>" + holding + Reference("Checking") + "</DepositAdd>"}) {
+        EXPECT_THAT(PreparationsOf("<DepositAddRq>" + deposits + "</DepositAddRq>"), ElementsAre(kHoldingAccount))
+            << deposits;
+    }
+    for (const std::string& deposits :
+         {"<DepositAdd>" + Reference("Checking") + holding + "</DepositAdd>",
+          "<DepositAdd>" + Reference("") + holding + "</DepositAdd>",
+          "<DepositAdd>" + Reference("Checking") + "</DepositAdd><DepositAdd>" + holding + "</DepositAdd>"}) {
+        EXPECT_THAT(PreparationsOf("<DepositAddRq>" + deposits + "</DepositAddRq>"), IsEmpty()) << deposits;
+    }
+}
+
 TEST_F(CreateTxns, CreatesNoAccountForOtherDeposits) {
     for (const std::string& request :
          {DepositTo("Credit card holding account"), DepositTo("Credit Card Holding Account 2"), DepositTo(""),
@@ -211,6 +233,11 @@ TEST_F(CreateTxns, GivesTheFullResponseUnread) {
         RespondExactly(response);
         EXPECT_EQ((Result{S_OK, response}), Create(L"", VARIANT_TRUE));
     }
+}
+
+TEST_F(CreateTxns, GivesTheFullResponseInTheCodePage) {
+    RespondExactly(L"<R>\u00e9\u20ac\u4e2d</R>");
+    EXPECT_EQ((Result{S_OK, L"<R>\u00e9\u20ac?</R>"}), Create(L"", VARIANT_TRUE));
 }
 
 TEST_F(CreateTxns, SummarizesWithoutAMessageSetAsNothing) {
@@ -273,6 +300,19 @@ TEST_F(CreateTxns, SummarizesTheFirstNodeOfAResponseOnly) {
 </LHXMLMsgsRs>
 )")),
               SummaryOf(L"<CheckAddRs statusCode='0'><!-- c --><CheckRet><TxnID>1</TxnID></CheckRet></CheckAddRs>"));
+}
+
+// A comment is a node like any other, whose status is empty.
+TEST_F(CreateTxns, SummarizesEveryNode) {
+    EXPECT_EQ(Lines(std::wstring_view(LR"(
+<LHXMLMsgsRs>
+    <#comment requestID="" statusCode="" statusSeverity="" statusMessage="">
+    </#comment>
+    <CheckAddRs requestID="" statusCode="1" statusSeverity="" statusMessage="">
+    </CheckAddRs>
+</LHXMLMsgsRs>
+)")),
+              SummaryOf(L"<!-- statusCode='0' --><CheckAddRs statusCode='1'/>"));
 }
 
 TEST_F(CreateTxns, SummarizesFieldsForStatusZeroAlone) {

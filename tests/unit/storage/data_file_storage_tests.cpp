@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <ostream>
+#include <string_view>
 #include <utility>
 
 #include "tests/support/no_application.hpp"
@@ -599,6 +601,56 @@ TEST_P(FailingCall, DoesNotHinderTheNextCall) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Host, FailingCall, testing::ValuesIn(kFailures), testing::PrintToStringParamName());
+
+// What is let go of, and when
+
+class LiveObjectsAtCall : public DataFileStorage {
+  protected:
+    // How many of the host's objects are alive when the method is called, for each call of the operation.
+    [[nodiscard]] std::vector<int> At(const char* method, const Operation& operation, int times) {
+        std::vector<int> counts;
+        host_.on_call[method] = [&] { counts.push_back(host_.live_objects); };
+        for (int count = 0; count < times; ++count) {
+            EXPECT_EQ(kSuccess, operation.run(storage_));
+        }
+        host_.on_call.clear();
+        return counts;
+    }
+};
+
+TEST_F(LiveObjectsAtCall, SelectReleasesTheOldCompanyBeforeItAsksForTheNewOne) {
+    const std::vector<int> counts = At("AttachToCurrentCompany", kSelect, 3);
+    EXPECT_EQ(std::vector<int>(3, counts.at(0)), counts);
+}
+
+TEST_F(LiveObjectsAtCall, OperationsReleaseTheOldRecordBeforeTheyAskForItsCollection) {
+    Select();
+    const std::vector<int> first = At("GetDataFileRecords", kRead, 1);
+    for (const Operation& operation : kOnRecord) {
+        EXPECT_EQ(first, At("GetDataFileRecords", operation, 1)) << operation.name;
+    }
+}
+
+class FailureUnderLock : public FailingCall {};
+
+TEST_P(FailureUnderLock, IsLoggedBeforeTheRecordIsUnlocked) {
+    std::string logged_before;
+    host_.on_call["Unlock"] = [&] { logged_before = log_.Take(); };
+    EXPECT_EQ(kFailure, FailWith(kHostFailure));
+    EXPECT_EQ(Logged(false, kHostFailure), logged_before);
+}
+
+[[nodiscard]] std::vector<Failure> FailuresUnderLock() {
+    constexpr std::string_view kMethods[] = {"GetPropertyBag", "Write", "PutDataVersion", "Save", "Delete"};
+    std::vector<Failure> failures;
+    std::ranges::copy_if(kFailures, std::back_inserter(failures), [&](const Failure& failure) {
+        return failure.operation.run != kRead.run && std::ranges::find(kMethods, failure.method) != std::end(kMethods);
+    });
+    return failures;
+}
+
+INSTANTIATE_TEST_SUITE_P(Host, FailureUnderLock, testing::ValuesIn(FailuresUnderLock()),
+                         testing::PrintToStringParamName());
 
 // Names that nobody expects
 

@@ -5,25 +5,12 @@
 #include <string>
 
 #include "tests/support/bstr_allocations.hpp"
+#include "tests/support/thread_locale.hpp"
 
 namespace paylodge::test {
 namespace {
 
 using namespace std::string_literals;
-
-// The calling thread's locale, and with it its code page, for a while.
-class ThreadLocale {
-  public:
-    explicit ThreadLocale(LANGID language) { EXPECT_TRUE(::SetThreadLocale(MAKELCID(language, SORT_DEFAULT))); }
-    ~ThreadLocale() { EXPECT_TRUE(::SetThreadLocale(before_)); }
-    ThreadLocale(const ThreadLocale&) = delete;
-    ThreadLocale& operator=(const ThreadLocale&) = delete;
-
-  private:
-    LCID before_ = ::GetThreadLocale();
-};
-
-constexpr LANGID kGreek = MAKELANGID(LANG_GREEK, SUBLANG_DEFAULT);
 
 TEST(AnsiText, TestsExpectTheWesternCodePage) { ASSERT_EQ(1252U, ::GetACP()); }
 
