@@ -66,7 +66,7 @@ struct AccountState {
 [[nodiscard]] AccountState ReadAccountState(const std::string& response) {
     const auto accounts = FindResponseElement(response, L"AccountQueryRs");
     auto account = FirstChild(accounts.Get());
-    while (account && !FirstChild(account.Get())) {
+    while (account && !IsElement(account.Get())) {
         account = NextSibling(account.Get());
     }
     auto [list_id, edit_sequence, is_active] =

@@ -373,7 +373,9 @@ TEST_F(ActivateOrDeactivateAccount, FailsWithoutListIDOrEditSequence) {
           L"<AccountQueryRs><A><ListID>1</ListID><IsActive>true</IsActive></A></AccountQueryRs>",
           L"<AccountQueryRs><A><EditSequence>1</EditSequence><IsActive>true</IsActive></A></AccountQueryRs>",
           L"<AccountQueryRs><A><ListID/><EditSequence>1</EditSequence></A></AccountQueryRs>",
-          L"<AccountQueryRs><A><ListID>1</ListID><EditSequence></EditSequence></A></AccountQueryRs>"}) {
+          L"<AccountQueryRs><A><ListID>1</ListID><EditSequence></EditSequence></A></AccountQueryRs>",
+          // The first account counts, whatever comes after it.
+          L"<AccountQueryRs><A/><A><ListID>1</ListID><EditSequence>1</EditSequence></A></AccountQueryRs>"}) {
         Respond(response);
         EXPECT_EQ(Result{E_FAIL}, Switch(VARIANT_TRUE)) << response;
     }
