@@ -32,7 +32,7 @@ class ControlDispatch : public ControlComponent {
 };
 
 TEST_F(ControlDispatch, NamesLeadToTheirIds) {
-    for (const ControlMember& member : ControlMembers()) {
+    for (const InterfaceMember& member : ControlMembers()) {
         EXPECT_EQ(member.id, IdOf(member.name)) << member.name;
     }
     EXPECT_EQ(7, IdOf("lhtransactionnotificationdata"));

@@ -22,7 +22,7 @@ constexpr IID kInterfaceIds[] = {
 
 constexpr const char* kTextResult = "[out,retval] BSTR* pVal";
 
-constexpr ControlMember kMembers[] = {
+constexpr InterfaceMember kMembers[] = {
     {1, 1, 7, Kind::kMethod, "NotifyTransactionChanged", "[in] BSTR bstrTransInfo", nullptr},
     {1, 2, 8, Kind::kMethod, "SubscribeToNotifications", "", "Subscribe To Notifications"},
     {1, 3, 9, Kind::kMethod, "UnSubscribeFromNotifications", "", "UnSubscribe From Notifications"},
@@ -99,11 +99,11 @@ std::string ControlInterfaceName(int number) {
     return number == 1 ? "IPaylodgeCtrl" : "IPaylodgeCtrl" + std::to_string(number);
 }
 
-std::span<const ControlMember> ControlMembers() { return kMembers; }
+std::span<const InterfaceMember> ControlMembers() { return kMembers; }
 
-const ControlMember& FindControlMember(std::string_view name, Kind kind) {
+const InterfaceMember& FindControlMember(std::string_view name, Kind kind) {
     const auto found = std::ranges::find_if(
-        kMembers, [&](const ControlMember& member) { return member.name == name && member.kind == kind; });
+        kMembers, [&](const InterfaceMember& member) { return member.name == name && member.kind == kind; });
     if (found == std::end(kMembers)) {
         throw std::invalid_argument("no such member");
     }

@@ -23,17 +23,9 @@ inline constexpr IID kControlEvents = {0x458632FF, 0x9CFF, 0x4A49, {0x95, 0x71, 
 // Such as IPaylodgeCtrl2, from 1.
 [[nodiscard]] std::string ControlInterfaceName(int number);
 
-struct ControlMember {
-    int interface_number;  // 1 is IPaylodgeCtrl
-    DISPID id;
-    int slot;
-    Kind kind;
-    const char* name;
-    const char* arguments;  // as in the interface definition; those of properties have no names
-    const char* help;       // null where no text is promised
-};
-[[nodiscard]] std::span<const ControlMember> ControlMembers();
-[[nodiscard]] const ControlMember& FindControlMember(std::string_view name, Kind kind = Kind::kMethod);
+// The first interface is IPaylodgeCtrl.
+[[nodiscard]] std::span<const InterfaceMember> ControlMembers();
+[[nodiscard]] const InterfaceMember& FindControlMember(std::string_view name, Kind kind = Kind::kMethod);
 
 struct ControlEvent {
     DISPID id;

@@ -16,15 +16,18 @@ namespace paylodge::test {
 
 enum class Kind { kMethod, kGet, kPut };
 
-struct Member {
-    int interface_number;  // 1 is IPaylodge
+// A member as the type library describes it.
+struct InterfaceMember {
+    int interface_number;  // 1 is the first, which adds to IDispatch
     DISPID id;
     int slot;
     Kind kind;
     const char* name;
     const char* arguments;  // as in the interface definition; those of properties have no names
     const char* help;       // null where no text is promised
+};
 
+struct Member : InterfaceMember {
     // What a fresh module answers, called with the arguments of MakeArguments and a host that answers every request
     // with an empty document.
     HRESULT result;

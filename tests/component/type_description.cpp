@@ -136,6 +136,18 @@ DescribedMember DescribeSlot(ITypeInfo& slots, int slot) {
     return described;
 }
 
+void ExpectDescribed(const InterfaceMember& member, const DescribedMember& described) {
+    constexpr INVOKEKIND kKinds[] = {INVOKE_FUNC, INVOKE_PROPERTYGET, INVOKE_PROPERTYPUT};
+    EXPECT_EQ(member.name, described.name);
+    EXPECT_EQ(member.id, described.id) << member.name;
+    EXPECT_EQ(kKinds[static_cast<int>(member.kind)], described.kind) << member.name;
+    EXPECT_EQ(member.arguments, described.arguments) << member.name;
+    // A property's id leads to the text of its get.
+    if (member.help != nullptr && member.kind != Kind::kPut) {
+        EXPECT_EQ(member.help, described.help) << member.name;
+    }
+}
+
 void ExpectDualInterface(ITypeInfo& dual, const std::string& name, REFIID base) {
     EXPECT_TRUE(AttributesOf(dual).wTypeFlags & TYPEFLAG_FDUAL) << name;
     const auto slots = SlotsOf(dual);

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "frame/com/com_ptr.hpp"
+#include "tests/component/members.hpp"
 
 namespace paylodge::test {
 
@@ -40,6 +41,9 @@ struct DescribedMember {
 [[nodiscard]] DescribedMember Describe(ITypeInfo& type, UINT index);
 // The member that stands in this slot of the interface that adds it.
 [[nodiscard]] DescribedMember DescribeSlot(ITypeInfo& slots, int slot);
+
+// That the library describes a member as the tests have it.
+void ExpectDescribed(const InterfaceMember& member, const DescribedMember& described);
 
 // That a dual interface is one, has the name, and extends the other interface.
 void ExpectDualInterface(ITypeInfo& dual, const std::string& name, REFIID base);

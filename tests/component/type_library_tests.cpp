@@ -81,17 +81,9 @@ TEST_F(TypeLibrary, DescribesExactlyTheMembersOfEachInterface) {
 }
 
 TEST_F(TypeLibrary, DescribesEachMemberAsItIsCalled) {
-    constexpr INVOKEKIND kKinds[] = {INVOKE_FUNC, INVOKE_PROPERTYGET, INVOKE_PROPERTYPUT};
     for (const Member& member : Members()) {
         const DescribedMember described = DescribeSlot(*Slots(member.interface_number).Get(), member.slot);
-        EXPECT_EQ(member.name, described.name);
-        EXPECT_EQ(member.id, described.id) << member.name;
-        EXPECT_EQ(kKinds[static_cast<int>(member.kind)], described.kind) << member.name;
-        EXPECT_EQ(member.arguments, described.arguments) << member.name;
-        // A property's id leads to the text of its get.
-        if (member.help != nullptr && member.kind != Kind::kPut) {
-            EXPECT_EQ(member.help, described.help) << member.name;
-        }
+        ExpectDescribed(member, described);
         EXPECT_NE("", described.help) << member.name;
     }
 }

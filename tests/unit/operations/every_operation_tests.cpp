@@ -122,12 +122,45 @@ const Operation kOperations[] = {
      false},
 };
 
+// Makes the call fail at one of its allocations after the other; what the host allocates does not fail. `check` gets
+// whether the failure was raised.
+template <class Call, class Check>
+void FailEachAllocation(HostStandIn& host, const Call& call, const Check& check) {
+    for (int number = 1;; ++number) {
+        BstrAllocations allocations(number);
+        host.on_call["BeginSession"] = [&] { allocations.Pause(); };
+        host.on_call["EndSession"] = [&] { allocations.Resume(); };
+        bool is_raised = false;
+        try {
+            call();
+        } catch (const _com_error& error) {
+            EXPECT_EQ(E_OUTOFMEMORY, error.Error()) << number;
+            is_raised = true;
+        }
+        host.on_call.clear();
+        if (!allocations.HasFailed()) {
+            break;
+        }
+        check(is_raised);
+    }
+}
+
 class EveryOperation : public OperationTest, public ::testing::WithParamInterface<Operation> {
   protected:
     void AnswerAll(HRESULT code = S_OK) {
         host_.answers.assign(GetParam().sends, {.result = code, .response = ResponseDocument(kAnswerToAll)});
     }
     [[nodiscard]] Result Call() { return GetParam().call(object_); }
+    // Once for each of its allocations, which fails then.
+    void CallWithoutEachAllocation() {
+        FailEachAllocation(
+            host_,
+            [this] {
+                AnswerAll();
+                static_cast<void>(Call());
+            },
+            [](bool) {});
+    }
 };
 
 INSTANTIATE_TEST_SUITE_P(, EveryOperation, ::testing::ValuesIn(kOperations),
@@ -192,29 +225,6 @@ TEST_P(EveryOperation, TakesEverySuccessCodeWithAnAnswerForSuccess) {
     EXPECT_EQ(S_OK, Call().code);
 }
 
-// Makes the call fail at one of its allocations after the other; what the host allocates does not fail. `check` gets
-// whether the failure was raised.
-template <class Call, class Check>
-void FailEachAllocation(HostStandIn& host, const Call& call, const Check& check) {
-    for (int number = 1;; ++number) {
-        BstrAllocations allocations(number);
-        host.on_call["BeginSession"] = [&] { allocations.Pause(); };
-        host.on_call["EndSession"] = [&] { allocations.Resume(); };
-        bool is_raised = false;
-        try {
-            call();
-        } catch (const _com_error& error) {
-            EXPECT_EQ(E_OUTOFMEMORY, error.Error()) << number;
-            is_raised = true;
-        }
-        host.on_call.clear();
-        if (!allocations.HasFailed()) {
-            break;
-        }
-        check(is_raised);
-    }
-}
-
 TEST_P(EveryOperation, RaisesAFailedAllocationAndWorksAgainAfterwards) {
     AnswerAll();
     const Result healthy = Call();
@@ -242,13 +252,7 @@ TEST_P(EveryOperation, LeavesNoStringBehindWhateverHappens) {
             AnswerAll(code);
             static_cast<void>(Call());
         }
-        FailEachAllocation(
-            host_,
-            [this] {
-                AnswerAll();
-                static_cast<void>(Call());
-            },
-            [](bool) {});
+        CallWithoutEachAllocation();
     };
     call_in_all_ways();
     const LiveAllocations allocations;
@@ -266,13 +270,7 @@ TEST_P(EveryOperation, LeavesNoDocumentBehindWhateverHappens) {
         host_.answers.assign(GetParam().sends, {.response = response});
         static_cast<void>(Call());
     }
-    FailEachAllocation(
-        host_,
-        [this] {
-            AnswerAll();
-            static_cast<void>(Call());
-        },
-        [](bool) {});
+    CallWithoutEachAllocation();
     EXPECT_EQ(GetParam().reads_documents, !watch.References().empty());
     EXPECT_THAT(watch.References(), ::testing::Each(0U));
 }
