@@ -89,8 +89,8 @@ class CDataFileRecords : public IHostDataFileRecords {
   public:
     using Interfaces = InterfaceTable<Entry<IUnknown, IHostDataFileRecords>>;
 
-    CDataFileRecords(const WeakCompany& company, std::string category)
-        : company_(company), category_(std::move(category)) {}
+    CDataFileRecords(WeakCompany company, std::string category)
+        : company_(std::move(company)), category_(std::move(category)) {}
 
     // kNoSuchRecord
     STDMETHODIMP Item(LONG number, IHostDataFileRecord** record) override;

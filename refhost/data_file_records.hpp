@@ -18,7 +18,7 @@ struct RecordKey {
     std::string category;
     std::int32_t number = 0;
 
-    auto operator<=>(const RecordKey&) const = default;
+    auto operator<=>(const RecordKey&) const = default;  // NOLINT(modernize-use-nullptr): there is no 0 to replace
 };
 
 // A value of a record: the name of its kind, and its text.

@@ -27,7 +27,8 @@ constexpr size_t kEscapeLength = 6;
 
 // The same texts whatever the user's country.
 [[nodiscard]] HRESULT Convert(const VARIANT& value, VARTYPE type, VARIANT* converted) noexcept {
-    return ::VariantChangeTypeEx(converted, const_cast<VARIANT*>(&value), LOCALE_INVARIANT, 0, type);
+    VARIANT source = value;
+    return ::VariantChangeTypeEx(converted, &source, LOCALE_INVARIANT, 0, type);
 }
 
 [[nodiscard]] bool IsHighSurrogate(wchar_t unit) noexcept { return unit >= 0xD800 && unit <= 0xDBFF; }

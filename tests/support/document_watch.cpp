@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "frame/com/object_root.hpp"
 
 namespace paylodge::test {
@@ -16,7 +18,7 @@ class DocumentWatch::ClassObject : public IClassFactory {
   public:
     using Interfaces = InterfaceTable<Entry<IClassFactory>>;
 
-    ClassObject(DocumentWatch& watch, ComPtr<IClassFactory> original) : watch_(watch), original_(original) {}
+    ClassObject(DocumentWatch& watch, ComPtr<IClassFactory> original) : watch_(watch), original_(std::move(original)) {}
 
     STDMETHODIMP CreateInstance(IUnknown* outer, REFIID id, void** object) override {
         const HRESULT result = original_->CreateInstance(outer, id, object);
