@@ -124,7 +124,9 @@ TEST(Module, RaisesAComErrorForEveryAllocationThatFails) {
     } catch (const _com_error& error) {
         EXPECT_EQ(E_OUTOFMEMORY, error.Error());
     }
-    EXPECT_EQ(nullptr, ::operator new(impossible, std::nothrow));
+    void* const nothing = ::operator new(impossible, std::nothrow);
+    EXPECT_EQ(nullptr, nothing);
+    ::operator delete(nothing);
 }
 
 TEST(Module, HasNoFewerLocksThanNone) {
