@@ -16,10 +16,10 @@
 #include <string>
 #include <vector>
 
-#include "frame/com/ansi_text.hpp"
-#include "frame/com/object_root.hpp"
+#include "com/ansi_text.hpp"
+#include "com/object_root.hpp"
+#include "hostapi/request_processor.hpp"
 #include "lhxml/dom.hpp"
-#include "lhxml/host_interfaces.hpp"
 #include "operations/paylodge.hpp"
 #include "tests/support/without_dispatch.hpp"
 

@@ -1,8 +1,9 @@
 #include "bridge/bridge_library.hpp"
 
 #include "bridge/guarded_call.hpp"
+#include "com/ansi_text.hpp"
 #include "frame/browser/browser_binding.hpp"
-#include "frame/com/ansi_text.hpp"
+#include "hostapi/libraries.hpp"
 
 namespace paylodge {
 
@@ -10,15 +11,11 @@ ModuleHandle g_hBridgeModule;
 
 namespace {
 
-constexpr const char* kLibraryName = "Oskerin.dll";
-
 // The library's reference for the addresses that are kept, beside the one that comes and goes with each script.
 ModuleHandle g_kept_bridge_module;
 
-using ExecuteJavaScript = void __cdecl(const char* browser_instance, const char* script);
-
 struct ScriptCall {
-    ExecuteJavaScript* execute;
+    ExecuteJavaScriptFunction* execute;
     std::string browser_instance;
     const std::string& script;
 };
@@ -30,8 +27,8 @@ void __cdecl Execute(void* context) {
 
 // C++ exceptions are caught by the caller; on x86 they do not come that far: see CallGuarded.
 [[nodiscard]] HRESULT CallExport(const std::string& script) {
-    auto* const execute = reinterpret_cast<ExecuteJavaScript*>(
-        reinterpret_cast<void*>(::GetProcAddress(g_hBridgeModule.Get(), "ExecuteJavaScript")));
+    auto* const execute = reinterpret_cast<ExecuteJavaScriptFunction*>(
+        reinterpret_cast<void*>(::GetProcAddress(g_hBridgeModule.Get(), kExecuteJavaScript)));
     if (execute == nullptr) {
         return E_FAIL;
     }
@@ -43,7 +40,7 @@ void __cdecl Execute(void* context) {
 
 void LoadBridgeLibrary() noexcept {
     if (!g_hBridgeModule) {
-        g_hBridgeModule.Reset(::LoadLibraryA(kLibraryName));
+        g_hBridgeModule.Reset(::LoadLibraryA(kBridgeLibrary));
     }
 }
 
@@ -55,7 +52,7 @@ HRESULT RunScript(const std::function<std::string()>& make_script) noexcept {
         return E_FAIL;
     }
     // The script may lead to another one, at whose end the library is freed; and an exception is the library's.
-    const ModuleHandle in_use(::LoadLibraryA(kLibraryName));
+    const ModuleHandle in_use(::LoadLibraryA(kBridgeLibrary));
     HRESULT result = E_FAIL;
     try {
         result = CallExport(make_script());
@@ -70,7 +67,7 @@ FARPROC KeepBridgeExport(const char* name) noexcept {
     LoadBridgeLibrary();
     const FARPROC address = g_hBridgeModule ? ::GetProcAddress(g_hBridgeModule.Get(), name) : nullptr;
     if (address != nullptr && !g_kept_bridge_module) {
-        g_kept_bridge_module.Reset(::LoadLibraryA(kLibraryName));
+        g_kept_bridge_module.Reset(::LoadLibraryA(kBridgeLibrary));
     }
     return address;
 }

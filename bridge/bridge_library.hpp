@@ -6,7 +6,7 @@
 #include <functional>
 #include <string>
 
-#include "frame/com/owner.hpp"
+#include "com/owner.hpp"
 
 namespace paylodge {
 

@@ -3,7 +3,7 @@
 
 #include "bridge/bridge_library.hpp"
 #include "bridge/paylodge_ctrl.hpp"
-#include "frame/com/ansi_text.hpp"
+#include "com/ansi_text.hpp"
 
 namespace paylodge {
 namespace {

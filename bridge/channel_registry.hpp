@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "frame/com/bstr.hpp"
+#include "com/bstr.hpp"
 #include "paylodge.h"
 
 namespace paylodge {

@@ -5,7 +5,7 @@
 
 #include <initializer_list>
 
-#include "frame/com/control/connection_points.hpp"
+#include "control/connection_points.hpp"
 #include "paylodge.h"
 
 namespace paylodge {

@@ -5,8 +5,8 @@
 #include "bridge/channel_registry.hpp"
 #include "bridge/paylodge_ctrl.hpp"
 #include "bridge/script_text.hpp"
+#include "com/ansi_text.hpp"
 #include "frame/browser/browser_binding.hpp"
-#include "frame/com/ansi_text.hpp"
 
 namespace paylodge {
 namespace {

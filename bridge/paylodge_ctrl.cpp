@@ -3,8 +3,8 @@
 #include "bridge/paylodge_ctrl.hpp"
 
 #include "bridge/channel_registry.hpp"
-#include "frame/com/bstr.hpp"
-#include "frame/com/control/gdi.hpp"
+#include "com/bstr.hpp"
+#include "control/gdi.hpp"
 
 namespace paylodge {
 namespace {

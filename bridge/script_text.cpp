@@ -1,6 +1,6 @@
 #include "bridge/script_text.hpp"
 
-#include "frame/com/ascii_case.hpp"
+#include "com/ascii_case.hpp"
 
 namespace paylodge {
 

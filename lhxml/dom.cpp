@@ -2,26 +2,19 @@
 
 #include <comdef.h>
 
-#include "frame/com/ansi_text.hpp"
-#include "frame/com/host_library.hpp"
-#include "frame/com/variant.hpp"
+#include "com/ansi_text.hpp"
+#include "com/host_library.hpp"
+#include "com/variant.hpp"
+#include "hostapi/libraries.hpp"
 
 namespace paylodge {
 namespace {
 
-// Util::MSXML_XML::CreateDOMDocument(IXMLDOMDocument2**) under the name that the host's compiler gives it.
-using CreateDOMDocument = HRESULT __cdecl(IXMLDOMDocument2** document);
-#ifdef _WIN64
-constexpr const char* kCreateDOMDocument = "?CreateDOMDocument@MSXML_XML@Util@@YAJPEAPEAUIXMLDOMDocument2@@@Z";
-#else
-constexpr const char* kCreateDOMDocument = "?CreateDOMDocument@MSXML_XML@Util@@YAJPAPAUIXMLDOMDocument2@@@Z";
-#endif
-
-HostLibrary g_host_utilities(L"LHUtilities.dll");
+HostLibrary g_host_utilities(kUtilityLibrary);
 
 [[nodiscard]] ComPtr<IXMLDOMDocument2> CreateDocument() {
     ComPtr<IXMLDOMDocument2> document;
-    auto* const create = g_host_utilities.Find<CreateDOMDocument>(kCreateDOMDocument);
+    auto* const create = g_host_utilities.Find<CreateDOMDocumentFunction>(kCreateDOMDocument);
     if (create == nullptr || FAILED(create(document.Receive()))) {
         return {};
     }

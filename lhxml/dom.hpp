@@ -12,8 +12,8 @@
 #include <string>
 #include <string_view>
 
-#include "frame/com/bstr.hpp"
-#include "frame/com/com_ptr.hpp"
+#include "com/bstr.hpp"
+#include "com/com_ptr.hpp"
 
 namespace paylodge {
 

@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "frame/com/ansi_text.hpp"
+#include "com/ansi_text.hpp"
 
 namespace paylodge {
 namespace {

@@ -8,8 +8,8 @@
 #include <string>
 #include <string_view>
 
-#include "frame/com/com_ptr.hpp"
-#include "lhxml/host_interfaces.hpp"
+#include "com/com_ptr.hpp"
+#include "hostapi/request_processor.hpp"
 
 namespace paylodge {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "frame/com/ascii_case.hpp"
+#include "com/ascii_case.hpp"
 
 namespace paylodge {
 

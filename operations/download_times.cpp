@@ -1,7 +1,7 @@
 // When the page last downloaded the transactions of a merchant account, kept in a record of the company file for each
 // account. The time is the page's own text and never read here.
 
-#include "frame/com/variant.hpp"
+#include "com/variant.hpp"
 #include "operations/paylodge.hpp"
 #include "storage/data_file_storage.hpp"
 

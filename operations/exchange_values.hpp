@@ -5,7 +5,7 @@
 
 #include <oleauto.h>
 
-#include "frame/com/bstr.hpp"
+#include "com/bstr.hpp"
 
 namespace paylodge {
 

@@ -10,12 +10,12 @@
 #include <string>
 #include <string_view>
 
+#include "com/ansi_text.hpp"
+#include "com/class_object.hpp"
+#include "com/dispatch_impl.hpp"
+#include "com/object_with_site.hpp"
 #include "frame/browser/approved_sites.hpp"
 #include "frame/browser/site_lock.hpp"
-#include "frame/com/ansi_text.hpp"
-#include "frame/com/class_object.hpp"
-#include "frame/com/dispatch_impl.hpp"
-#include "frame/com/object_with_site.hpp"
 #include "paylodge.h"
 
 namespace paylodge {

@@ -2,8 +2,8 @@
 // file records.
 #pragma once
 
-#include "frame/com/class_object.hpp"
-#include "storage/host_interfaces.hpp"
+#include "com/class_object.hpp"
+#include "hostapi/application.hpp"
 
 namespace paylodge::refhost {
 

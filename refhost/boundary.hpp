@@ -9,9 +9,9 @@
 #include <new>
 #include <utility>
 
-#include "frame/com/bstr.hpp"
-#include "frame/com/com_ptr.hpp"
-#include "frame/com/object_root.hpp"
+#include "com/bstr.hpp"
+#include "com/com_ptr.hpp"
+#include "com/object_root.hpp"
 #include "refhost/status.hpp"
 #include "refhost/utf8.hpp"
 

@@ -1,6 +1,6 @@
 #include "refhost/call_record.hpp"
 
-#include "frame/com/bstr.hpp"
+#include "com/bstr.hpp"
 #include "refhost/host.hpp"
 
 namespace paylodge::refhost {

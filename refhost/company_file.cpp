@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "frame/com/module.hpp"
+#include "com/module.hpp"
 #include "refhost/status.hpp"
 #include "refhost/utf8.hpp"
 #include "refhost/values.hpp"

@@ -1,6 +1,6 @@
 #include "refhost/company_object.hpp"
 
-#include "frame/com/variant.hpp"
+#include "com/variant.hpp"
 #include "refhost/call_record.hpp"
 #include "refhost/property_values.hpp"
 

@@ -4,9 +4,9 @@
 
 #include <memory>
 
-#include "frame/com/object_root.hpp"
+#include "com/object_root.hpp"
+#include "hostapi/application.hpp"
 #include "refhost/host.hpp"
-#include "storage/host_interfaces.hpp"
 
 namespace paylodge::refhost {
 

@@ -3,7 +3,7 @@
 
 #include <windows.h>
 
-#include "frame/com/owner.hpp"
+#include "com/owner.hpp"
 
 namespace paylodge::refhost {
 

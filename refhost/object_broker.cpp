@@ -2,7 +2,7 @@
 
 #include "refhost/call_record.hpp"
 #include "refhost/fault_plan.hpp"
-#include "refhost/request_processor.hpp"
+#include "refhost/processor_object.hpp"
 
 namespace paylodge::refhost {
 

@@ -1,8 +1,8 @@
 // The host's object broker: creates the host's objects for those who know a class id.
 #pragma once
 
-#include "frame/com/class_object.hpp"
-#include "lhxml/host_interfaces.hpp"
+#include "com/class_object.hpp"
+#include "hostapi/request_processor.hpp"
 #include "refhost/undispatched.hpp"
 
 namespace paylodge::refhost {

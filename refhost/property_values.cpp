@@ -7,8 +7,8 @@
 #include <cstdio>
 #include <cwchar>
 
-#include "frame/com/bstr.hpp"
-#include "frame/com/variant.hpp"
+#include "com/bstr.hpp"
+#include "com/variant.hpp"
 #include "refhost/utf8.hpp"
 
 namespace paylodge::refhost {

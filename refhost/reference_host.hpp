@@ -1,8 +1,8 @@
 // The control object of the reference host. All of its objects speak for the one host of the process.
 #pragma once
 
-#include "frame/com/class_object.hpp"
-#include "frame/com/dispatch_impl.hpp"
+#include "com/class_object.hpp"
+#include "com/dispatch_impl.hpp"
 #include "refhost.h"
 
 namespace paylodge::refhost {

@@ -4,9 +4,9 @@
 
 #include <comdef.h>
 
-#include "frame/com/bstr.hpp"
-#include "frame/com/com_ptr.hpp"
-#include "frame/com/variant.hpp"
+#include "com/bstr.hpp"
+#include "com/com_ptr.hpp"
+#include "com/variant.hpp"
 #include "refhost/dom_document.hpp"
 #include "refhost/utf8.hpp"
 #include "refhost/values.hpp"

@@ -2,9 +2,9 @@
 
 #include <comdef.h>
 
-#include "frame/com/ansi_text.hpp"
-#include "storage/application.hpp"
+#include "com/ansi_text.hpp"
 #include "storage/logger.hpp"
+#include "storage/running_application.hpp"
 
 namespace paylodge {
 namespace {

@@ -7,8 +7,8 @@
 
 #include <string>
 
-#include "frame/com/com_ptr.hpp"
-#include "storage/host_interfaces.hpp"
+#include "com/com_ptr.hpp"
+#include "hostapi/application.hpp"
 
 namespace paylodge {
 

@@ -8,10 +8,11 @@
 #include <ctime>
 #include <memory>
 
-#include "frame/com/ansi_text.hpp"
-#include "frame/com/host_library.hpp"
-#include "storage/application.hpp"
+#include "com/ansi_text.hpp"
+#include "com/host_library.hpp"
+#include "hostapi/libraries.hpp"
 #include "storage/log_text.hpp"
+#include "storage/running_application.hpp"
 
 namespace paylodge {
 namespace {
@@ -87,19 +88,11 @@ void ShowLostEntry(const std::string& entry) {
 // The log opened for appending, or null.
 [[nodiscard]] File OpenLog() { return File(std::fopen(AnsiFromWide(g_log_path).c_str(), "a")); }
 
-// Kesto::KestoAccess::GetFeatureParamAsBool under the name that the host's compiler gives it.
-using GetFeatureParamAsBool = bool __cdecl(const char* section, const char* name, const char* default_value);
-#ifdef _WIN64
-constexpr const char* kGetFeatureParamAsBool = "?GetFeatureParamAsBool@KestoAccess@Kesto@@SA_NPEBD00@Z";
-#else
-constexpr const char* kGetFeatureParamAsBool = "?GetFeatureParamAsBool@KestoAccess@Kesto@@SA_NPBD00@Z";
-#endif
-
-HostLibrary g_feature_flags(L"Kesto.dll");
+HostLibrary g_feature_flags(kFeatureFlagLibrary);
 
 // A missing library counts as a flag that is off.
 [[nodiscard]] bool IsContextLogged() {
-    auto* const get_flag = g_feature_flags.Find<GetFeatureParamAsBool>(kGetFeatureParamAsBool);
+    auto* const get_flag = g_feature_flags.Find<GetFeatureParamAsBoolFunction>(kGetFeatureParamAsBool);
     return get_flag != nullptr && get_flag("SBSSettings", "NetworkAdapter.EnableLogContext", nullptr);
 }
 

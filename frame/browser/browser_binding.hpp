@@ -1,7 +1,7 @@
 // The browser instance in which the host wants page notifications to run.
 #pragma once
 
-#include "frame/com/bstr.hpp"
+#include "com/bstr.hpp"
 
 namespace paylodge {
 

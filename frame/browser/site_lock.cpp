@@ -10,8 +10,8 @@
 #include <optional>
 #include <string>
 
-#include "frame/com/bstr.hpp"
-#include "frame/com/com_ptr.hpp"
+#include "com/bstr.hpp"
+#include "com/com_ptr.hpp"
 
 namespace paylodge {
 namespace {

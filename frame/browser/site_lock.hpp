@@ -7,8 +7,8 @@
 
 #include <span>
 
+#include "com/object_safety_id.hpp"
 #include "frame/browser/site_table.hpp"
-#include "frame/com/object_safety_id.hpp"
 
 // IObjectSafety, extended by two queries about the lock.
 struct IObjectSafetySiteLock : public IObjectSafety {

@@ -2,8 +2,8 @@
 
 #include <new>
 
-#include "frame/com/ansi_text.hpp"
-#include "frame/com/module.hpp"
+#include "com/ansi_text.hpp"
+#include "com/module.hpp"
 #include "frame/registrar/registry_writer.hpp"
 
 namespace paylodge {

@@ -5,7 +5,7 @@
 
 #include <span>
 
-#include "frame/com/owner.hpp"
+#include "com/owner.hpp"
 #include "frame/registrar/registry_script.hpp"
 
 namespace paylodge {

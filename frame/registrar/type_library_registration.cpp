@@ -2,9 +2,9 @@
 
 #include <string>
 
-#include "frame/com/bstr.hpp"
-#include "frame/com/com_ptr.hpp"
-#include "frame/com/module.hpp"
+#include "com/bstr.hpp"
+#include "com/com_ptr.hpp"
+#include "com/module.hpp"
 
 namespace paylodge {
 namespace {

@@ -5,7 +5,7 @@
 
 #include "tests/component/member_call.hpp"
 #include "tests/component/module_under_test.hpp"
-#include "tests/support/site_stand_in.hpp"
+#include "tests/support/fake_site.hpp"
 
 namespace paylodge::test {
 namespace {
@@ -13,9 +13,9 @@ namespace {
 class ApprovedPages : public Component {
   protected:
     // Whether a page may use the object: a request goes out only then.
-    [[nodiscard]] bool IsServed(const PageStandIn& page) {
+    [[nodiscard]] bool IsServed(const FakePage& page) {
         host.requests.clear();
-        SiteStandIn site(page);
+        FakeSite site(page);
         const OnSite on_site(paylodge.Get(), site);
         EXPECT_EQ(S_OK, CallSlot(*paylodge.Get(), FindMember("GetItems")).result);
         return !host.requests.empty();
@@ -74,7 +74,7 @@ TEST_F(ApprovedPages, ObjectWhosePageCannotBeToldIsServed) {
 }
 
 TEST_F(ApprovedPages, SiteIsLetGoWithTheObject) {
-    SiteStandIn site;
+    FakeSite site;
     ComPtr<IObjectWithSite> with_site;
     ASSERT_EQ(S_OK, paylodge.As(with_site));
     EXPECT_EQ(S_OK, with_site->SetSite(site.Get()));

@@ -5,11 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "frame/com/variant.hpp"
+#include "com/variant.hpp"
 #include "tests/component/control_under_test.hpp"
 #include "tests/component/member_call.hpp"
-#include "tests/component/values.hpp"
-#include "tests/unit/frame/com/control/recording_container.hpp"
+#include "tests/component/variant_values.hpp"
+#include "tests/support/recording_container.hpp"
 
 namespace paylodge::test {
 namespace {

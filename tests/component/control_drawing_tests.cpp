@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "frame/com/owner.hpp"
+#include "com/owner.hpp"
 #include "tests/component/control_under_test.hpp"
 
 namespace paylodge::test {

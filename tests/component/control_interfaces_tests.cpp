@@ -7,7 +7,7 @@
 
 #include <vector>
 
-#include "frame/com/object_safety_id.hpp"
+#include "com/object_safety_id.hpp"
 #include "tests/component/control_under_test.hpp"
 
 namespace paylodge::test {

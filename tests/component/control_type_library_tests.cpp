@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "frame/com/bstr.hpp"
+#include "com/bstr.hpp"
 #include "tests/component/control_under_test.hpp"
 #include "tests/component/member_call.hpp"
 #include "tests/component/type_description.hpp"

@@ -9,7 +9,7 @@
 #include <span>
 #include <string>
 
-#include "frame/com/com_ptr.hpp"
+#include "com/com_ptr.hpp"
 #include "tests/component/members.hpp"
 #include "tests/component/module_under_test.hpp"
 

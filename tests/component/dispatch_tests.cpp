@@ -6,11 +6,11 @@
 #include <optional>
 #include <vector>
 
-#include "frame/com/ansi_text.hpp"
-#include "frame/com/variant.hpp"
+#include "com/ansi_text.hpp"
+#include "com/variant.hpp"
 #include "tests/component/member_call.hpp"
 #include "tests/component/module_under_test.hpp"
-#include "tests/component/values.hpp"
+#include "tests/component/variant_values.hpp"
 
 namespace paylodge::test {
 namespace {

@@ -46,7 +46,7 @@ class Lifetime : public ::testing::Test {
     // More than there are thread-local indexes in a process.
     static constexpr int kRounds = 1100;
 
-    HostStandIn host;
+    FakeHost host;
 };
 
 // Each time the module is really unmapped: the value that is put is gone with it.

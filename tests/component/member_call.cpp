@@ -6,7 +6,7 @@
 #include <deque>
 #include <sstream>
 
-#include "frame/com/ansi_text.hpp"
+#include "com/ansi_text.hpp"
 
 namespace paylodge::test {
 namespace {

@@ -5,10 +5,10 @@
 
 #include <algorithm>
 
-#include "frame/com/ansi_text.hpp"
+#include "com/ansi_text.hpp"
 #include "tests/component/member_call.hpp"
 #include "tests/component/module_under_test.hpp"
-#include "tests/support/site_stand_in.hpp"
+#include "tests/support/fake_site.hpp"
 
 namespace paylodge::test {
 namespace {
@@ -44,7 +44,7 @@ INSTANTIATE_TEST_SUITE_P(Members, Slot, ValuesIn(Members().begin(), Members().en
 TEST_P(Slot, AnswersWithoutAPage) { ExpectFreshAnswer(); }
 
 TEST_P(Slot, AnswersTheSameOnAnApprovedPage) {
-    SiteStandIn site(PageAt(kApprovedPage));
+    FakeSite site(PageAt(kApprovedPage));
     const OnSite on_site(paylodge.Get(), site);
     ExpectFreshAnswer();
     EXPECT_EQ(5U, site.calls.size());
@@ -53,7 +53,7 @@ TEST_P(Slot, AnswersTheSameOnAnApprovedPage) {
 // Places for results as they were, nothing sent, nothing stored.
 TEST_P(Slot, DoesNothingOnARefusedPage) {
     {
-        SiteStandIn site(PageAt(kRefusedPage));
+        FakeSite site(PageAt(kRefusedPage));
         const OnSite on_site(paylodge.Get(), site);
         const Outcome outcome = CallSlot(*paylodge.Get(), GetParam());
         EXPECT_EQ(OnARefusedPage(GetParam()), outcome.result);
@@ -82,7 +82,7 @@ TEST_P(SlotWithResult, RefusesAMissingPlaceForIt) {
 }
 
 TEST_P(SlotWithResult, DoesNotMissItOnARefusedPage) {
-    SiteStandIn site(PageAt(kRefusedPage));
+    FakeSite site(PageAt(kRefusedPage));
     const OnSite on_site(paylodge.Get(), site);
     EXPECT_EQ(OnARefusedPage(GetParam()), CallSlotWithoutResult(*paylodge.Get(), GetParam()));
     EXPECT_THAT(host.calls, IsEmpty());
@@ -127,7 +127,7 @@ TEST_P(Invoked, RefusesTheWrongKindOfCall) {
 }
 
 TEST_P(Invoked, OnARefusedPageGivesAnEmptyResult) {
-    SiteStandIn site(PageAt(kRefusedPage));
+    FakeSite site(PageAt(kRefusedPage));
     const OnSite on_site(paylodge.Get(), site);
     const Outcome outcome = CallInvoke(*paylodge.Get(), GetParam());
     const HRESULT code = OnARefusedPage(GetParam());

@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "frame/com/module.hpp"
+#include "com/module.hpp"
 
 namespace paylodge::test {
 

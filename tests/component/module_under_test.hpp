@@ -9,10 +9,10 @@
 #include <memory>
 #include <string>
 
-#include "frame/com/com_ptr.hpp"
+#include "com/com_ptr.hpp"
 #include "paylodge.h"
 #include "tests/component/members.hpp"
-#include "tests/support/host_stand_in.hpp"
+#include "tests/support/fake_host.hpp"
 #include "tests/support/no_application.hpp"
 
 namespace paylodge::test {
@@ -48,7 +48,7 @@ class ModuleUnderTest {
 // The module with a host around it, and one accounting object.
 class Component : public ::testing::Test {
   protected:
-    HostStandIn host;
+    FakeHost host;
     NoApplication no_application;
     ModuleUnderTest module;
     ComPtr<IPaylodge8> paylodge = module.CreatePaylodge();

@@ -3,11 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "frame/com/ansi_text.hpp"
+#include "com/ansi_text.hpp"
 #include "tests/component/control_under_test.hpp"
 #include "tests/component/member_call.hpp"
 #include "tests/component/module_under_test.hpp"
-#include "tests/unit/frame/com/control/recording_container.hpp"
+#include "tests/support/recording_container.hpp"
 
 namespace paylodge::test {
 namespace {

@@ -1,6 +1,6 @@
 #include "tests/component/type_description.hpp"
 
-#include "frame/com/ansi_text.hpp"
+#include "com/ansi_text.hpp"
 #include "tests/component/module_under_test.hpp"
 
 namespace paylodge::test {

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "frame/com/com_ptr.hpp"
+#include "com/com_ptr.hpp"
 #include "tests/component/members.hpp"
 
 namespace paylodge::test {

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "frame/com/bstr.hpp"
+#include "com/bstr.hpp"
 #include "tests/component/control_under_test.hpp"
 #include "tests/component/members.hpp"
 #include "tests/component/module_under_test.hpp"

@@ -8,8 +8,8 @@
 
 #include <string>
 
-#include "frame/com/com_ptr.hpp"
-#include "frame/com/owner.hpp"
+#include "com/com_ptr.hpp"
+#include "com/owner.hpp"
 #include "paylodge.h"
 
 namespace paylodge::test {

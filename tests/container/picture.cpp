@@ -5,7 +5,7 @@
 
 #include <cstdlib>
 
-#include "frame/com/com_ptr.hpp"
+#include "com/com_ptr.hpp"
 
 namespace paylodge::test {
 namespace {

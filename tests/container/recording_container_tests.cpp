@@ -3,10 +3,10 @@
 
 #include <gtest/gtest.h>
 
-#include "frame/com/bstr.hpp"
+#include "com/bstr.hpp"
 #include "tests/container/component.hpp"
-#include "tests/unit/frame/com/control/drawing_surface.hpp"
-#include "tests/unit/frame/com/control/recording_container.hpp"
+#include "tests/support/drawing_surface.hpp"
+#include "tests/support/recording_container.hpp"
 
 namespace paylodge::test {
 namespace {

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "frame/com/module.hpp"
-#include "frame/com/owner.hpp"
+#include "com/module.hpp"
+#include "com/owner.hpp"
 #include "version.h"
 
 namespace paylodge {

@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-#include "frame/registrar/server_registration.hpp"
+#include "frame/module/server_registration.hpp"
 
 int main(int argument_count, char** arguments) {
     using enum paylodge::RegistrationScope;

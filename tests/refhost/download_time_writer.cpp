@@ -2,7 +2,7 @@
 // download_time_writer COMPANY_FILE ACCOUNT TIME STEP
 // ends before the host's STEPth call or step of saving; 0: not at all. Its exit code is 0 when the time was stored.
 
-#include "frame/com/bstr.hpp"
+#include "com/bstr.hpp"
 #include "paylodge.h"
 #include "refhost/application_locator.hpp"
 #include "tests/refhost/host_server.hpp"

@@ -4,7 +4,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "frame/com/module.hpp"
+#include "com/module.hpp"
 #include "refhost/utf8.hpp"
 
 namespace paylodge::refhost {

@@ -8,10 +8,10 @@
 #include <string_view>
 #include <vector>
 
-#include "frame/com/bstr.hpp"
-#include "frame/com/com_ptr.hpp"
-#include "frame/com/owner.hpp"
-#include "lhxml/host_interfaces.hpp"
+#include "com/bstr.hpp"
+#include "com/com_ptr.hpp"
+#include "com/owner.hpp"
+#include "hostapi/request_processor.hpp"
 #include "refhost.h"
 
 namespace paylodge::refhost {

@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "frame/com/object_root.hpp"
+#include "com/object_root.hpp"
 
 namespace paylodge::test {
 namespace {

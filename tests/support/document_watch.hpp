@@ -7,7 +7,7 @@
 
 #include <vector>
 
-#include "frame/com/com_ptr.hpp"
+#include "com/com_ptr.hpp"
 
 namespace paylodge::test {
 

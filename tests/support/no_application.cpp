@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "frame/com/object_root.hpp"
-#include "storage/host_interfaces.hpp"
+#include "com/object_root.hpp"
+#include "hostapi/application.hpp"
 
 namespace paylodge::test {
 namespace {

@@ -96,7 +96,7 @@ def write_manifest(processor: str, top: Path) -> str:
     library = next(definition for definition in definitions if definition.kind == "library")
     interfaces = [definition for definition in definitions if definition.kind != "library"]
     misc_status = read_misc_status(top / "bridge" / "misc_status.hpp")
-    scripts = [read_script(top / "frame" / name) for name in ("paylodge.rgs", "paylodge_ctrl.rgs")]
+    scripts = [read_script(top / "frame" / "module" / name) for name in ("paylodge.rgs", "paylodge_ctrl.rgs")]
     classes = [item for script in scripts for item in script.at("CLSID").keys.items()]
     # An application's manifest names this version. It changes with the interfaces, not with every release.
     version = library.attribute("version") + ".0.0"

@@ -4,8 +4,8 @@
 
 #include "bridge/bridge_library.hpp"
 #include "tests/support/bstr_allocations.hpp"
+#include "tests/support/live_allocations.hpp"
 #include "tests/unit/bridge/forwarders.hpp"
-#include "tests/unit/operations/live_allocations.hpp"
 
 namespace paylodge::test {
 namespace {

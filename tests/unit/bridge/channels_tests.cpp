@@ -4,7 +4,7 @@
 
 #include "bridge/channel_registry.hpp"
 #include "tests/support/bstr_allocations.hpp"
-#include "tests/unit/bridge/control_test.hpp"
+#include "tests/unit/bridge/control_fixture.hpp"
 
 namespace paylodge::test {
 namespace {

@@ -4,7 +4,7 @@
 #include <span>
 #include <string>
 
-#include "tests/unit/bridge/control_test.hpp"
+#include "tests/unit/bridge/control_fixture.hpp"
 
 namespace paylodge::test {
 

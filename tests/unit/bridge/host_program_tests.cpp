@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "frame/com/module.hpp"
-#include "frame/com/owner.hpp"
+#include "com/module.hpp"
+#include "com/owner.hpp"
 #include "tests/unit/bridge/script_page.hpp"
 
 namespace paylodge::test {

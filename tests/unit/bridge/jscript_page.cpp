@@ -4,9 +4,9 @@
 
 #include <activscp.h>
 
-#include "frame/com/bstr.hpp"
-#include "frame/com/object_root.hpp"
-#include "frame/com/variant.hpp"
+#include "com/bstr.hpp"
+#include "com/object_root.hpp"
+#include "com/variant.hpp"
 #include "tests/support/platform.hpp"
 #include "tests/unit/bridge/script_page.hpp"
 

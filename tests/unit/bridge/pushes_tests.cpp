@@ -5,9 +5,9 @@
 #include "bridge/bridge_library.hpp"
 #include "bridge/channel_registry.hpp"
 #include "tests/support/bstr_allocations.hpp"
-#include "tests/unit/bridge/control_test.hpp"
+#include "tests/support/live_allocations.hpp"
+#include "tests/unit/bridge/control_fixture.hpp"
 #include "tests/unit/bridge/script_page.hpp"
-#include "tests/unit/operations/live_allocations.hpp"
 
 namespace paylodge::test {
 namespace {

@@ -1,8 +1,8 @@
 // The page's own requests, of which the control on the accounting object's channel is told.
 
 #include "bridge/channel_registry.hpp"
-#include "tests/support/site_stand_in.hpp"
-#include "tests/unit/bridge/control_test.hpp"
+#include "tests/support/fake_site.hpp"
+#include "tests/unit/bridge/control_fixture.hpp"
 
 namespace paylodge::test {
 namespace {
@@ -131,7 +131,7 @@ TEST_F(RequestNotification, KeepsACopyOfTheChannelName) {
 TEST_F(RequestNotification, TellsNobodyOfARequestOfARefusedPage) {
     UseChannel(L"Feature");
     control_->SubscribeToNotifications2(Argument(L"Feature"));
-    SiteStandIn site(PageAt(kRefusedPage));
+    FakeSite site(PageAt(kRefusedPage));
     const OnSite on_site(static_cast<IObjectWithSite*>(&object_), site);
     EXPECT_EQ(Process(), (Result{E_FAIL, kUntouched}));
     EXPECT_EQ(events_, Texts{});

@@ -11,8 +11,8 @@
 #include "lhxml/envelope.hpp"
 #include "tests/support/document_watch.hpp"
 #include "tests/support/thread_locale.hpp"
-#include "tests/unit/lhxml/document_test.hpp"
-#include "tests/unit/lhxml/node_stand_in.hpp"
+#include "tests/unit/lhxml/document_fixture.hpp"
+#include "tests/unit/lhxml/fake_node.hpp"
 
 namespace paylodge::test {
 namespace {
@@ -193,7 +193,7 @@ TEST_F(Dom, AttributeNamesAreOfTheThreadsCodePageNotTheSystems) {
 }
 
 TEST_F(Dom, AttributeLookupGivesItsFailureAndLeavesTheValue) {
-    const auto attributes = MakeAttributesStandIn({.failures = {{L"b", E_ACCESSDENIED}}});
+    const auto attributes = MakeFakeAttributes({.failures = {{L"b", E_ACCESSDENIED}}});
     EXPECT_EQ((Reading{E_ACCESSDENIED, "sentinel"}), ReadAttribute(attributes.Get(), "b"));
 }
 
@@ -214,7 +214,7 @@ TEST_F(Dom, NullNodeChangesNothing) {
 }
 
 TEST_F(Dom, NodeThatCannotBeReadGivesItsCodeAndChangesNothing) {
-    const auto node = MakeNodeStandIn({});
+    const auto node = MakeFakeNode({});
     std::string text(kSentinel);
     EXPECT_EQ(E_NOTIMPL, GetNodeText(node.Get(), text));
     EXPECT_EQ(E_NOTIMPL, GetNodeName(node.Get(), text));
@@ -293,8 +293,8 @@ TEST_F(Dom, WalkVisitsEveryChildAndEnds) {
 TEST_F(Dom, WalkEndsOnNullAndOnFailure) {
     EXPECT_FALSE(FirstChild(nullptr));
     EXPECT_FALSE(NextSibling(nullptr));
-    EXPECT_FALSE(FirstChild(MakeNodeStandIn({}).Get()));
-    EXPECT_FALSE(NextSibling(MakeNodeStandIn({}).Get()));
+    EXPECT_FALSE(FirstChild(MakeFakeNode({}).Get()));
+    EXPECT_FALSE(NextSibling(MakeFakeNode({}).Get()));
 }
 
 TEST_F(Dom, ElementsAreToldFromOtherNodes) {
@@ -304,8 +304,8 @@ TEST_F(Dom, ElementsAreToldFromOtherNodes) {
     EXPECT_FALSE(IsElement(top.Get(), L"a"));
     EXPECT_FALSE(IsElement(FirstChild(top.Get()).Get()));
     EXPECT_FALSE(IsElement(FirstChild(top.Get()).Get(), L"A"));
-    EXPECT_FALSE(IsElement(MakeNodeStandIn({}).Get()));
-    EXPECT_FALSE(IsElement(MakeNodeStandIn({}).Get(), L"A"));
+    EXPECT_FALSE(IsElement(MakeFakeNode({}).Get()));
+    EXPECT_FALSE(IsElement(MakeFakeNode({}).Get(), L"A"));
 }
 
 TEST_F(Dom, ChildIsTheFirstOfItsName) {

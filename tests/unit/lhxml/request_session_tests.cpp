@@ -9,13 +9,13 @@
 #include <utility>
 #include <vector>
 
-#include "frame/com/ansi_text.hpp"
-#include "frame/com/bstr.hpp"
-#include "frame/com/module.hpp"
-#include "frame/com/object_root.hpp"
+#include "com/ansi_text.hpp"
+#include "com/bstr.hpp"
+#include "com/module.hpp"
+#include "com/object_root.hpp"
 #include "operations/paylodge.hpp"
 #include "tests/support/bstr_allocations.hpp"
-#include "tests/support/host_stand_in.hpp"
+#include "tests/support/fake_host.hpp"
 
 namespace paylodge::test {
 namespace {
@@ -84,7 +84,7 @@ class SessionTest : public testing::Test {
         };
     }
 
-    HostStandIn host_;
+    FakeHost host_;
 
   private:
     LONG references_ = Module::References();
@@ -265,9 +265,9 @@ TEST_F(RequestSession, TakesNothingForABrokerThatCouldNotBeMade) {
 }
 
 TEST(RequestSessionBeside, ABrokerOfAnotherProcessDoesWithoutIt) {
-    HostStandIn elsewhere(CLSCTX_LOCAL_SERVER);
+    FakeHost elsewhere(CLSCTX_LOCAL_SERVER);
     // Whatever is registered on this machine.
-    HostStandIn in_process;
+    FakeHost in_process;
     in_process.failures = {{"CreateInstance", E_ACCESSDENIED}};
     ComPtr<IClassFactory> class_object;
     ASSERT_EQ(S_OK, ::CoGetClassObject(kHostObjectBrokerClass, CLSCTX_LOCAL_SERVER, nullptr, IID_IClassFactory,

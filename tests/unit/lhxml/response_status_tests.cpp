@@ -7,10 +7,10 @@
 #include <string>
 #include <string_view>
 
-#include "frame/com/ansi_text.hpp"
+#include "com/ansi_text.hpp"
 #include "lhxml/dom.hpp"
-#include "tests/unit/lhxml/document_test.hpp"
-#include "tests/unit/lhxml/node_stand_in.hpp"
+#include "tests/unit/lhxml/document_fixture.hpp"
+#include "tests/unit/lhxml/fake_node.hpp"
 
 namespace paylodge::test {
 namespace {
@@ -86,24 +86,24 @@ TEST_F(ResponseStatus, IsNotReadFromChildren) {
 }
 
 TEST_F(ResponseStatus, GivesTheCodeOfFetchingTheAttributes) {
-    const auto node = MakeNodeStandIn({.fetch = E_ACCESSDENIED});
+    const auto node = MakeFakeNode({.fetch = E_ACCESSDENIED});
     EXPECT_EQ((Status{E_ACCESSDENIED, "old code", "old message"}), ReadStatus(node.Get()));
 }
 
 TEST_F(ResponseStatus, GivesTheCodeOfReadingTheStatusCodeBeforeTheMessages) {
-    const auto node = MakeNodeStandIn({.failures = {{L"statusCode", E_ABORT}, {L"statusMessage", E_ACCESSDENIED}}});
+    const auto node = MakeFakeNode({.failures = {{L"statusCode", E_ABORT}, {L"statusMessage", E_ACCESSDENIED}}});
     EXPECT_EQ((Status{E_ABORT, "old code", "old message"}), ReadStatus(node.Get()));
 }
 
 TEST_F(ResponseStatus, ReadsTheCodeWhereTheMessageCannotBeRead) {
     const auto node =
-        MakeNodeStandIn({.failures = {{L"statusMessage", E_ACCESSDENIED}}, .values = {{L"statusCode", L"7"}}});
+        MakeFakeNode({.failures = {{L"statusMessage", E_ACCESSDENIED}}, .values = {{L"statusCode", L"7"}}});
     EXPECT_EQ((Status{E_ACCESSDENIED, "7", "old message"}), ReadStatus(node.Get()));
 }
 
 TEST_F(ResponseStatus, NeedsANodeWithAttributes) {
     EXPECT_EQ((Status{E_POINTER, "old code", "old message"}), ReadStatus(nullptr));
-    const auto node = MakeNodeStandIn({.has_map = false});
+    const auto node = MakeFakeNode({.has_map = false});
     EXPECT_EQ((Status{E_POINTER, "old code", "old message"}), ReadStatus(node.Get()));
 }
 
@@ -124,8 +124,8 @@ TEST_F(ResponseStatus, IsNotOKWithoutACode) {
 
 TEST_F(ResponseStatus, IsNotOKWithoutReadableAttributes) {
     EXPECT_FALSE(IsStatusOK(nullptr));
-    EXPECT_FALSE(IsStatusOK(MakeNodeStandIn({.fetch = E_FAIL, .values = {{L"statusCode", L"0"}}}).Get()));
-    EXPECT_FALSE(IsStatusOK(MakeNodeStandIn({.failures = {{L"statusCode", E_FAIL}}}).Get()));
+    EXPECT_FALSE(IsStatusOK(MakeFakeNode({.fetch = E_FAIL, .values = {{L"statusCode", L"0"}}}).Get()));
+    EXPECT_FALSE(IsStatusOK(MakeFakeNode({.failures = {{L"statusCode", E_FAIL}}}).Get()));
     EXPECT_FALSE(IsStatusOK(FirstChild(TopElement("<A>a text has no attributes</A>").Get()).Get()));
 }
 
@@ -152,14 +152,14 @@ TEST_F(ResponseStatus, IsCopiedEscaped) {
 
 TEST_F(ResponseStatus, CopyGivesTheCodeOfTheLastRead) {
     const auto last =
-        MakeNodeStandIn({.failures = {{L"statusMessage", E_ACCESSDENIED}}, .values = {{L"statusCode", L"0"}}});
+        MakeFakeNode({.failures = {{L"statusMessage", E_ACCESSDENIED}}, .values = {{L"statusCode", L"0"}}});
     EXPECT_EQ(Copied(E_ACCESSDENIED, "", "0", "", ""), CopyStatus(last.Get()));
-    const auto earlier = MakeNodeStandIn({.failures = {{L"statusCode", E_FAIL}}, .values = {{L"statusMessage", L"m"}}});
+    const auto earlier = MakeFakeNode({.failures = {{L"statusCode", E_FAIL}}, .values = {{L"statusMessage", L"m"}}});
     EXPECT_EQ(Copied(S_OK, "", "", "", "m"), CopyStatus(earlier.Get()));
 }
 
 TEST_F(ResponseStatus, CopyGivesTheCodeOfFetchingTheAttributes) {
-    EXPECT_EQ(Copied(E_ABORT, "", "", "", ""), CopyStatus(MakeNodeStandIn({.fetch = E_ABORT}).Get()));
+    EXPECT_EQ(Copied(E_ABORT, "", "", "", ""), CopyStatus(MakeFakeNode({.fetch = E_ABORT}).Get()));
     EXPECT_EQ(Copied(E_POINTER, "", "", "", ""), CopyStatus(nullptr));
 }
 

@@ -3,7 +3,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/unit/operations/operation_test.hpp"
+#include "tests/unit/operations/operation_fixture.hpp"
 
 namespace paylodge::test {
 namespace {

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "tests/support/site_stand_in.hpp"
-#include "tests/unit/operations/operation_test.hpp"
+#include "tests/support/fake_site.hpp"
+#include "tests/unit/operations/operation_fixture.hpp"
 
 namespace paylodge::test {
 namespace {
@@ -215,7 +215,7 @@ TEST_F(GetInvoiceInfoForCustomerID, RefusesEmptyArgumentsWithoutARequest) {
 }
 
 TEST_F(GetInvoiceInfoForCustomerID, LooksAtThePageBeforeItsArguments) {
-    SiteStandIn site(PageAt(kRefusedPage));
+    FakeSite site(PageAt(kRefusedPage));
     const OnSite on_site(static_cast<IObjectWithSite*>(&object_), site);
     EXPECT_EQ(Result{S_OK}, Ask(object_, &CPaylodge::GetInvoiceInfoForCustomerID, L"", L""));
 }

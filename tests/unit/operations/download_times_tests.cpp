@@ -7,13 +7,13 @@
 #include <utility>
 
 #include "tests/support/bstr_allocations.hpp"
+#include "tests/support/fake_site.hpp"
+#include "tests/support/fake_storage_host.hpp"
+#include "tests/support/live_allocations.hpp"
+#include "tests/support/log_files.hpp"
 #include "tests/support/no_application.hpp"
-#include "tests/support/site_stand_in.hpp"
-#include "tests/support/storage_host_stand_in.hpp"
-#include "tests/unit/operations/live_allocations.hpp"
-#include "tests/unit/operations/operation_test.hpp"
-#include "tests/unit/storage/log_files.hpp"
-#include "tests/unit/storage/recorded_sleeps.hpp"
+#include "tests/support/recorded_sleeps.hpp"
+#include "tests/unit/operations/operation_fixture.hpp"
 
 namespace paylodge::test {
 namespace {
@@ -75,7 +75,7 @@ class DownloadTimes : public OperationTest {
 
     ProcessLog log_;
     // Always there but for the test that takes it away.
-    std::optional<StorageHostStandIn> host_of_records_{std::in_place};
+    std::optional<FakeStorageHost> host_of_records_{std::in_place};
 };
 
 [[nodiscard]] VARIANT Number(LONG value) {
@@ -336,7 +336,7 @@ TEST_F(DownloadTimes, AccountsByTheThousandCostEachTheSame) {
 
 TEST_F(DownloadTimes, RefusedPageGetsNothingAndTheHostIsNotAsked) {
     Store(1, L"A", L"1");
-    SiteStandIn site(PageAt(kRefusedPage));
+    FakeSite site(PageAt(kRefusedPage));
     const OnSite on_site(&static_cast<IPaylodge8&>(object_), site);
     EXPECT_EQ((Result{S_OK, kUntouched}), Get(L"A"));
     EXPECT_EQ(Result{S_OK}, Set(L"A", L"2"));
@@ -346,7 +346,7 @@ TEST_F(DownloadTimes, RefusedPageGetsNothingAndTheHostIsNotAsked) {
 }
 
 TEST_F(DownloadTimes, ApprovedPageIsServed) {
-    SiteStandIn site(PageAt(kApprovedPage));
+    FakeSite site(PageAt(kApprovedPage));
     const OnSite on_site(&static_cast<IPaylodge8&>(object_), site);
     EXPECT_EQ(Result{S_OK}, Set(L"A", L"2"));
     EXPECT_EQ((Result{S_OK, L"2"}), Get(L"A"));

@@ -8,9 +8,9 @@
 
 #include "tests/support/bstr_allocations.hpp"
 #include "tests/support/document_watch.hpp"
-#include "tests/support/site_stand_in.hpp"
-#include "tests/unit/operations/live_allocations.hpp"
-#include "tests/unit/operations/operation_test.hpp"
+#include "tests/support/fake_site.hpp"
+#include "tests/support/live_allocations.hpp"
+#include "tests/unit/operations/operation_fixture.hpp"
 
 namespace paylodge::test {
 namespace {
@@ -125,7 +125,7 @@ const Operation kOperations[] = {
 // Makes the call fail at one of its allocations after the other; what the host allocates does not fail. `check` gets
 // whether the failure was raised.
 template <class Call, class Check>
-void FailEachAllocation(HostStandIn& host, const Call& call, const Check& check) {
+void FailEachAllocation(FakeHost& host, const Call& call, const Check& check) {
     for (int number = 1;; ++number) {
         BstrAllocations allocations(number);
         host.on_call["BeginSession"] = [&] { allocations.Pause(); };
@@ -276,14 +276,14 @@ TEST_P(EveryOperation, LeavesNoDocumentBehindWhateverHappens) {
 }
 
 TEST_P(EveryOperation, DoesNothingOnARefusedPage) {
-    SiteStandIn site(PageAt(kRefusedPage));
+    FakeSite site(PageAt(kRefusedPage));
     const OnSite on_site(static_cast<IObjectWithSite*>(&object_), site);
     EXPECT_EQ(Result{S_OK}, Call());
     EXPECT_THAT(host_.calls, ::testing::IsEmpty());
 }
 
 TEST_P(EveryOperation, WorksOnAnApprovedPage) {
-    SiteStandIn site(PageAt(kApprovedPage));
+    FakeSite site(PageAt(kApprovedPage));
     const OnSite on_site(static_cast<IObjectWithSite*>(&object_), site);
     AnswerAll();
     EXPECT_EQ(S_OK, Call().code);
@@ -322,7 +322,7 @@ TEST_F(OperationsWithoutAResultSlot, RefuseToWork) {
 
 // The page is looked at before the arguments.
 TEST_F(OperationsWithoutAResultSlot, DoNothingOnARefusedPage) {
-    SiteStandIn site(PageAt(kRefusedPage));
+    FakeSite site(PageAt(kRefusedPage));
     const OnSite on_site(static_cast<IObjectWithSite*>(&object_), site);
     EXPECT_THAT(CallAll(), ::testing::Each(::testing::Pair(::testing::_, S_OK)));
     EXPECT_EQ(E_FAIL, object_.ProcessLHRequest(Argument(L"1"), nullptr));

@@ -5,8 +5,8 @@
 #include <cstring>
 
 #include "tests/support/bstr_allocations.hpp"
-#include "tests/support/site_stand_in.hpp"
-#include "tests/unit/operations/exchange_values.hpp"
+#include "tests/support/fake_site.hpp"
+#include "tests/unit/operations/exchange_members.hpp"
 
 namespace paylodge::test {
 namespace {
@@ -156,7 +156,7 @@ class ExchangeOnARefusedPage : public ExchangeTest {};
 
 TEST_F(ExchangeOnARefusedPage, ChangesAndTellsNothing) {
     const auto page_object = ComObject<CPaylodge>::Create();
-    SiteStandIn site(PageAt(kRefusedPage));
+    FakeSite site(PageAt(kRefusedPage));
     CPaylodge& refused = *page_object.Get();
     const OnSite on_site(static_cast<IObjectWithSite*>(&refused), site);
     const Result nothing_told = {S_OK, kUntouched};
@@ -188,7 +188,7 @@ TEST_F(ExchangeOnARefusedPage, ChangesAndTellsNothing) {
 }
 
 TEST_F(ExchangeOnARefusedPage, LooksAtThePageBeforeThePlaceForTheResult) {
-    SiteStandIn site(PageAt(kRefusedPage));
+    FakeSite site(PageAt(kRefusedPage));
     const OnSite on_site(static_cast<IObjectWithSite*>(&object_), site);
     for (const TextProperty& property : kPlainProperties) {
         EXPECT_EQ(S_OK, (object_.*property.get)(nullptr)) << property.name;
@@ -210,7 +210,7 @@ TEST_F(ExchangeOnARefusedPage, DoesNotTellThatAMailboxIsFull) {
     for (const FlagProperty& flag : kFlags) {
         SetFlag(flag, VARIANT_TRUE);
     }
-    SiteStandIn site(PageAt(kRefusedPage));
+    FakeSite site(PageAt(kRefusedPage));
     const OnSite on_site(static_cast<IObjectWithSite*>(&object_), site);
     for (const GuardedProperty& property : kGuardedProperties) {
         EXPECT_EQ(kDone, Do(object_, property.put, L"refused")) << property.name;

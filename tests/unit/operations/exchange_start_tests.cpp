@@ -2,7 +2,7 @@
 // what no other looks at.
 #include <gtest/gtest.h>
 
-#include "tests/unit/operations/exchange_values.hpp"
+#include "tests/unit/operations/exchange_members.hpp"
 
 namespace paylodge::test {
 namespace {

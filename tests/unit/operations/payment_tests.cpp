@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "tests/unit/operations/operation_test.hpp"
+#include "tests/unit/operations/operation_fixture.hpp"
 
 namespace paylodge::test {
 namespace {

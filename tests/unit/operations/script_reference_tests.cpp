@@ -10,9 +10,9 @@
 #include <regex>
 #include <string>
 
-#include "frame/com/ansi_text.hpp"
-#include "frame/com/com_ptr.hpp"
-#include "frame/com/module.hpp"
+#include "com/ansi_text.hpp"
+#include "com/com_ptr.hpp"
+#include "com/module.hpp"
 #include "paylodge.h"
 
 namespace paylodge::test {

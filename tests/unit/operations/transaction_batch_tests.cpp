@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "tests/unit/operations/operation_test.hpp"
+#include "tests/unit/operations/operation_fixture.hpp"
 
 namespace paylodge::test {
 namespace {

@@ -9,11 +9,11 @@
 #include <string_view>
 #include <utility>
 
+#include "tests/support/fake_storage_host.hpp"
+#include "tests/support/live_allocations.hpp"
+#include "tests/support/log_files.hpp"
 #include "tests/support/no_application.hpp"
-#include "tests/support/storage_host_stand_in.hpp"
-#include "tests/unit/operations/live_allocations.hpp"
-#include "tests/unit/storage/log_files.hpp"
-#include "tests/unit/storage/recorded_sleeps.hpp"
+#include "tests/support/recorded_sleeps.hpp"
 
 namespace paylodge::test {
 namespace {
@@ -79,7 +79,7 @@ class DataFileStorage : public testing::Test {
     [[nodiscard]] StoredRecord& Stored() { return host_.categories[L"Category"][7]; }
 
     ProcessLog log_;
-    StorageHostStandIn host_;
+    FakeStorageHost host_;
     CDataFileStorage storage_;
 };
 

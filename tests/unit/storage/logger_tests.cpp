@@ -7,12 +7,12 @@
 #include <ostream>
 #include <utility>
 
-#include "frame/com/ansi_text.hpp"
-#include "frame/com/owner.hpp"
+#include "com/ansi_text.hpp"
+#include "com/owner.hpp"
+#include "tests/support/fake_storage_host.hpp"
+#include "tests/support/live_allocations.hpp"
+#include "tests/support/log_files.hpp"
 #include "tests/support/no_application.hpp"
-#include "tests/support/storage_host_stand_in.hpp"
-#include "tests/unit/operations/live_allocations.hpp"
-#include "tests/unit/storage/log_files.hpp"
 #include "tests/unit/storage/logger_module.hpp"
 
 namespace paylodge::test {
@@ -43,14 +43,14 @@ void PrintTo(const MessageBox& box, std::ostream* stream) {
 }
 
 // What the logger asks of the system, and what it gets.
-struct SystemStandIn {
+struct FakeSystem {
     std::vector<MessageBox> boxes;
     Calls calls;
     HWND main_frame = nullptr;
     HMODULE flag_library = nullptr;
     bool flag = false;
 };
-SystemStandIn* g_system = nullptr;
+FakeSystem* g_system = nullptr;
 
 [[nodiscard]] std::string Show(const char* text) { return text == nullptr ? "null" : "\"" + std::string(text) + "\""; }
 
@@ -123,8 +123,8 @@ class Logger : public testing::Test {
     [[nodiscard]] std::vector<MessageBox> TakeBoxes() { return std::exchange(system_.boxes, {}); }
 
     ScratchFolder folder_;
-    SystemStandIn system_;
-    std::optional<StorageHostStandIn> host_{std::in_place};
+    FakeSystem system_;
+    std::optional<FakeStorageHost> host_{std::in_place};
 
   private:
     void Unload() {
@@ -408,7 +408,7 @@ TEST_F(Logger, LogThatSomebodyHoldsOpenLosesTheEntry) {
 
 struct MissingFolder {
     const char* name;
-    void (*take_away)(StorageHostStandIn& host);
+    void (*take_away)(FakeStorageHost& host);
 };
 void PrintTo(const MissingFolder& missing, std::ostream* stream) { *stream << missing.name; }
 

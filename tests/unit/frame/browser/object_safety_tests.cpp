@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
+#include "com/object_root.hpp"
+#include "com/object_with_site.hpp"
 #include "frame/browser/approved_sites.hpp"
 #include "frame/browser/site_lock.hpp"
-#include "frame/com/object_root.hpp"
-#include "frame/com/object_with_site.hpp"
 
 namespace paylodge {
 namespace {

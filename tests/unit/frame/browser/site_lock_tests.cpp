@@ -3,10 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "com/object_root.hpp"
+#include "com/object_with_site.hpp"
 #include "frame/browser/approved_sites.hpp"
-#include "frame/com/object_root.hpp"
-#include "frame/com/object_with_site.hpp"
-#include "tests/support/site_stand_in.hpp"
+#include "tests/support/fake_site.hpp"
 
 namespace paylodge::test {
 namespace {
@@ -33,7 +33,7 @@ class SiteLock : public ::testing::Test {
         EXPECT_EQ(0, Module::References());
     }
 
-    [[nodiscard]] bool IsAllowedOn(SiteStandIn& site) {
+    [[nodiscard]] bool IsAllowedOn(FakeSite& site) {
         const OnSite on_site(object.Get(), site);
         const long before = site.references;
         const bool is_allowed = object->IsSiteAllowed();
@@ -41,12 +41,12 @@ class SiteLock : public ::testing::Test {
         return is_allowed;
     }
     [[nodiscard]] bool IsAllowedAt(const std::wstring& url) {
-        SiteStandIn site({.url = url});
+        FakeSite site({.url = url});
         return IsAllowedOn(site);
     }
-    [[nodiscard]] bool IsAllowedBy(const SiteEntry& entry, const PageStandIn& page) {
+    [[nodiscard]] bool IsAllowedBy(const SiteEntry& entry, const FakePage& page) {
         LockedObject::table = std::span(&entry, 1);
-        SiteStandIn site(page);
+        FakeSite site(page);
         return IsAllowedOn(site);
     }
 
@@ -65,14 +65,14 @@ TEST_F(SiteLock, ObjectThatLostItsSiteIsAllowed) {
 }
 
 TEST_F(SiteLock, ApprovedPageIsFoundThroughTheServicesOfTheSite) {
-    SiteStandIn site(PageAt(kApprovedPage));
+    FakeSite site(PageAt(kApprovedPage));
     EXPECT_TRUE(IsAllowedOn(site));
     EXPECT_THAT(site.calls, ElementsAre("services", "browser", "security manager", "url",
                                         "zone of https://terminal.paylodge.example/page with flags 0"));
 }
 
 TEST_F(SiteLock, RefusedPageIsLookedUpOnceMore) {
-    SiteStandIn site(PageAt(kRefusedPage));
+    FakeSite site(PageAt(kRefusedPage));
     EXPECT_FALSE(IsAllowedOn(site));
     ASSERT_EQ(10U, site.calls.size());
     EXPECT_EQ(std::vector(site.calls.begin(), site.calls.begin() + 5),
@@ -80,7 +80,7 @@ TEST_F(SiteLock, RefusedPageIsLookedUpOnceMore) {
 }
 
 TEST_F(SiteLock, TestOfThePageAloneTellsApprovedFromRefused) {
-    SiteStandIn site(PageAt(kApprovedPage));
+    FakeSite site(PageAt(kApprovedPage));
     const OnSite on_site(object.Get(), site);
     EXPECT_TRUE(IsPageApproved(*object.Get(), ApprovedSites()));
     EXPECT_TRUE(HasPage(*object.Get()));
@@ -90,7 +90,7 @@ TEST_F(SiteLock, TestOfThePageAloneTellsApprovedFromRefused) {
 }
 
 TEST_F(SiteLock, NextPageOfTheSameBrowserIsJudgedAnew) {
-    SiteStandIn site(PageAt(kRefusedPage));
+    FakeSite site(PageAt(kRefusedPage));
     EXPECT_FALSE(IsAllowedOn(site));
     site.page.url = kApprovedPage;
     EXPECT_TRUE(IsAllowedOn(site));
@@ -100,7 +100,7 @@ TEST_F(SiteLock, NextPageOfTheSameBrowserIsJudgedAnew) {
 
 struct FailingStep {
     const char* name;
-    PageStandIn page;
+    FakePage page;
     size_t calls;  // how far the lookup comes
 };
 
@@ -108,7 +108,7 @@ class SiteLockStep : public SiteLock, public ::testing::WithParamInterface<Faili
 
 // No page can be told: not approved, and not locked either.
 TEST_P(SiteLockStep, FailingLeavesTheObjectUnlocked) {
-    SiteStandIn site(GetParam().page);
+    FakeSite site(GetParam().page);
     site.page.url = kRefusedPage;
     EXPECT_TRUE(IsAllowedOn(site));
     EXPECT_EQ(2 * GetParam().calls, site.calls.size());
@@ -193,7 +193,7 @@ TEST_F(SiteLock, SchemeLongerThanItsBufferIsRefused) {
 }
 
 TEST_F(SiteLock, DomainLongerThanItsBufferCountsAsEmpty) {
-    const PageStandIn page{.url = L"https://" + std::wstring(300, L'a') + L".pay.example/"};
+    const FakePage page{.url = L"https://" + std::wstring(300, L'a') + L".pay.example/"};
     EXPECT_FALSE(IsAllowedBy({0, L"https", L"pay.example"}, page));
     EXPECT_TRUE(IsAllowedBy({0, L"https", nullptr}, page));
 }
@@ -204,7 +204,7 @@ TEST_F(SiteLock, PageWithoutADomainMatchesTheNullDomain) {
 }
 
 TEST_F(SiteLock, PatternsOfTheTableReachThePage) {
-    const PageStandIn page = PageAt(L"https://shop.pay.example/");
+    const FakePage page = PageAt(L"https://shop.pay.example/");
     EXPECT_TRUE(IsAllowedBy({0, L"https", L"pay.example"}, page));
     EXPECT_TRUE(IsAllowedBy({0, L"https", L"*.pay.example"}, page));
     EXPECT_FALSE(IsAllowedBy({0, L"https", L"=pay.example"}, page));

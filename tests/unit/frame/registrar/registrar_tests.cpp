@@ -1,10 +1,10 @@
 #include "frame/registrar/registrar.hpp"
 
-#include "frame/com/bstr.hpp"
-#include "frame/com/com_ptr.hpp"
-#include "frame/com/module.hpp"
-#include "frame/registrar/server_registration.hpp"
-#include "tests/unit/frame/registrar/scratch_registry.hpp"
+#include "com/bstr.hpp"
+#include "com/com_ptr.hpp"
+#include "com/module.hpp"
+#include "frame/registrar/registration_steps.hpp"
+#include "tests/support/scratch_registry.hpp"
 
 namespace paylodge {
 namespace {
@@ -24,20 +24,6 @@ constexpr auto kLibraryKey = L"TypeLib\\{C29F0A7C-64E9-4345-A15A-EBCB89E54784}\\
 
 constexpr auto kModule16 = u"C:\\Program Files\\It's \u65e5\u672c 100%\\Paylodge.dll";
 constexpr auto kModule = L"C:\\Program Files\\It's \u65e5\u672c 100%\\Paylodge.dll";
-
-// The predefined key leads into the scratch key while this lives.
-class Redirection {
-  public:
-    Redirection(HKEY predefined, HKEY target) : predefined_(predefined) {
-        EXPECT_EQ(::RegOverridePredefKey(predefined_, target), ERROR_SUCCESS);
-    }
-    ~Redirection() { EXPECT_EQ(::RegOverridePredefKey(predefined_, nullptr), ERROR_SUCCESS); }
-    Redirection(const Redirection&) = delete;
-    Redirection& operator=(const Redirection&) = delete;
-
-  private:
-    HKEY predefined_;
-};
 
 [[nodiscard]] Registrar MakeRegistrar(RegistrationScope scope = RegistrationScope::kMachine) {
     return Registrar(scope, {{u"MODULE", kModule16}, {u"OLEMISC", u"131473"}});
@@ -164,26 +150,6 @@ TEST_F(UserRegistration, WritesToTheClassesOfTheUser) {
     EXPECT_EQ(CountSubkeys(L"Software\\Classes"), 1u);
     EXPECT_EQ(CountSubkeys(L"Software\\Classes\\CLSID"), 0u);
 }
-
-TEST_F(MachineRegistration, RegistersTheModuleAndItsTypeLibrary) {
-    const std::wstring module = Module::Path();
-    ASSERT_EQ(RegisterServer(), S_OK);
-    EXPECT_EQ(Text(Join(kPaylodgeKey, L"InprocServer32").c_str()), module);
-    EXPECT_EQ(Text(Join(kPaylodgeCtrlKey, L"InprocServer32").c_str()), module);
-    EXPECT_EQ(Text(Join(kPaylodgeCtrlKey, L"MiscStatus\\1").c_str()), L"131473");
-    EXPECT_EQ(Text(kLibraryKey), L"Paylodge 1.0 Type Library");
-    EXPECT_EQ(Text(Join(kLibraryKey, sizeof(void*) == 8 ? L"0\\win64" : L"0\\win32").c_str()), module);
-}
-
-TEST_F(MachineRegistration, RemovesTheModuleAndItsTypeLibrary) {
-    ASSERT_EQ(RegisterServer(), S_OK);
-    ASSERT_EQ(UnregisterServer(), S_OK);
-    EXPECT_FALSE(HasKey(L"Paylodge.Paylodge"));
-    EXPECT_EQ(CountSubkeys(L"CLSID"), 0u);
-    EXPECT_FALSE(HasKey(kLibraryKey));
-}
-
-TEST_F(MachineRegistration, RemovesWhatIsNotThereWithoutFailure) { EXPECT_EQ(UnregisterServer(), S_OK); }
 
 constexpr RegistrationStep kPaylodgeStep = {[](const Registrar& registrar) { return registrar.Register(kPaylodge); },
                                             [](const Registrar& registrar) { return registrar.Unregister(kPaylodge); }};

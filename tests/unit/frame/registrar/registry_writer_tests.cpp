@@ -1,6 +1,6 @@
 #include "frame/registrar/registry_writer.hpp"
 
-#include "tests/unit/frame/registrar/scratch_registry.hpp"
+#include "tests/support/scratch_registry.hpp"
 
 namespace paylodge {
 namespace {

@@ -1,0 +1,80 @@
+// Class objects: how callers outside create the module's classes.
+#pragma once
+
+#include <windows.h>
+
+#include <comdef.h>
+#include <unknwn.h>
+
+#include <span>
+
+#include "com/object_root.hpp"
+
+namespace paylodge {
+
+// Base of a class that is created through a class object; gives its class id.
+template <class Class, const CLSID* id>
+class CComCoClass {
+  public:
+    [[nodiscard]] static const CLSID& GetObjectCLSID() noexcept { return *id; }
+};
+
+// The stock class object of one class.
+template <class Class>
+class ClassFactory : public IClassFactory {
+  public:
+    using Interfaces = InterfaceTable<Entry<IClassFactory>>;
+
+    // CLASS_E_NOAGGREGATION for any outer object, E_OUTOFMEMORY, or what QueryInterface of the new object answers.
+    STDMETHODIMP CreateInstance(IUnknown* outer, REFIID id, void** object) override {
+        if (object == nullptr) {
+            return E_POINTER;
+        }
+        *object = nullptr;
+        if (outer != nullptr) {
+            return CLASS_E_NOAGGREGATION;
+        }
+        const auto created = ComObject<Class>::Create();
+        return created ? created->QueryInterface(id, object) : E_OUTOFMEMORY;
+    }
+
+    // Unlocking what is not locked changes nothing.
+    STDMETHODIMP LockServer(BOOL lock) override {
+        lock ? Module::Lock() : Module::Unlock();
+        return S_OK;
+    }
+
+  protected:
+    ~ClassFactory() = default;
+};
+
+// One row of the table of classes that a module serves.
+struct ClassEntry {
+    const CLSID* id;
+    HRESULT (*get_class_object)(REFIID interface_id, void** class_object);
+};
+
+template <class Class>
+[[nodiscard]] ClassEntry MakeClassEntry() noexcept {
+    return {&Class::GetObjectCLSID(), [](REFIID id, void** object) -> HRESULT {
+                const auto factory = ComObject<ClassFactory<Class>>::Create();
+                return factory ? factory->QueryInterface(id, object) : E_OUTOFMEMORY;
+            }};
+}
+
+// What DllGetClassObject answers for a module with these classes.
+[[nodiscard]] inline HRESULT GetClassObject(std::span<const ClassEntry> classes, REFCLSID class_id, REFIID id,
+                                            void** object) {
+    if (object == nullptr) {
+        return E_POINTER;
+    }
+    *object = nullptr;
+    for (const ClassEntry& entry : classes) {
+        if (IsEqualCLSID(*entry.id, class_id)) {
+            return entry.get_class_object(id, object);
+        }
+    }
+    return CLASS_E_CLASSNOTAVAILABLE;
+}
+
+}  // namespace paylodge

@@ -1,0 +1,46 @@
+#include "frame/module/server_registration.hpp"
+
+#include <comdef.h>
+
+#include <array>
+#include <new>
+
+#include "bridge/misc_status.hpp"
+#include "com/module.hpp"
+#include "frame/registrar/registration_steps.hpp"
+
+namespace paylodge {
+namespace {
+
+template <WORD script>
+constexpr RegistrationStep kScript = {[](const Registrar& registrar) { return registrar.Register(script); },
+                                      [](const Registrar& registrar) { return registrar.Unregister(script); }};
+
+constexpr RegistrationStep kTypeLibrary = {
+    [](const Registrar& registrar) { return RegisterTypeLibrary(registrar.Scope()); },
+    [](const Registrar& registrar) { return UnregisterTypeLibrary(registrar.Scope()); }};
+
+constexpr std::array kSteps = {kScript<101>, kScript<104>, kTypeLibrary};
+
+[[nodiscard]] std::u16string Text(std::wstring_view text) { return {text.begin(), text.end()}; }
+
+[[nodiscard]] HRESULT Run(HRESULT (*run)(std::span<const RegistrationStep>, const Registrar&),
+                          RegistrationScope scope) {
+    try {
+        const Registrar registrar(
+            scope, {{u"MODULE", Text(Module::Path())}, {u"OLEMISC", Text(std::to_wstring(kControlMiscStatus))}});
+        return run(kSteps, registrar);
+    } catch (const _com_error& error) {
+        return error.Error();
+    } catch (const std::bad_alloc&) {
+        return E_OUTOFMEMORY;
+    }
+}
+
+}  // namespace
+
+HRESULT RegisterServer(RegistrationScope scope) { return Run(&ApplySteps, scope); }
+
+HRESULT UnregisterServer(RegistrationScope scope) { return Run(&RemoveSteps, scope); }
+
+}  // namespace paylodge

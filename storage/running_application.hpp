@@ -1,0 +1,33 @@
+// The running host application.
+#pragma once
+
+#include <comdef.h>
+
+#include "com/com_ptr.hpp"
+#include "hostapi/application.hpp"
+
+namespace paylodge {
+
+// One of the application's interfaces; null when no application runs or it lacks the interface. Every other failure is
+// raised as a COM error.
+template <class Interface>
+[[nodiscard]] ComPtr<Interface> FindApplication() {
+    const auto raise_failure = [](HRESULT result) {
+        if (FAILED(result)) {
+            _com_issue_error(result);
+        }
+    };
+    ComPtr<IHostApplicationLocator> locator;
+    raise_failure(::CoCreateInstance(kHostApplicationLocatorClass, nullptr, CLSCTX_INPROC_SERVER,
+                                     __uuidof(IHostApplicationLocator), locator.ReceiveVoid()));
+    ComPtr<IUnknown> running;
+    raise_failure(locator->GetRunningApplication(running.Receive()));
+    ComPtr<Interface> application;
+    if (running) {
+        const HRESULT result = running.As(application);
+        raise_failure(result == E_NOINTERFACE ? S_OK : result);
+    }
+    return application;
+}
+
+}  // namespace paylodge

@@ -1,0 +1,101 @@
+#include "refhost/property_values.hpp"
+
+#include <gtest/gtest.h>
+
+#include "com/bstr.hpp"
+#include "com/variant.hpp"
+
+namespace paylodge::refhost {
+namespace {
+
+class Parsed : public OwnedVariant {
+  public:
+    explicit Parsed(const PropertyText& text) { EXPECT_EQ(ValueFromText(text, Receive()), S_OK); }
+};
+
+TEST(EscapedText, LeavesOrdinaryTextAlone) {
+    EXPECT_EQ(EscapedText(L""), "");
+    EXPECT_EQ(EscapedText(L"2026-11-21 10:00 <&>\""), "2026-11-21 10:00 <&>\"");
+    EXPECT_EQ(EscapedText(L"Caf\u00E9 \U0001F600"), "Caf\xC3\xA9 \xF0\x9F\x98\x80");
+}
+
+TEST(EscapedText, WritesWhatXmlCannotCarryAsNumbers) {
+    EXPECT_EQ(EscapedText(std::wstring_view(L"a\0b", 3)), "a\\u0000b");
+    EXPECT_EQ(EscapedText(L"\r\n\t"), "\\u000D\\u000A\\u0009");
+    EXPECT_EQ(EscapedText(L"\\"), "\\u005C");
+    EXPECT_EQ(EscapedText(L"\xFFFE\xFFFF"), "\\uFFFE\\uFFFF");
+}
+
+TEST(EscapedText, WritesHalvesOfSurrogatePairsAsNumbers) {
+    EXPECT_EQ(EscapedText(std::wstring{0xD83D}), "\\uD83D");
+    EXPECT_EQ(EscapedText(std::wstring{0xDE00, 0xD83D}), "\\uDE00\\uD83D");
+    EXPECT_EQ(EscapedText(std::wstring{0xD83D, L'x'}), "\\uD83Dx");
+}
+
+TEST(UnescapedText, IsTheTextThatWasEscaped) {
+    std::wstring every_unit;
+    for (unsigned unit = 0; unit <= 0xFFFF; ++unit) {
+        every_unit += static_cast<wchar_t>(unit);
+    }
+    EXPECT_EQ(UnescapedText(EscapedText(every_unit)), every_unit);
+    EXPECT_EQ(UnescapedText(EscapedText(L"\\u0041")), L"\\u0041");
+}
+
+TEST(UnescapedText, LeavesWhatIsNoEscapeAlone) {
+    EXPECT_EQ(UnescapedText("\\"), L"\\");
+    EXPECT_EQ(UnescapedText("\\u"), L"\\u");
+    EXPECT_EQ(UnescapedText("\\u12"), L"\\u12");
+    EXPECT_EQ(UnescapedText("\\uXYZW"), L"\\uXYZW");
+    EXPECT_EQ(UnescapedText("\\n"), L"\\n");
+}
+
+TEST(PropertyValue, OfEachKindComesBackAsItWas) {
+    VARIANT value = {};
+    V_VT(&value) = VT_I2;
+    V_I2(&value) = -32768;
+    EXPECT_EQ(TextFromValue(value), (PropertyText{"int16", "-32768"}));
+    EXPECT_EQ(V_I2(&Parsed(*TextFromValue(value)).Get()), -32768);
+    V_VT(&value) = VT_I4;
+    V_I4(&value) = 2147483647;
+    EXPECT_EQ(TextFromValue(value), (PropertyText{"int32", "2147483647"}));
+    EXPECT_EQ(V_I4(&Parsed(*TextFromValue(value)).Get()), 2147483647);
+    V_VT(&value) = VT_BOOL;
+    V_BOOL(&value) = VARIANT_TRUE;
+    EXPECT_EQ(V_BOOL(&Parsed(*TextFromValue(value)).Get()), VARIANT_TRUE);
+    V_VT(&value) = VT_CY;
+    V_CY(&value).int64 = -1234567;
+    EXPECT_EQ(TextFromValue(value), (PropertyText{"currency", "-123.4567"}));
+    EXPECT_EQ(V_CY(&Parsed(*TextFromValue(value)).Get()).int64, -1234567);
+}
+
+TEST(PropertyValue, OfAStringIsItsText) {
+    const OwnedVariant string(MakeBstr(std::wstring_view(L"a\0b", 3)));
+    EXPECT_EQ(TextFromValue(string.Get()), (PropertyText{"string", "a\\u0000b"}));
+    EXPECT_EQ(View(Parsed(*TextFromValue(string.Get())).Bstr()), std::wstring_view(L"a\0b", 3));
+    const OwnedVariant null{OwnedBstr()};
+    EXPECT_EQ(TextFromValue(null.Get()), (PropertyText{"string", ""}));
+}
+
+TEST(PropertyValue, OfAnyOtherKindIsNotKept) {
+    for (const VARTYPE type : {VT_EMPTY, VT_NULL, VT_R8, VT_DISPATCH, VT_UNKNOWN, VT_DECIMAL}) {
+        VARIANT value = {};
+        V_VT(&value) = type;
+        EXPECT_EQ(TextFromValue(value), std::nullopt) << type;
+    }
+    VARIANT reference = {};
+    LONG number = 1;
+    V_VT(&reference) = VT_I4 | VT_BYREF;
+    V_I4REF(&reference) = &number;
+    EXPECT_EQ(TextFromValue(reference), std::nullopt);
+}
+
+TEST(PropertyValue, OfAnUnknownKindOrNoNumberIsAFailure) {
+    VARIANT value = {};
+    EXPECT_EQ(ValueFromText({"text", "a"}, &value), DISP_E_BADVARTYPE);
+    EXPECT_EQ(ValueFromText({"int32", "four"}, &value), DISP_E_TYPEMISMATCH);
+    EXPECT_EQ(ValueFromText({"int16", "32768"}, &value), DISP_E_OVERFLOW);
+    EXPECT_EQ(V_VT(&value), VT_EMPTY);
+}
+
+}  // namespace
+}  // namespace paylodge::refhost

@@ -1,0 +1,84 @@
+#include "com/ansi_text.hpp"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tests/support/bstr_allocations.hpp"
+#include "tests/support/thread_locale.hpp"
+
+namespace paylodge::test {
+namespace {
+
+using namespace std::string_literals;
+
+TEST(AnsiText, TestsExpectTheWesternCodePage) { ASSERT_EQ(1252U, ::GetACP()); }
+
+TEST(AnsiText, WideTextBecomesNarrow) {
+    EXPECT_EQ("caf\xE9 \x80", AnsiFromWide(L"caf\xE9 \x20AC"));
+    EXPECT_EQ("", AnsiFromWide(L""));
+}
+
+TEST(AnsiText, CharactersOutsideTheCodePageBecomeItsDefault) {
+    EXPECT_EQ("a?b", AnsiFromWide(L"a\x65E5"
+                                  L"b"));
+}
+
+TEST(AnsiText, EmbeddedNulsSurvive) {
+    EXPECT_EQ("a\0b\0"s, AnsiFromWide(L"a\0b\0"s));
+    EXPECT_EQ("a\0b\0"s, AnsiFromBstr(MakeBstr(L"a\0b\0"s).Get()));
+    EXPECT_EQ(L"a\0b\0"s, View(BstrFromAnsi("a\0b\0"s)));
+    EXPECT_EQ(L"a\0b\0"s, View(BstrFromThreadAnsi("a\0b\0"s)));
+}
+
+TEST(AnsiText, NullStringIsTheEmptyText) { EXPECT_EQ("", AnsiFromBstr(nullptr)); }
+
+TEST(AnsiText, EmptyTextIsAStringOfItsOwn) {
+    const auto is_empty_string = [](const OwnedBstr& text) { return text && ::SysStringLen(text.Get()) == 0; };
+    EXPECT_TRUE(is_empty_string(BstrFromAnsi("")));
+    EXPECT_TRUE(is_empty_string(BstrFromThreadAnsi("")));
+}
+
+TEST(AnsiText, EveryByteOfTheCodePageComesBack) {
+    for (int code = 1; code < 256; ++code) {
+        const std::string byte(1, static_cast<char>(code));
+        EXPECT_EQ(byte, AnsiFromBstr(BstrFromAnsi(byte).Get())) << code;
+    }
+}
+
+TEST(AnsiText, LongTextComesBack) {
+    std::string text;
+    text.assign(10'000'000, '\xE9');
+    EXPECT_EQ(text, AnsiFromBstr(BstrFromAnsi(text).Get()));
+}
+
+TEST(AnsiText, ThreadsCodePageIsTheThreads) {
+    const ThreadLocale locale(kGreek);
+    EXPECT_EQ(L"\x3B1", View(BstrFromThreadAnsi("\xE1")));
+}
+
+TEST(AnsiText, SystemsCodePageDoesNotDependOnTheThread) {
+    const ThreadLocale locale(kGreek);
+    EXPECT_EQ(L"\xE1", View(BstrFromAnsi("\xE1")));
+    EXPECT_EQ("\xE1?", AnsiFromWide(L"\xE1\x3C8"));
+}
+
+using Convert = OwnedBstr (*)(std::string_view);
+class LackOfMemory : public testing::TestWithParam<Convert> {};
+
+INSTANTIATE_TEST_SUITE_P(AnsiText, LackOfMemory, testing::Values(&BstrFromAnsi, &BstrFromThreadAnsi));
+
+TEST_P(LackOfMemory, IsRaised) {
+    for (const std::string_view text : {"", "text"}) {
+        const BstrAllocations allocations(1);
+        try {
+            static_cast<void>(GetParam()(text));
+            ADD_FAILURE() << "nothing was raised";
+        } catch (const _com_error& error) {
+            EXPECT_EQ(E_OUTOFMEMORY, error.Error());
+        }
+    }
+}
+
+}  // namespace
+}  // namespace paylodge::test

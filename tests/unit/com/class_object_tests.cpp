@@ -1,0 +1,142 @@
+#include "com/class_object.hpp"
+
+#include <gtest/gtest.h>
+#include <objidl.h>
+
+#include <array>
+#include <limits>
+#include <new>
+
+namespace paylodge {
+namespace {
+
+constexpr CLSID kExampleClass = {0x1B0B0A41, 0x7C1E, 0x4B0B, {0x9A, 0x0E, 0x3C, 0x52, 0x11, 0x6A, 0x71, 0x01}};
+constexpr CLSID kOtherClass = {0x1B0B0A42, 0x7C1E, 0x4B0B, {0x9A, 0x0E, 0x3C, 0x52, 0x11, 0x6A, 0x71, 0x01}};
+
+template <const CLSID* id>
+class Example : public CComCoClass<Example<id>, id>, public IPersist {
+  public:
+    using Interfaces = InterfaceTable<Entry<IPersist>>;
+    STDMETHODIMP GetClassID(CLSID* class_id) override {
+        *class_id = *id;
+        return S_OK;
+    }
+
+  protected:
+    ~Example() = default;
+};
+
+class ClassObject : public ::testing::Test {
+  protected:
+    ~ClassObject() override {
+        factory.Reset();
+        EXPECT_EQ(0, Module::References());
+    }
+
+    [[nodiscard]] HRESULT Get(REFCLSID class_id, REFIID id, void** object) {
+        return GetClassObject(classes_, class_id, id, object);
+    }
+
+    // The first class's, once a test asked for it.
+    ComPtr<IClassFactory> factory;
+
+  private:
+    const std::array<ClassEntry, 2> classes_ = {MakeClassEntry<Example<&kExampleClass>>(),
+                                                MakeClassEntry<Example<&kOtherClass>>()};
+};
+
+TEST_F(ClassObject, ComesForEachClassOfTheTable) {
+    for (const CLSID& id : {kExampleClass, kOtherClass}) {
+        ComPtr<IClassFactory> found;
+        ASSERT_EQ(S_OK, Get(id, IID_IClassFactory, found.ReceiveVoid()));
+        ComPtr<IPersist> object;
+        ASSERT_EQ(S_OK, found->CreateInstance(nullptr, __uuidof(IPersist), object.ReceiveVoid()));
+        CLSID class_id = CLSID_NULL;
+        EXPECT_EQ(S_OK, object->GetClassID(&class_id));
+        EXPECT_TRUE(IsEqualCLSID(id, class_id));
+    }
+}
+
+TEST_F(ClassObject, UnknownClassIsNotAvailable) {
+    void* found = &found;
+    EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE, Get(CLSID_NULL, IID_IClassFactory, &found));
+    EXPECT_EQ(nullptr, found);
+}
+
+TEST_F(ClassObject, UnknownInterfaceOfAKnownClassIsENoInterface) {
+    void* found = &found;
+    EXPECT_EQ(E_NOINTERFACE, Get(kExampleClass, IID_IDispatch, &found));
+    EXPECT_EQ(nullptr, found);
+}
+
+TEST_F(ClassObject, WithoutASlotIsEPointer) {
+    EXPECT_EQ(E_POINTER, Get(kExampleClass, IID_IClassFactory, nullptr));
+    EXPECT_EQ(E_POINTER, Get(CLSID_NULL, IID_IClassFactory, nullptr));
+}
+
+TEST_F(ClassObject, HoldsTheModuleWhileItLives) {
+    ASSERT_EQ(S_OK, Get(kExampleClass, IID_IUnknown, factory.ReceiveVoid()));
+    EXPECT_EQ(1, Module::References());
+    factory.Reset();
+    EXPECT_EQ(0, Module::References());
+}
+
+TEST_F(ClassObject, ObjectsHoldTheModuleWithoutTheirClassObject) {
+    ASSERT_EQ(S_OK, Get(kExampleClass, IID_IClassFactory, factory.ReceiveVoid()));
+    ComPtr<IUnknown> object;
+    ASSERT_EQ(S_OK, factory->CreateInstance(nullptr, IID_IUnknown, object.ReceiveVoid()));
+    factory.Reset();
+    EXPECT_EQ(1, Module::References());
+    EXPECT_EQ(2U, object->AddRef());
+    EXPECT_EQ(1U, object->Release());
+}
+
+TEST_F(ClassObject, LocksAreCounted) {
+    ASSERT_EQ(S_OK, Get(kExampleClass, IID_IClassFactory, factory.ReceiveVoid()));
+    EXPECT_EQ(S_OK, factory->LockServer(TRUE));
+    EXPECT_EQ(S_OK, factory->LockServer(TRUE));
+    EXPECT_EQ(3, Module::References());
+    EXPECT_EQ(S_OK, factory->LockServer(FALSE));
+    EXPECT_EQ(2, Module::References());
+    EXPECT_EQ(S_OK, factory->LockServer(FALSE));
+    EXPECT_EQ(1, Module::References());
+}
+
+TEST_F(ClassObject, CreationFailsWithANullResultAndNothingAlive) {
+    ASSERT_EQ(S_OK, Get(kExampleClass, IID_IClassFactory, factory.ReceiveVoid()));
+    void* found = &found;
+    EXPECT_EQ(E_NOINTERFACE, factory->CreateInstance(nullptr, IID_IDispatch, &found));
+    EXPECT_EQ(nullptr, found);
+    found = &found;
+    EXPECT_EQ(CLASS_E_NOAGGREGATION, factory->CreateInstance(factory.Get(), IID_IUnknown, &found));
+    EXPECT_EQ(nullptr, found);
+    EXPECT_EQ(E_POINTER, factory->CreateInstance(nullptr, IID_IUnknown, nullptr));
+    EXPECT_EQ(1, Module::References());
+}
+
+TEST(Module, RaisesAComErrorForEveryAllocationThatFails) {
+    EXPECT_EQ(0, Module::References());
+    volatile size_t impossible = std::numeric_limits<size_t>::max() / 2;
+    EXPECT_THROW(static_cast<void>(::operator new(impossible)), std::bad_alloc);
+    try {
+        ::operator delete(::operator new(impossible));
+        ADD_FAILURE() << "nothing was raised";
+    } catch (const _com_error& error) {
+        EXPECT_EQ(E_OUTOFMEMORY, error.Error());
+    }
+    void* const nothing = ::operator new(impossible, std::nothrow);
+    EXPECT_EQ(nullptr, nothing);
+    ::operator delete(nothing);
+}
+
+TEST(Module, HasNoFewerLocksThanNone) {
+    Module::Unlock();
+    Module::Lock();
+    EXPECT_EQ(1, Module::References());
+    Module::Unlock();
+    Module::Unlock();
+    EXPECT_EQ(0, Module::References());
+}
+
+}  // namespace
+}  // namespace paylodge

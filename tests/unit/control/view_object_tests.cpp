@@ -1,0 +1,230 @@
+// Drawing on request, without a container or window.
+
+#include <gtest/gtest.h>
+
+#include "tests/support/drawing_surface.hpp"
+#include "tests/support/recording_container.hpp"
+#include "tests/unit/control/test_control.hpp"
+
+namespace paylodge::test {
+namespace {
+
+constexpr COLORREF kBlack = RGB(0, 0, 0);
+constexpr COLORREF kWhite = RGB(255, 255, 255);
+
+void ExpectRect(const RECT& expected, const RECT& actual) {
+    EXPECT_TRUE(::EqualRect(&expected, &actual))
+        << actual.left << "," << actual.top << "," << actual.right << "," << actual.bottom;
+}
+
+class ViewObject : public ::testing::Test {
+  protected:
+    void TearDown() override {
+        view_.Reset();
+        EXPECT_EQ(1u, References(control_));
+    }
+    HRESULT Draw(const RECTL& bounds, DWORD aspect = DVASPECT_CONTENT, LONG index = -1) {
+        return view_->Draw(aspect, index, nullptr, nullptr, nullptr, surface_.Dc(), &bounds, nullptr, nullptr, 0);
+    }
+
+    DrawingSurface surface_{220, 120};
+    ComPtr<ComObject<TestControl>> control_ = ComObject<TestControl>::Create();
+    ComPtr<IViewObjectEx> view_ = Query<IViewObjectEx>(control_);
+};
+
+TEST_F(ViewObject, DrawsARectangleOverItsBounds) {
+    EXPECT_EQ(S_OK, Draw({10, 20, 210, 100}));
+    ExpectRect({10, 20, 210, 100},
+               surface_.Around(surface_.All(), [](COLORREF pixel) { return pixel != DrawingSurface::kUntouched; }));
+    for (const POINT corner : {POINT{10, 20}, POINT{209, 20}, POINT{10, 99}, POINT{209, 99}}) {
+        EXPECT_EQ(kBlack, surface_.At(corner.x, corner.y)) << corner.x << "," << corner.y;
+    }
+    EXPECT_EQ(kWhite, surface_.At(11, 21));
+}
+
+TEST_F(ViewObject, WritesItsNameCentredOnABaselineInTheMiddle) {
+    EXPECT_EQ(S_OK, Draw({10, 20, 210, 100}));
+    const RECT text = surface_.Around({11, 21, 209, 99}, [](COLORREF pixel) { return pixel != kWhite; });
+    ASSERT_FALSE(::IsRectEmpty(&text));
+    EXPECT_NEAR(110, (text.left + text.right) / 2.0, 2.0);
+    // The letters stand on the middle line, and only the tail of the "y" reaches below.
+    EXPECT_LT(text.top, 55);
+    EXPECT_GE(text.bottom, 60);
+    EXPECT_LE(text.bottom, 66);
+}
+
+TEST_F(ViewObject, WritesNothingOutsideItsBounds) {
+    const RECT bounds{100, 50, 130, 60};
+    EXPECT_EQ(S_OK, Draw({bounds.left, bounds.top, bounds.right, bounds.bottom}));
+    ExpectRect(bounds,
+               surface_.Around(surface_.All(), [](COLORREF pixel) { return pixel != DrawingSurface::kUntouched; }));
+}
+
+TEST_F(ViewObject, LeavesNoClipRegionBehind) {
+    EXPECT_EQ(S_OK, control_->OnDraw({surface_.Dc(), {0, 0, 50, 50}}));
+    const Region clip(::CreateRectRgn(0, 0, 1, 1));
+    EXPECT_EQ(0, ::GetClipRgn(surface_.Dc(), clip.Get()));
+    EXPECT_EQ(static_cast<UINT>(TA_CENTER | TA_BASELINE), ::GetTextAlign(surface_.Dc()));
+}
+
+TEST_F(ViewObject, GivesTheContextBackAsItWas) {
+    const Region mine(::CreateRectRgn(5, 5, 100, 100));
+    ::SelectClipRgn(surface_.Dc(), mine.Get());
+    ::SetMapMode(surface_.Dc(), MM_ANISOTROPIC);
+    EXPECT_EQ(S_OK, Draw({0, 0, 50, 50}));
+    const Region clip(::CreateRectRgn(0, 0, 1, 1));
+    EXPECT_EQ(1, ::GetClipRgn(surface_.Dc(), clip.Get()));
+    EXPECT_TRUE(::EqualRgn(mine.Get(), clip.Get()));
+    EXPECT_EQ(static_cast<UINT>(TA_LEFT | TA_TOP), ::GetTextAlign(surface_.Dc()));
+    EXPECT_EQ(MM_ANISOTROPIC, ::GetMapMode(surface_.Dc()));
+}
+
+TEST_F(ViewObject, DrawsWhereTheMappingModePutsItsBounds) {
+    ::SetMapMode(surface_.Dc(), MM_ANISOTROPIC);
+    ::SetWindowExtEx(surface_.Dc(), 1000, 1000, nullptr);
+    ::SetViewportExtEx(surface_.Dc(), 100, 100, nullptr);
+    ::SetViewportOrgEx(surface_.Dc(), 20, 10, nullptr);
+    EXPECT_EQ(S_OK, Draw({0, 0, 1000, 500}));
+    ExpectRect({20, 10, 120, 60},
+               surface_.Around(surface_.All(), [](COLORREF pixel) { return pixel != DrawingSurface::kUntouched; }));
+    EXPECT_EQ(20, control_->last_bounds.left);
+    EXPECT_EQ(120, control_->last_bounds.right);
+}
+
+TEST_F(ViewObject, DrawsWhereAWorldTransformPutsItsBounds) {
+    ::SetGraphicsMode(surface_.Dc(), GM_ADVANCED);
+    const XFORM twice_as_large{2, 0, 0, 2, 10, 10};
+    ASSERT_TRUE(::SetWorldTransform(surface_.Dc(), &twice_as_large));
+    EXPECT_EQ(S_OK, Draw({0, 0, 50, 25}));
+    ExpectRect({10, 10, 110, 60},
+               surface_.Around(surface_.All(), [](COLORREF pixel) { return pixel != DrawingSurface::kUntouched; }));
+}
+
+TEST_F(ViewObject, ReportsWhatItsDrawingReports) {
+    control_->draw_result = E_ABORT;
+    EXPECT_EQ(E_ABORT, Draw({0, 0, 50, 50}));
+}
+
+TEST_F(ViewObject, DrawsOnlyItsContentAsAWhole) {
+    const RECTL bounds{0, 0, 10, 10};
+    EXPECT_EQ(DV_E_DVASPECT, Draw(bounds, DVASPECT_ICON));
+    EXPECT_EQ(DV_E_LINDEX, Draw(bounds, DVASPECT_CONTENT, 0));
+    EXPECT_EQ(E_INVALIDARG,
+              view_->Draw(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, nullptr, &bounds, nullptr, nullptr, 0));
+    EXPECT_EQ(E_INVALIDARG, view_->Draw(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, surface_.Dc(), nullptr,
+                                        nullptr, nullptr, 0));
+    EXPECT_EQ(0, control_->draw_count);
+}
+
+TEST_F(ViewObject, KnowsItsExtents) {
+    SIZEL size{1000, 2000};
+    EXPECT_EQ(S_OK, Query<IOleObject>(control_)->SetExtent(DVASPECT_CONTENT, &size));
+    size = {};
+    EXPECT_EQ(S_OK, view_->GetExtent(DVASPECT_CONTENT, -1, nullptr, &size));
+    EXPECT_EQ(1000, size.cx);
+    EXPECT_EQ(2000, size.cy);
+    DVEXTENTINFO request{sizeof request, DVEXTENT_CONTENT, {0, 0}};
+    EXPECT_EQ(S_OK, view_->GetNaturalExtent(DVASPECT_CONTENT, -1, nullptr, nullptr, &request, &size));
+    EXPECT_EQ(5080, size.cx);
+    EXPECT_EQ(5080, size.cy);
+    request.dwExtentMode = DVEXTENT_INTEGRAL;
+    EXPECT_EQ(E_NOTIMPL, view_->GetNaturalExtent(DVASPECT_CONTENT, -1, nullptr, nullptr, &request, &size));
+    EXPECT_EQ(DV_E_DVASPECT, view_->GetNaturalExtent(DVASPECT_ICON, -1, nullptr, nullptr, &request, &size));
+    EXPECT_EQ(E_POINTER, view_->GetExtent(DVASPECT_CONTENT, -1, nullptr, nullptr));
+    EXPECT_EQ(E_POINTER, view_->GetNaturalExtent(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, &size));
+}
+
+TEST_F(ViewObject, IsHitInsideItsBounds) {
+    const RECT bounds{0, 0, 10, 10};
+    DWORD result = 99;
+    EXPECT_EQ(S_OK, view_->QueryHitPoint(DVASPECT_CONTENT, &bounds, {9, 9}, 0, &result));
+    EXPECT_EQ(static_cast<DWORD>(HITRESULT_HIT), result);
+    EXPECT_EQ(S_OK, view_->QueryHitPoint(DVASPECT_CONTENT, &bounds, {10, 9}, 0, &result));
+    EXPECT_EQ(static_cast<DWORD>(HITRESULT_OUTSIDE), result);
+    const RECT across{5, 5, 20, 20};
+    EXPECT_EQ(S_OK, view_->QueryHitRect(DVASPECT_CONTENT, &bounds, &across, 0, &result));
+    EXPECT_EQ(static_cast<DWORD>(HITRESULT_HIT), result);
+    const RECT beside{10, 0, 20, 10};
+    EXPECT_EQ(S_OK, view_->QueryHitRect(DVASPECT_CONTENT, &bounds, &beside, 0, &result));
+    EXPECT_EQ(static_cast<DWORD>(HITRESULT_OUTSIDE), result);
+    EXPECT_EQ(DV_E_DVASPECT, view_->QueryHitPoint(DVASPECT_ICON, &bounds, {1, 1}, 0, &result));
+    EXPECT_EQ(E_POINTER, view_->QueryHitPoint(DVASPECT_CONTENT, nullptr, {1, 1}, 0, &result));
+    EXPECT_EQ(E_POINTER, view_->QueryHitRect(DVASPECT_CONTENT, &bounds, &bounds, 0, nullptr));
+}
+
+TEST_F(ViewObject, AnswersWhatItDoesNotHave) {
+    LOGPALETTE* colors = nullptr;
+    EXPECT_EQ(S_FALSE, view_->GetColorSet(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, &colors));
+    EXPECT_EQ(E_POINTER, view_->GetColorSet(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, nullptr));
+    RECTL bounds;
+    EXPECT_EQ(E_NOTIMPL, view_->GetRect(DVASPECT_CONTENT, &bounds));
+    EXPECT_EQ(E_POINTER, view_->GetRect(DVASPECT_CONTENT, nullptr));
+    DWORD key = 0;
+    EXPECT_EQ(E_NOTIMPL, view_->Freeze(DVASPECT_CONTENT, -1, nullptr, &key));
+    EXPECT_EQ(E_NOTIMPL, view_->Unfreeze(1));
+    DWORD status = 0;
+    EXPECT_EQ(S_OK, view_->GetViewStatus(&status));
+    EXPECT_EQ(static_cast<DWORD>(VIEWSTATUS_OPAQUE), status);
+    EXPECT_EQ(E_POINTER, view_->GetViewStatus(nullptr));
+}
+
+class ViewAdvise : public ViewObject {
+  protected:
+    void TearDown() override {
+        ViewObject::TearDown();
+        control_.Reset();
+        EXPECT_EQ(1u, References(site_));
+    }
+    void SetWidth(LONG width) {
+        SIZEL size{width, 100};
+        EXPECT_EQ(S_OK, Query<IOleObject>(control_)->SetExtent(DVASPECT_CONTENT, &size));
+    }
+
+    Record record_;
+    ComPtr<ComObject<RecordingSite>> site_ = ComObject<RecordingSite>::Create(record_);
+};
+
+TEST_F(ViewAdvise, IsHeldAndToldOfANewSize) {
+    EXPECT_EQ(S_OK, view_->SetAdvise(DVASPECT_CONTENT, 0, site_.Get()));
+    EXPECT_EQ(2u, References(site_));
+    SetWidth(1);
+    SetWidth(1);
+    EXPECT_EQ("OnViewChange(1,-1)", record_.Take());
+    EXPECT_EQ(S_OK, view_->SetAdvise(DVASPECT_CONTENT, 0, nullptr));
+    EXPECT_EQ(1u, References(site_));
+    SetWidth(2);
+    EXPECT_EQ("", record_.Take());
+}
+
+TEST_F(ViewAdvise, IsToldAtOnceWhenItAsks) {
+    EXPECT_EQ(S_OK, view_->SetAdvise(DVASPECT_CONTENT, ADVF_PRIMEFIRST, site_.Get()));
+    EXPECT_EQ("OnViewChange(1,-1)", record_.Take());
+}
+
+TEST_F(ViewAdvise, IsToldOnlyOnceWhenItAsks) {
+    EXPECT_EQ(S_OK, view_->SetAdvise(DVASPECT_CONTENT, ADVF_ONLYONCE, site_.Get()));
+    SetWidth(1);
+    SetWidth(2);
+    EXPECT_EQ("OnViewChange(1,-1)", record_.Take());
+    EXPECT_EQ(1u, References(site_));
+}
+
+TEST_F(ViewAdvise, IsHandedOut) {
+    EXPECT_EQ(S_OK, view_->SetAdvise(DVASPECT_CONTENT, ADVF_PRIMEFIRST, site_.Get()));
+    DWORD aspects = 0;
+    DWORD flags = 0;
+    ComPtr<IAdviseSink> sink;
+    EXPECT_EQ(S_OK, view_->GetAdvise(&aspects, &flags, sink.Receive()));
+    EXPECT_EQ(static_cast<DWORD>(DVASPECT_CONTENT), aspects);
+    EXPECT_EQ(static_cast<DWORD>(ADVF_PRIMEFIRST), flags);
+    EXPECT_EQ(static_cast<IAdviseSink*>(site_.Get()), sink.Get());
+    EXPECT_EQ(S_OK, view_->GetAdvise(nullptr, nullptr, nullptr));
+}
+
+TEST_F(ViewAdvise, IsOnlyForTheContent) {
+    EXPECT_EQ(OLE_E_ADVISENOTSUPPORTED, view_->SetAdvise(DVASPECT_ICON, 0, site_.Get()));
+    EXPECT_EQ(1u, References(site_));
+}
+
+}  // namespace
+}  // namespace paylodge::test

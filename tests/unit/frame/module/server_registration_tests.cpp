@@ -1,0 +1,42 @@
+#include "frame/module/server_registration.hpp"
+
+#include "com/module.hpp"
+#include "tests/support/scratch_registry.hpp"
+
+namespace paylodge {
+namespace {
+
+constexpr auto kPaylodgeKey = L"CLSID\\{F8A9E1FD-7DCD-4be8-B510-7CBB849364AB}";
+constexpr auto kPaylodgeCtrlKey = L"CLSID\\{00A0CCCE-89E6-4779-AACD-E774651CB5AD}";
+constexpr auto kLibraryKey = L"TypeLib\\{C29F0A7C-64E9-4345-A15A-EBCB89E54784}\\1.0";
+
+[[nodiscard]] std::wstring Join(const wchar_t* key, const wchar_t* subkey) {
+    return std::wstring(key) + L"\\" + subkey;
+}
+
+class ServerRegistration : public ScratchRegistry {
+    Redirection classes_{HKEY_CLASSES_ROOT, Root()};
+};
+
+TEST_F(ServerRegistration, RegistersTheModuleAndItsTypeLibrary) {
+    const std::wstring module = Module::Path();
+    ASSERT_EQ(RegisterServer(), S_OK);
+    EXPECT_EQ(Text(Join(kPaylodgeKey, L"InprocServer32").c_str()), module);
+    EXPECT_EQ(Text(Join(kPaylodgeCtrlKey, L"InprocServer32").c_str()), module);
+    EXPECT_EQ(Text(Join(kPaylodgeCtrlKey, L"MiscStatus\\1").c_str()), L"131473");
+    EXPECT_EQ(Text(kLibraryKey), L"Paylodge 1.0 Type Library");
+    EXPECT_EQ(Text(Join(kLibraryKey, sizeof(void*) == 8 ? L"0\\win64" : L"0\\win32").c_str()), module);
+}
+
+TEST_F(ServerRegistration, RemovesTheModuleAndItsTypeLibrary) {
+    ASSERT_EQ(RegisterServer(), S_OK);
+    ASSERT_EQ(UnregisterServer(), S_OK);
+    EXPECT_FALSE(HasKey(L"Paylodge.Paylodge"));
+    EXPECT_EQ(CountSubkeys(L"CLSID"), 0u);
+    EXPECT_FALSE(HasKey(kLibraryKey));
+}
+
+TEST_F(ServerRegistration, RemovesWhatIsNotThereWithoutFailure) { EXPECT_EQ(UnregisterServer(), S_OK); }
+
+}  // namespace
+}  // namespace paylodge
