@@ -18,6 +18,8 @@
 
 #include "com/ansi_text.hpp"
 #include "com/object_root.hpp"
+#include "com/owner.hpp"
+#include "hostapi/libraries.hpp"
 #include "hostapi/request_processor.hpp"
 #include "lhxml/dom.hpp"
 #include "operations/paylodge.hpp"
@@ -38,7 +40,8 @@ OwnedBstr g_response;
 // A processor that costs next to nothing.
 class InstantProcessor : public test::WithoutDispatch<IRequestProcessor> {
   public:
-    using Interfaces = InterfaceTable<Entry<IRequestProcessor>, Entry<IDispatch>>;
+    using Row = InterfaceRow<InstantProcessor>;
+    static constexpr std::array kInterfaces = {Row::Of<IRequestProcessor>(), Row::Of<IDispatch>()};
 
     STDMETHODIMP ProcessRequest(BSTR, BSTR, BSTR* response) override {
         *response = CopyBstr(g_response.Get()).Detach();
@@ -56,7 +59,8 @@ class InstantProcessor : public test::WithoutDispatch<IRequestProcessor> {
 class InstantBroker : public test::WithoutDispatch<IHostObjectBroker>,
                       public CComCoClass<InstantBroker, &kHostObjectBrokerClass> {
   public:
-    using Interfaces = InterfaceTable<Entry<IHostObjectBroker>, Entry<IDispatch>>;
+    using Row = InterfaceRow<InstantBroker>;
+    static constexpr std::array kInterfaces = {Row::Of<IHostObjectBroker>(), Row::Of<IDispatch>()};
 
     STDMETHODIMP CreateObjectFromClassId(BSTR, IUnknown** object) override {
         *object = ComObject<InstantProcessor>::Create().Detach();
@@ -104,6 +108,24 @@ struct Operation {
     return "<?xml version=\"1.0\" ?><LHXML><LHXMLMsgsRs>" + element + "</LHXMLMsgsRs></LHXML>";
 }
 
+// The leanest steps that there are.
+[[nodiscard]] ComPtr<IXMLDOMNode> FirstChild(IXMLDOMNode* node) {
+    ComPtr<IXMLDOMNode> child;
+    static_cast<void>(node->get_firstChild(child.Receive()));
+    return child;
+}
+[[nodiscard]] ComPtr<IXMLDOMNode> NextSibling(IXMLDOMNode* node) {
+    ComPtr<IXMLDOMNode> sibling;
+    static_cast<void>(node->get_nextSibling(sibling.Receive()));
+    return sibling;
+}
+
+[[nodiscard]] ComPtr<IXMLDOMNode> FindElement(std::string_view response, std::wstring_view name) {
+    ComPtr<IXMLDOMNode> element;
+    static_cast<void>(FindResponseElement(response, name, element));
+    return element;
+}
+
 [[nodiscard]] size_t ReadTexts(IXMLDOMNode* record, std::span<const std::wstring_view> names) {
     size_t length = 0;
     size_t left = names.size();
@@ -136,7 +158,7 @@ struct Operation {
 [[nodiscard]] size_t RunFloor(const Operation& operation, const std::string& request) {
     if (operation.reading.is_batch) {
         size_t names = 0;
-        const auto requests = FindResponseElement(request, L"LHXMLMsgsRq");
+        const auto requests = FindElement(request, L"LHXMLMsgsRq");
         for (auto child = FirstChild(requests.Get()); child; child = NextSibling(child.Get())) {
             std::string name;
             GetNodeName(child.Get(), name);
@@ -151,7 +173,7 @@ struct Operation {
         return 0;
     }
     size_t length = 0;
-    const auto element = FindResponseElement(AnsiFromBstr(response.Get()), operation.reading.element);
+    const auto element = FindElement(AnsiFromBstr(response.Get()), operation.reading.element);
     for (auto child = FirstChild(element.Get()); child; child = NextSibling(child.Get())) {
         if (operation.reading.is_batch) {
             std::string name;
@@ -342,6 +364,8 @@ int main(int argc, char** argv) {
     if (FAILED(::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED))) {
         return 1;
     }
+    // Loaded as in the host's own process.
+    const paylodge::ModuleHandle utilities(::LoadLibraryW(paylodge::kUtilityLibrary));
     const int result = paylodge::Run(argv[1]);
     ::CoUninitialize();
     return result;

@@ -3,25 +3,51 @@
 
 #include <windows.h>
 
-#include <functional>
 #include <string>
 
 #include "com/owner.hpp"
 
 namespace paylodge {
 
-// Null while the library is not loaded. Used on the host's user-interface thread only.
-extern ModuleHandle g_hBridgeModule;
+// Null while the library is not loaded. Used on the host's user-interface thread only. Not freed with this module:
+// libraries must not be freed while one is being unloaded, and the host holds a reference of its own.
+extern HMODULE g_hBridgeModule;
 
 // Loads the library when the handle is null; a failed load leaves it null.
 void LoadBridgeLibrary() noexcept;
 // Unloads the library when the handle is not null.
 void FreeBridgeLibrary() noexcept;
 
-// Runs a script in the page of the browser instance that the host named. The library is loaded for this one call and
-// freed after it. E_FAIL when it is missing, lacks the export, or an exception leaves make_script(), which gives the
-// script's text, or the export; which exceptions can be caught there, CallGuarded says.
-[[nodiscard]] HRESULT RunScript(const std::function<std::string()>& make_script) noexcept;
+// The library for one script: loaded when this begins and freed when it ends.
+class ScriptRun {
+  public:
+    ScriptRun() noexcept;
+    ~ScriptRun() { FreeBridgeLibrary(); }
+    ScriptRun(const ScriptRun&) = delete;
+    ScriptRun& operator=(const ScriptRun&) = delete;
+
+    // Whether the library could be loaded.
+    explicit operator bool() const noexcept { return static_cast<bool>(in_use_); }
+
+    // Runs the script in the page of the browser instance that the host named. E_FAIL when the library lacks the
+    // export, or a structured exception leaves it. Raises what else leaves it, and E_OUTOFMEMORY.
+    [[nodiscard]] HRESULT Execute(const std::string& script) const;
+
+  private:
+    // The script may lead to another one, at whose end the library is freed; and an exception is the library's.
+    ModuleHandle in_use_;
+};
+
+// Runs the script that make_script() returns. E_FAIL when the library is missing, and for whatever fails on the way.
+template <class MakeScript>
+[[nodiscard]] HRESULT RunScript(const MakeScript& make_script) noexcept {
+    const ScriptRun run;
+    try {
+        return run ? run.Execute(make_script()) : E_FAIL;
+    } catch (...) {
+        return E_FAIL;
+    }
+}
 
 // The address of an export, or null. The library is loaded for it when needed, and stays in the process from then on:
 // the caller keeps the address.

@@ -50,7 +50,7 @@ struct Receiver {
                                  : Receiver{ComPtr<IPaylodgeCtrl10>(subscriber->control), subscriber->events};
 }
 
-[[nodiscard]] bool IsScriptDelivery() { return NamesBrowserInstance(AnsiFromBstr(g_bstrBrowserInstance.Get())); }
+[[nodiscard]] bool IsScriptDelivery() noexcept { return NamesBrowserInstance(View(g_bstrBrowserInstance)); }
 
 // E_FAIL when no control is subscribed, also where a script would run.
 [[nodiscard]] HRESULT Deliver(CPaylodgeCtrl& called_control, const Push& push, BSTR data) {

@@ -20,13 +20,8 @@ void Unsubscribe(std::wstring_view channel_name) noexcept {
     }
 }
 
-// The map throws what the interfaces raise as a COM error.
 void Subscribe(std::wstring_view channel_name, const ChannelControl& control) {
-    try {
-        g_mapChannelControls.insert_or_assign(std::wstring(channel_name), control);
-    } catch (const std::bad_alloc&) {
-        _com_issue_error(E_OUTOFMEMORY);
-    }
+    g_mapChannelControls.insert_or_assign(std::wstring(channel_name), control);
 }
 
 }  // namespace

@@ -20,7 +20,7 @@
 #include "control/quick_activate.hpp"
 #include "control/service_provider.hpp"
 #include "control/view_object.hpp"
-#include "paylodge.h"
+#include "paylodge_methods.hpp"
 
 namespace paylodge {
 
@@ -51,39 +51,41 @@ class CPaylodgeCtrl
       public CComCoClass<CPaylodgeCtrl, &CLSID_PaylodgeCtrl>,
       public CComControl<CPaylodgeCtrl> {
   public:
-    using Interfaces = InterfaceTable<                          //
-        Entry<IPaylodgeCtrl10>,                                 //
-        Entry<IPaylodgeCtrl9>,                                  //
-        Entry<IPaylodgeCtrl8>,                                  //
-        Entry<IPaylodgeCtrl7>,                                  //
-        Entry<IPaylodgeCtrl6>,                                  //
-        Entry<IPaylodgeCtrl5>,                                  //
-        Entry<IPaylodgeCtrl4>,                                  //
-        Entry<IPaylodgeCtrl3>,                                  //
-        Entry<IPaylodgeCtrl2>,                                  //
-        Entry<IPaylodgeCtrl>,                                   //
-        Entry<IDispatch>,                                       //
-        Entry<IViewObjectEx>,                                   //
-        Entry<IViewObject2, IViewObjectEx>,                     //
-        Entry<IViewObject, IViewObjectEx>,                      //
-        Entry<IOleInPlaceObjectWindowless>,                     //
-        Entry<IOleInPlaceObject, IOleInPlaceObjectWindowless>,  //
-        Entry<IOleWindow, IOleInPlaceObjectWindowless>,         //
-        Entry<IOleInPlaceActiveObject>,                         //
-        Entry<IOleControl>,                                     //
-        Entry<IOleObject>,                                      //
-        Entry<IPersistStreamInit>,                              //
-        Entry<IPersist, IPersistStreamInit>,                    //
-        Entry<IConnectionPointContainer>,                       //
-        Entry<ISpecifyPropertyPages>,                           //
-        Entry<IQuickActivate>,                                  //
-        Entry<IPersistStorage>,                                 //
-        Entry<IDataObject>,                                     //
-        Entry<IProvideClassInfo2>,                              //
-        Entry<IProvideClassInfo, IProvideClassInfo2>,           //
-        Entry<IObjectWithSite>,                                 //
-        Entry<IServiceProvider>,                                //
-        Entry<IObjectSafety>>;
+    using Row = InterfaceRow<CPaylodgeCtrl>;
+    static constexpr std::array kInterfaces = {
+        Row::Of<IPaylodgeCtrl10>(),
+        Row::Of<IPaylodgeCtrl9>(),
+        Row::Of<IPaylodgeCtrl8>(),
+        Row::Of<IPaylodgeCtrl7>(),
+        Row::Of<IPaylodgeCtrl6>(),
+        Row::Of<IPaylodgeCtrl5>(),
+        Row::Of<IPaylodgeCtrl4>(),
+        Row::Of<IPaylodgeCtrl3>(),
+        Row::Of<IPaylodgeCtrl2>(),
+        Row::Of<IPaylodgeCtrl>(),
+        Row::Of<IDispatch>(),
+        Row::Of<IViewObjectEx>(),
+        Row::Of<IViewObject2, IViewObjectEx>(),
+        Row::Of<IViewObject, IViewObjectEx>(),
+        Row::Of<IOleInPlaceObjectWindowless>(),
+        Row::Of<IOleInPlaceObject, IOleInPlaceObjectWindowless>(),
+        Row::Of<IOleWindow, IOleInPlaceObjectWindowless>(),
+        Row::Of<IOleInPlaceActiveObject>(),
+        Row::Of<IOleControl>(),
+        Row::Of<IOleObject>(),
+        Row::Of<IPersistStreamInit>(),
+        Row::Of<IPersist, IPersistStreamInit>(),
+        Row::Of<IConnectionPointContainer>(),
+        Row::Of<ISpecifyPropertyPages>(),
+        Row::Of<IQuickActivate>(),
+        Row::Of<IPersistStorage>(),
+        Row::Of<IDataObject>(),
+        Row::Of<IProvideClassInfo2>(),
+        Row::Of<IProvideClassInfo, IProvideClassInfo2>(),
+        Row::Of<IObjectWithSite>(),
+        Row::Of<IServiceProvider>(),
+        Row::Of<IObjectSafety>(),
+    };
 
     using ConnectionPoints =
         ConnectionPointTable<CProxy_IPaylodgeCtrlEvents<CPaylodgeCtrl>, IPropertyNotifySinkCP<CPaylodgeCtrl>>;

@@ -35,8 +35,8 @@ std::string ReconPaymentScript(std::string_view payment_data, std::string_view s
         .append("\")");
 }
 
-bool NamesBrowserInstance(std::string_view identifier) noexcept {
-    return !identifier.empty() && !EqualsIgnoringCase(identifier, "undefined");
+bool NamesBrowserInstance(std::wstring_view identifier) noexcept {
+    return !identifier.empty() && !EqualsIgnoringAsciiCase(identifier, L"undefined");
 }
 
 }  // namespace paylodge

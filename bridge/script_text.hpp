@@ -23,7 +23,8 @@ enum class ScriptEscaping { kNewline, kQuote };
 [[nodiscard]] std::string ReconPaymentScript(std::string_view payment_data, std::string_view start_date,
                                              bool is_undep_funds_accnt_default);
 
-// Whether a browser instance identifier names an instance: it is neither empty nor "undefined" in any letter case.
-[[nodiscard]] bool NamesBrowserInstance(std::string_view identifier) noexcept;
+// Whether a browser instance identifier names an instance: it is neither empty nor "undefined" in any letter case. As
+// wide text, which decides it without an allocation: none of its letters comes from another character of a code page.
+[[nodiscard]] bool NamesBrowserInstance(std::wstring_view identifier) noexcept;
 
 }  // namespace paylodge

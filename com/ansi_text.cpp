@@ -29,16 +29,24 @@ namespace {
 
 }  // namespace
 
-std::string AnsiFromWide(std::wstring_view text) {
+std::string NarrowFromWide(UINT code_page, std::wstring_view text) {
     if (text.empty()) {
         return {};
     }
     const int length = Length(text.size());
-    const int size = ::WideCharToMultiByte(CP_ACP, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
+    DWORD flags = WC_NO_BEST_FIT_CHARS;
+    int size = ::WideCharToMultiByte(code_page, flags, text.data(), length, nullptr, 0, nullptr, nullptr);
+    if (size == 0 && ::GetLastError() == ERROR_INVALID_FLAGS) {
+        // Code pages with every character, such as UTF-8, have no use for the flag and refuse it.
+        flags = 0;
+        size = ::WideCharToMultiByte(code_page, flags, text.data(), length, nullptr, 0, nullptr, nullptr);
+    }
     std::string result(static_cast<size_t>(size), '\0');
-    ::WideCharToMultiByte(CP_ACP, 0, text.data(), length, result.data(), size, nullptr, nullptr);
+    ::WideCharToMultiByte(code_page, flags, text.data(), length, result.data(), size, nullptr, nullptr);
     return result;
 }
+
+std::string AnsiFromWide(std::wstring_view text) { return NarrowFromWide(CP_ACP, text); }
 
 std::string AnsiFromBstr(BSTR text) { return AnsiFromWide(View(text)); }
 

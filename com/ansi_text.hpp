@@ -1,6 +1,7 @@
 // Conversions between COM strings (UTF-16) and the library's narrow strings. The function's name says the code page:
-// the system's (Ansi) or the calling thread's (ThreadAnsi). Lengths are kept, so embedded nulls survive; characters
-// outside the code page become the closest one that it has, or its default character. All raise E_OUTOFMEMORY.
+// the system's (Ansi) or the calling thread's (ThreadAnsi). Lengths are kept, so embedded nulls survive. A character
+// outside the code page becomes its default character, never one that looks alike: a full-width "less than" must not
+// turn into markup. All raise E_OUTOFMEMORY.
 #pragma once
 
 #include <string>
@@ -10,6 +11,8 @@
 
 namespace paylodge {
 
+// In the given code page, which the two below name.
+[[nodiscard]] std::string NarrowFromWide(UINT code_page, std::wstring_view text);
 [[nodiscard]] std::string AnsiFromWide(std::wstring_view text);
 // A null string gives the empty string.
 [[nodiscard]] std::string AnsiFromBstr(BSTR text);

@@ -3,12 +3,16 @@
 
 #include <algorithm>
 #include <string_view>
+#include <type_traits>
 
 namespace paylodge {
 
-[[nodiscard]] constexpr bool EqualsIgnoringCase(std::string_view left, std::string_view right) noexcept {
-    constexpr auto to_lower = [](char character) {
-        return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
+template <class Char>
+[[nodiscard]] constexpr bool EqualsIgnoringAsciiCase(
+    std::basic_string_view<Char> left, std::type_identity_t<std::basic_string_view<Char>> right) noexcept {
+    constexpr auto to_lower = [](Char character) {
+        return character >= Char{'A'} && character <= Char{'Z'} ? static_cast<Char>(character - Char{'A'} + Char{'a'})
+                                                                : character;
     };
     return std::ranges::equal(left, right, {}, to_lower, to_lower);
 }

@@ -8,6 +8,7 @@
 
 #include <span>
 
+#include "com/boundary.hpp"
 #include "com/object_root.hpp"
 
 namespace paylodge {
@@ -23,19 +24,23 @@ class CComCoClass {
 template <class Class>
 class ClassFactory : public IClassFactory {
   public:
-    using Interfaces = InterfaceTable<Entry<IClassFactory>>;
+    using Row = InterfaceRow<ClassFactory>;
+    static constexpr std::array kInterfaces = {Row::template Of<IClassFactory>()};
 
-    // CLASS_E_NOAGGREGATION for any outer object, E_OUTOFMEMORY, or what QueryInterface of the new object answers.
+    // With an outer object the new one becomes a part of it, and the caller gets the part's inner IUnknown:
+    // CLASS_E_NOAGGREGATION for any other interface. E_OUTOFMEMORY, or what QueryInterface of the new object returns.
     STDMETHODIMP CreateInstance(IUnknown* outer, REFIID id, void** object) override {
         if (object == nullptr) {
             return E_POINTER;
         }
         *object = nullptr;
-        if (outer != nullptr) {
+        if (outer != nullptr && !IsEqualIID(id, IID_IUnknown)) {
             return CLASS_E_NOAGGREGATION;
         }
-        const auto created = ComObject<Class>::Create();
-        return created ? created->QueryInterface(id, object) : E_OUTOFMEMORY;
+        return AtBoundary([&] {
+            return outer == nullptr ? Deliver(ComObject<Class>::Create(), id, object)
+                                    : Deliver(AggregatedObject<Class>::Create(*outer), id, object);
+        });
     }
 
     // Unlocking what is not locked changes nothing.
@@ -46,6 +51,12 @@ class ClassFactory : public IClassFactory {
 
   protected:
     ~ClassFactory() = default;
+
+  private:
+    template <class Object>
+    [[nodiscard]] static HRESULT Deliver(const ComPtr<Object>& created, REFIID id, void** object) {
+        return created ? created->QueryInterface(id, object) : E_OUTOFMEMORY;
+    }
 };
 
 // One row of the table of classes that a module serves.

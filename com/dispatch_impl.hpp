@@ -5,12 +5,16 @@
 
 #include <oaidl.h>
 
+#include "com/boundary.hpp"
+#include "com/script_entry.hpp"
 #include "com/type_info_holder.hpp"
 
 namespace paylodge {
 
-// Class implements the dual interface Interface; interface_id and the library's id and version say where its type
-// information stands. The arguments and results of the four methods are those of IDispatch.
+// Class implements the dual interface Interface, whose methods ScriptMembers lists; interface_id and the library's id
+// and version say where its type information stands. The arguments and results of the four methods are those of
+// IDispatch. They raise nothing: Invoke returns E_OUTOFMEMORY when memory runs out on its way or in the member, and an
+// HRESULT that is raised is that of the member.
 template <class Interface, const IID* interface_id, const GUID* library_id, WORD major, WORD minor,
           class TypeInfoHolder = CCustomTypeInfoHolder>
 class IDispatchImpl : public Interface {
@@ -24,16 +28,27 @@ class IDispatchImpl : public Interface {
     }
 
     STDMETHODIMP GetTypeInfo(UINT index, LCID locale, ITypeInfo** info) override {
-        return type_info_.GetTypeInfo(index, locale, info);
+        return AtBoundary([&] { return type_info_.GetTypeInfo(index, locale, info); });
     }
 
     STDMETHODIMP GetIDsOfNames(REFIID reserved, LPOLESTR* names, UINT count, LCID locale, DISPID* ids) override {
-        return type_info_.GetIDsOfNames(reserved, names, count, locale, ids);
+        return AtBoundary([&] { return type_info_.GetIDsOfNames(reserved, names, count, locale, ids); });
     }
 
     STDMETHODIMP Invoke(DISPID member, REFIID reserved, LCID locale, WORD flags, DISPPARAMS* parameters,
                         VARIANT* result, EXCEPINFO* exception, UINT* argument_error) override {
-        return type_info_.Invoke(this, member, reserved, locale, flags, parameters, result, exception, argument_error);
+        ScriptEntry<Interface> entry(*this);
+        const HRESULT invoked = AtBoundary([&] {
+            return type_info_.Invoke(entry.Instance(), member, reserved, locale, flags, parameters, result, exception,
+                                     argument_error);
+        });
+        if (!entry.IsOutOfMemory()) {
+            return invoked;
+        }
+        if (result != nullptr) {
+            ::VariantClear(result);
+        }
+        return E_OUTOFMEMORY;
     }
 
   private:

@@ -12,7 +12,7 @@ namespace paylodge {
 template <class Class>
 class IObjectWithSiteImpl : public IObjectWithSite {
   public:
-    // Keeps a reference to the site; null lets the held one go.
+    // Keeps a reference to the site; null releases the held one.
     STDMETHODIMP SetSite(IUnknown* site) override {
         site_ = ComPtr<IUnknown>(site);
         return S_OK;

@@ -81,7 +81,7 @@ HRESULT CCustomTypeInfoHolder::GetIDsOfNames(REFIID reserved, LPOLESTR* names, U
     return info_->GetIDsOfNames(names, count, ids);
 }
 
-HRESULT CCustomTypeInfoHolder::Invoke(IDispatch* object, DISPID member, REFIID reserved, LCID /*locale*/, WORD flags,
+HRESULT CCustomTypeInfoHolder::Invoke(void* instance, DISPID member, REFIID reserved, LCID /*locale*/, WORD flags,
                                       DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* exception,
                                       UINT* argument_error) {
     if (!IsEqualIID(reserved, IID_NULL)) {
@@ -95,7 +95,7 @@ HRESULT CCustomTypeInfoHolder::Invoke(IDispatch* object, DISPID member, REFIID r
     }
     // An error left behind by an earlier call must not be taken for one of this call.
     ::SetErrorInfo(0, nullptr);
-    return info_->Invoke(object, member, flags, parameters, result, exception, argument_error);
+    return info_->Invoke(instance, member, flags, parameters, result, exception, argument_error);
 }
 
 HRESULT CCustomTypeInfoHolder::Load() {

@@ -20,10 +20,10 @@ class CCustomTypeInfoHolder {
     constexpr CCustomTypeInfoHolder(const IID* interface_id, const GUID* library_id, WORD major, WORD minor) noexcept
         : interface_id_(interface_id), library_id_(library_id), major_(major), minor_(minor) {}
 
-    // The three below answer as the methods of IDispatch do.
+    // The three below return what the methods of IDispatch do. `instance` has the slots of the interface.
     [[nodiscard]] HRESULT GetTypeInfo(UINT index, LCID locale, ITypeInfo** info);
     [[nodiscard]] HRESULT GetIDsOfNames(REFIID reserved, LPOLESTR* names, UINT count, LCID locale, DISPID* ids);
-    [[nodiscard]] HRESULT Invoke(IDispatch* object, DISPID member, REFIID reserved, LCID locale, WORD flags,
+    [[nodiscard]] HRESULT Invoke(void* instance, DISPID member, REFIID reserved, LCID locale, WORD flags,
                                  DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* exception, UINT* argument_error);
 
   private:

@@ -1,8 +1,8 @@
 #include "control/connection_points.hpp"
 
 #include <algorithm>
-#include <new>
 
+#include "com/boundary.hpp"
 #include "com/bstr.hpp"
 #include "com/variant.hpp"
 #include "control/snapshot_enumerator.hpp"
@@ -33,9 +33,7 @@ struct ConnectionItems {
 class InvokeArguments {
   public:
     // Raises E_OUTOFMEMORY, as adding a string does.
-    explicit InvokeArguments(size_t count) try { values_.reserve(count); } catch (const std::bad_alloc&) {
-        _com_issue_error(E_OUTOFMEMORY);
-    }
+    explicit InvokeArguments(size_t count) { values_.reserve(count); }
     ~InvokeArguments() {
         for (VARIANT& value : values_) {
             ::VariantClear(&value);
@@ -124,8 +122,8 @@ STDMETHODIMP ConnectionPoint::Advise(IUnknown* sink, DWORD* cookie) try {
     slot = {std::move(interface_of_sink), ++last_cookie_};
     *cookie = slot.cookie;
     return S_OK;
-} catch (const std::bad_alloc&) {
-    return E_OUTOFMEMORY;
+} catch (...) {
+    return CaughtHResult();
 }
 
 ConnectionPoint::Slot& ConnectionPoint::FreeSlot() {
@@ -156,8 +154,8 @@ STDMETHODIMP ConnectionPoint::EnumConnections(IEnumConnections** connections) tr
         }
     }
     return SnapshotEnumerator<ConnectionItems>::Create(std::move(connected), connections);
-} catch (const std::bad_alloc&) {
-    return E_OUTOFMEMORY;
+} catch (...) {
+    return CaughtHResult();
 }
 
 HRESULT RaiseEvent(ConnectionPoint& point, DISPID event, std::initializer_list<EventArgument> arguments) {
@@ -183,8 +181,8 @@ HRESULT EnumConnectionPointsOf(std::span<ConnectionPoint* const> points, IEnumCo
         items.emplace_back(point);
     }
     return SnapshotEnumerator<ConnectionPointItems>::Create(std::move(items), created);
-} catch (const std::bad_alloc&) {
-    return E_OUTOFMEMORY;
+} catch (...) {
+    return CaughtHResult();
 }
 
 HRESULT FindConnectionPointOf(std::span<ConnectionPoint* const> points, REFIID id, IConnectionPoint** found) {

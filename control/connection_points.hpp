@@ -41,6 +41,9 @@ class ConnectionPoint final : public IConnectionPoint {
     // Those connected now. E_POINTER, E_OUTOFMEMORY.
     STDMETHODIMP EnumConnections(IEnumConnections** connections) override;
 
+    // Releases every sink.
+    void DisconnectAll() noexcept { const std::vector<Slot> sinks = std::move(slots_); }
+
     [[nodiscard]] const IID& SinkInterface() const noexcept { return sink_interface_; }
 
     // Slots in order, the empty ones included.

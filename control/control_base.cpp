@@ -121,6 +121,7 @@ HRESULT ControlBase::CloseControl(DWORD save_option) {
     if (ole_advise_) {
         ComPtr<IOleAdviseHolder>(ole_advise_)->SendOnClose();
     }
+    view_advise_ = {};
     return S_OK;
 }
 
@@ -195,6 +196,14 @@ void ControlBase::FireSaved() {
     if (const ComPtr<IOleAdviseHolder> holder = ole_advise_) {
         holder->SendOnSave();
     }
+}
+
+void ControlBase::ReleaseContainer() noexcept {
+    in_place_.Abandon();
+    view_advise_ = {};
+    data_advise_.Reset();
+    ole_advise_.Reset();
+    client_site_.Reset();
 }
 
 HRESULT ControlBase::DrawOn(HDC dc, const RECTL& bounds) {

@@ -5,7 +5,7 @@
 
 #include <ocidl.h>
 
-#include "com/com_ptr.hpp"
+#include "com/object_root.hpp"
 #include "control/draw_context.hpp"
 #include "control/in_place_activation.hpp"
 
@@ -47,8 +47,8 @@ class ControlBase : private InPlaceOwner {
     // `active_site` and `position` may be null. A verb that shows the control gives OLEOBJ_S_CANNOT_DOVERB_NOW without
     // a site; an unknown verb shows it too and gives OLEOBJ_S_INVALIDVERB; an unknown negative verb gives E_NOTIMPL.
     [[nodiscard]] HRESULT ExecuteVerb(LONG verb, IOleClientSite* active_site, const RECT* position);
-    // Saves through the site what has to be saved, deactivates, and tells the advise sinks. E_INVALIDARG, or why saving
-    // failed; the control then stays as it is.
+    // Saves through the site what has to be saved, deactivates, notifies the advise sinks and releases the view sink.
+    // E_INVALIDARG, or why saving failed; the control then stays as it is.
     [[nodiscard]] HRESULT CloseControl(DWORD save_option);
     [[nodiscard]] InPlaceActivation& InPlace() noexcept { return in_place_; }
     // Gives a key stroke to the container; S_FALSE when it has no use for it.
@@ -66,13 +66,16 @@ class ControlBase : private InPlaceOwner {
     void FireDataChange();
     void FireSaved();
 
+    // Releases what the control holds of its container, for the end of its life.
+    void ReleaseContainer() noexcept;
+
     // Draws on a foreign device context and leaves it as it was. OnDraw sees device units, except in a metafile.
     [[nodiscard]] HRESULT DrawOn(HDC dc, const RECTL& bounds);
     // A global memory block with a picture of the control (METAFILEPICT), which the caller owns.
     [[nodiscard]] HRESULT RenderMetafile(HGLOBAL& picture);
 
-    // The stream form of a control: a format number and no properties. E_FAIL for a stream that does not begin with it,
-    // or the stream's failure.
+    // The stream form of a control: the control framework's version number and no properties. Every version that has been
+    // is read. E_FAIL for a stream that does not begin with one, or the stream's failure.
     [[nodiscard]] HRESULT SaveControl(IStream& stream, bool clear_dirty);
     [[nodiscard]] HRESULT LoadControl(IStream& stream);
     [[nodiscard]] static ULONG SavedSize() noexcept;
@@ -85,7 +88,6 @@ class ControlBase : private InPlaceOwner {
 
   protected:
     ControlBase() noexcept : in_place_(*this) {}
-    // A control that is released while active takes its window along; its site is not called any more.
     ~ControlBase() = default;
 
   private:
@@ -121,12 +123,22 @@ struct CWinTraits {
 };
 using CControlWinTraits = CWinTraits<WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN | WS_CLIPSIBLINGS>;
 
-// The control base of a class, which names its interface table as `Interfaces`.
+// The control base of a class, which has an interface table, IObjectWithSite and connection points.
 template <class Class, class WinTraits = CControlWinTraits>
 class CComControl : public ControlBase {
   public:
     [[nodiscard]] IUnknown* ControlUnknown() noexcept final {
-        return static_cast<IUnknown*>(Class::Interfaces::Find(static_cast<Class*>(this), IID_IUnknown));
+        return static_cast<IUnknown*>(FindInterface(static_cast<Class*>(this), IID_IUnknown));
+    }
+
+    // Releases container, sinks and browser while the control is whole: their releases may call it.
+    void FinalRelease() noexcept {
+        auto& control = static_cast<Class&>(*this);
+        ReleaseContainer();
+        for (auto* const point : Class::ConnectionPoints::Of(control)) {
+            point->DisconnectAll();
+        }
+        control.SetSite(nullptr);
     }
 
   protected:

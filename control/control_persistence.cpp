@@ -7,20 +7,23 @@
 namespace paylodge {
 namespace {
 
-constexpr DWORD kFormat = 1;
+// What a stream begins with: the version of the framework that wrote it. All have been the same for a control without
+// properties, so the lowest is written, which every reader accepts.
+constexpr DWORD kWrittenVersion = 1;
+constexpr DWORD kNewestVersion = 0x0E00;
 constexpr wchar_t kStreamName[] = L"Contents";
 
 }  // namespace
 
-ULONG ControlBase::SavedSize() noexcept { return sizeof kFormat; }
+ULONG ControlBase::SavedSize() noexcept { return sizeof kWrittenVersion; }
 
 HRESULT ControlBase::SaveControl(IStream& stream, bool clear_dirty) {
     ULONG written = 0;
-    const HRESULT result = stream.Write(&kFormat, sizeof kFormat, &written);
+    const HRESULT result = stream.Write(&kWrittenVersion, sizeof kWrittenVersion, &written);
     if (FAILED(result)) {
         return result;
     }
-    if (written != sizeof kFormat) {
+    if (written != sizeof kWrittenVersion) {
         return STG_E_MEDIUMFULL;
     }
     if (clear_dirty) {
@@ -30,13 +33,13 @@ HRESULT ControlBase::SaveControl(IStream& stream, bool clear_dirty) {
 }
 
 HRESULT ControlBase::LoadControl(IStream& stream) {
-    DWORD format = 0;
+    DWORD version = 0;
     ULONG read = 0;
-    const HRESULT result = stream.Read(&format, sizeof format, &read);
+    const HRESULT result = stream.Read(&version, sizeof version, &read);
     if (FAILED(result)) {
         return result;
     }
-    if (read != sizeof format || format != kFormat) {
+    if (read != sizeof version || version == 0 || version > kNewestVersion) {
         return E_FAIL;
     }
     is_dirty_ = false;

@@ -136,6 +136,7 @@ void ControlWindow::Paint(HDC given) {
     RECT client;
     ::GetClientRect(handle_, &client);
     if (given != nullptr) {
+        const SavedDc saved(given);
         events_.OnWindowPaint(given, client);
         return;
     }

@@ -21,17 +21,14 @@ using Region = Owner<RegionTraits>;
 }
 
 // While it lives, drawing on dc is clipped to the rectangle, which is in logical units; afterwards the context has no
-// clip region. Where the region cannot be created, nothing is clipped and nothing is removed. Nor is it in a metafile
-// of the old kind: that is played at any size, and a region recorded in it would keep its own.
+// clip region. Where the region cannot be created, nothing is clipped and nothing is removed.
 class ClipToRectangle {
   public:
     ClipToRectangle(HDC dc, const RECTL& rectangle) noexcept : dc_(dc) {
-        if (::GetObjectType(dc) != OBJ_METADC) {
-            // Regions are in the units of the device.
-            POINT corners[] = {{rectangle.left, rectangle.top}, {rectangle.right, rectangle.bottom}};
-            ::LPtoDP(dc, corners, 2);
-            region_.Reset(::CreateRectRgn(corners[0].x, corners[0].y, corners[1].x, corners[1].y));
-        }
+        // Regions are in the units of the device. A metafile of the old kind has none, and leaves the corners alone.
+        POINT corners[] = {{rectangle.left, rectangle.top}, {rectangle.right, rectangle.bottom}};
+        ::LPtoDP(dc, corners, 2);
+        region_.Reset(::CreateRectRgn(corners[0].x, corners[0].y, corners[1].x, corners[1].y));
         if (region_) {
             ::SelectClipRgn(dc_, region_.Get());
         }
@@ -49,17 +46,24 @@ class ClipToRectangle {
     Region region_;
 };
 
-// Gives a context its settings back.
+// Restores a context's settings at the end.
 class SavedDc {
   public:
-    explicit SavedDc(HDC dc) noexcept : dc_(dc), state_(::SaveDC(dc)) {}
-    ~SavedDc() { ::RestoreDC(dc_, state_); }
+    explicit SavedDc(HDC dc) noexcept : dc_(dc), is_saved_(::SaveDC(dc) != 0) {}
+    ~SavedDc() {
+        if (is_saved_) {
+            // The state saved last, not the one of a number: recorded in a metafile, a number would restore a state of
+            // whoever plays it.
+            constexpr int kLastSaved = -1;
+            ::RestoreDC(dc_, kLastSaved);
+        }
+    }
     SavedDc(const SavedDc&) = delete;
     SavedDc& operator=(const SavedDc&) = delete;
 
   private:
     HDC dc_;
-    int state_;
+    bool is_saved_;
 };
 
 }  // namespace paylodge

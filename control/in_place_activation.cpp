@@ -113,7 +113,16 @@ void InPlaceActivation::Deactivate() {
     }
 }
 
+void InPlaceActivation::Abandon() noexcept {
+    is_ui_active_ = false;
+    window_.Destroy();
+    frame_.Reset();
+    document_.Reset();
+    site_.Reset();
+}
+
 void InPlaceActivation::Hide() {
+    const ComPtr<IUnknown> keep_alive = owner_.KeepAlive();
     DeactivateUi();
     window_.Show(false);
 }

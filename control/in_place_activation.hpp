@@ -33,6 +33,9 @@ class InPlaceActivation {
     void Deactivate();
     void DeactivateUi();
     void Hide();
+    // Ends the activation of a control that is going away: the window goes with it, and the site is not called any
+    // more.
+    void Abandon() noexcept;
 
     [[nodiscard]] bool IsActive() const noexcept { return static_cast<bool>(site_); }
     [[nodiscard]] HWND Window() const noexcept { return window_.Handle(); }

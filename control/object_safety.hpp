@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include "com/object_root.hpp"
 #include "com/object_safety_id.hpp"
 
 namespace paylodge {
@@ -36,7 +37,7 @@ class IObjectSafetyImpl : public IObjectSafety {
 
   private:
     [[nodiscard]] bool HasInterface(REFIID id) noexcept {
-        return Class::Interfaces::Find(static_cast<Class*>(this), id) != nullptr;
+        return FindInterface(static_cast<Class*>(this), id) != nullptr;
     }
 
     DWORD enabled_options_ = 0;

@@ -16,7 +16,8 @@ namespace paylodge {
 template <class Traits>
 class SnapshotEnumerator : public Traits::Interface {
   public:
-    using Interfaces = InterfaceTable<Entry<typename Traits::Interface>>;
+    using Row = InterfaceRow<SnapshotEnumerator>;
+    static constexpr std::array kInterfaces = {Row::template Of<typename Traits::Interface>()};
     using Item = typename Traits::Item;
     using Items = std::shared_ptr<const std::vector<Item>>;
 
@@ -57,6 +58,9 @@ class SnapshotEnumerator : public Traits::Interface {
     [[nodiscard]] static HRESULT Create(std::vector<Item> items, typename Traits::Interface** created) {
         return CreateAt(std::make_shared<const std::vector<Item>>(std::move(items)), 0, created);
     }
+
+    // The items may be sinks of others, whose release calls out.
+    void FinalRelease() noexcept { items_.reset(); }
 
     SnapshotEnumerator(Items items, ULONG position) noexcept : items_(std::move(items)), position_(position) {}
 

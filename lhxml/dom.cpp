@@ -44,29 +44,28 @@ template <class Node>
     return result;
 }
 
-// One of the DOM's properties that lead to another node.
-[[nodiscard]] ComPtr<IXMLDOMNode> Step(IXMLDOMNode* node,
-                                       HRESULT (STDMETHODCALLTYPE IXMLDOMNode::*get)(IXMLDOMNode**)) {
+// Goes from the node to the one that comes next in document order, `depth` levels below the top of the walk; null
+// behind the last one.
+[[nodiscard]] HRESULT GoOnInDocumentOrder(ComPtr<IXMLDOMNode>& node, int& depth) {
     ComPtr<IXMLDOMNode> next;
-    if (node == nullptr || FAILED((node->*get)(next.Receive()))) {
-        return {};
-    }
-    return next;
-}
-
-// The node that comes next in document order, below `top`.
-[[nodiscard]] ComPtr<IXMLDOMNode> NextInDocumentOrder(ComPtr<IXMLDOMNode> node, int& depth) {
-    if (ComPtr<IXMLDOMNode> child = FirstChild(node.Get())) {
+    HRESULT result = node->get_firstChild(next.Receive());
+    if (next) {
         ++depth;
-        return child;
     }
-    for (; depth > 0; --depth) {
-        if (ComPtr<IXMLDOMNode> sibling = NextSibling(node.Get())) {
-            return sibling;
+    for (; SUCCEEDED(result) && !next && depth > 0; --depth) {
+        result = node->get_nextSibling(next.Receive());
+        if (FAILED(result) || next) {
+            break;
         }
-        node = Step(node.Get(), &IXMLDOMNode::get_parentNode);
+        ComPtr<IXMLDOMNode> parent;
+        result = node->get_parentNode(parent.Receive());
+        if (!parent) {
+            return FAILED(result) ? result : E_UNEXPECTED;
+        }
+        node = std::move(parent);
     }
-    return {};
+    node = std::move(next);
+    return result;
 }
 
 }  // namespace
@@ -109,51 +108,66 @@ HRESULT FindFirstElement(IXMLDOMNode* node, std::wstring_view name, ComPtr<IXMLD
         return E_POINTER;
     }
     int depth = 0;
-    for (ComPtr<IXMLDOMNode> next(node); next; next = NextInDocumentOrder(std::move(next), depth)) {
-        if (depth > 0 && IsElement(next.Get(), name)) {
-            element = std::move(next);
-            break;
+    ComPtr<IXMLDOMNode> next(node);
+    for (;;) {
+        HRESULT result = GoOnInDocumentOrder(next, depth);
+        bool is_found = false;
+        if (SUCCEEDED(result) && next) {
+            result = TestElement(next.Get(), name, is_found);
+        }
+        if (is_found) {
+            element = next;
+        }
+        if (FAILED(result) || is_found || !next) {
+            return FAILED(result) ? result : S_OK;
         }
     }
-    return S_OK;
 }
 
-ComPtr<IXMLDOMNode> FirstChild(IXMLDOMNode* node) { return Step(node, &IXMLDOMNode::get_firstChild); }
-
-ComPtr<IXMLDOMNode> NextSibling(IXMLDOMNode* node) { return Step(node, &IXMLDOMNode::get_nextSibling); }
-
-ComPtr<IXMLDOMNode> FindResponseElement(std::string_view response, std::wstring_view name) {
+HRESULT FindResponseElement(std::string_view response, std::wstring_view name, ComPtr<IXMLDOMNode>& element) {
     std::string load_error;
     const auto document = LoadXmlDocument(response, load_error);
-    ComPtr<IXMLDOMNode> element;
-    static_cast<void>(FindFirstElement(document.Get(), name, element));
-    return element;
+    return document ? FindFirstElement(document.Get(), name, element) : S_OK;
 }
 
-bool IsElement(IXMLDOMNode* node) {
+HRESULT TestElement(IXMLDOMNode* node, bool& is_element) {
     DOMNodeType type = NODE_INVALID;
-    return SUCCEEDED(node->get_nodeType(&type)) && type == NODE_ELEMENT;
+    const HRESULT result = node->get_nodeType(&type);
+    is_element = SUCCEEDED(result) && type == NODE_ELEMENT;
+    return FAILED(result) ? result : S_OK;
 }
 
-bool IsElement(IXMLDOMNode* node, std::wstring_view name) {
+HRESULT TestElement(IXMLDOMNode* node, std::wstring_view name, bool& is_element) {
     OwnedBstr node_name;
-    return SUCCEEDED(node->get_nodeName(node_name.Receive())) && View(node_name) == name && IsElement(node);
+    const HRESULT result = node->get_nodeName(node_name.Receive());
+    is_element = false;
+    return SUCCEEDED(result) && View(node_name) == name ? TestElement(node, is_element) : result;
 }
 
-ComPtr<IXMLDOMNode> FindPath(IXMLDOMNode* node, std::span<const std::wstring_view> names) {
-    if (names.empty()) {
-        return ComPtr<IXMLDOMNode>(node);
-    }
-    for (auto child = FirstChild(node); child; child = NextSibling(child.Get())) {
-        if (IsElement(child.Get(), names.front())) {
-            if (auto found = FindPath(child.Get(), names.subspan(1))) {
-                return found;
-            }
+HRESULT FindFirstChildElement(IXMLDOMNode* node, ComPtr<IXMLDOMNode>& element) {
+    return VisitChildren(node, [&element](IXMLDOMNode* child) {
+        bool is_element = false;
+        const HRESULT result = TestElement(child, is_element);
+        if (is_element) {
+            element = ComPtr<IXMLDOMNode>(child);
         }
-    }
-    return {};
+        return is_element ? S_FALSE : result;
+    });
 }
 
-ComPtr<IXMLDOMNode> FindChild(IXMLDOMNode* node, std::wstring_view name) { return FindPath(node, {&name, 1}); }
+HRESULT FindPath(IXMLDOMNode* node, std::span<const std::wstring_view> names, ComPtr<IXMLDOMNode>& element) {
+    if (names.empty()) {
+        element = ComPtr<IXMLDOMNode>(node);
+        return S_OK;
+    }
+    return VisitChildren(node, [&](IXMLDOMNode* child) {
+        bool is_on_path = false;
+        HRESULT result = TestElement(child, names.front(), is_on_path);
+        if (is_on_path) {
+            result = FindPath(child, names.subspan(1), element);
+        }
+        return SUCCEEDED(result) && element ? S_FALSE : result;
+    });
+}
 
 }  // namespace paylodge

@@ -11,6 +11,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "com/bstr.hpp"
 #include "com/com_ptr.hpp"
@@ -20,62 +21,84 @@ namespace paylodge {
 // A document loaded from the text, or null with the reason in `error`, which is left alone otherwise.
 [[nodiscard]] ComPtr<IXMLDOMDocument2> LoadXmlDocument(std::string_view text, std::string& error);
 
-// Replaces `value` when the attribute is present. Gives the code of the lookup, E_POINTER without attributes.
+// Replaces `value` when the attribute is present. Returns the HRESULT of the lookup, E_POINTER without attributes.
 HRESULT GetAttributeValue(IXMLDOMNamedNodeMap* attributes, std::string_view name, std::string& value);
 
-// The text of the node and all its descendants, and the node's name. A null node gives S_OK and changes nothing.
+// The text of the node and all its descendants, and the node's name. A null node: S_OK, and nothing changes.
 HRESULT GetNodeText(IXMLDOMNode* node, std::string& text);
 HRESULT GetNodeName(IXMLDOMNode* node, std::string& name);
+
+// All of the following return S_OK, also when there is nothing to be found, or the failure of the DOM: what could not
+// be read does not count as absent.
+
+// Calls visit(child) for each child of the node in document order, until it returns something else than S_OK: S_FALSE
+// ends the walk, a failure is passed on. A null node has no children.
+template <class Visit>
+[[nodiscard]] HRESULT VisitChildren(IXMLDOMNode* node, const Visit& visit) {
+    ComPtr<IXMLDOMNode> child;
+    HRESULT result = node == nullptr ? S_OK : node->get_firstChild(child.Receive());
+    while (SUCCEEDED(result) && child) {
+        if (result = visit(child.Get()); result != S_OK) {
+            break;
+        }
+        ComPtr<IXMLDOMNode> next;
+        result = child->get_nextSibling(next.Receive());
+        child = std::move(next);
+    }
+    return FAILED(result) ? result : S_OK;
+}
 
 // The first element of this name below the node, in document order; `element` stays empty when there is none. Stops at
 // the match: a query by tag name would visit the whole document.
 [[nodiscard]] HRESULT FindFirstElement(IXMLDOMNode* node, std::wstring_view name, ComPtr<IXMLDOMNode>& element);
 
-// Steps of a walk; empty at the end, on failure, and for a null node.
-[[nodiscard]] ComPtr<IXMLDOMNode> FirstChild(IXMLDOMNode* node);
-[[nodiscard]] ComPtr<IXMLDOMNode> NextSibling(IXMLDOMNode* node);
-
-// The first element of this name in a response; empty when the response does not load or holds none.
-[[nodiscard]] ComPtr<IXMLDOMNode> FindResponseElement(std::string_view response, std::wstring_view name);
+// The first element of this name in a response; `element` stays empty when the response does not load or holds none.
+[[nodiscard]] HRESULT FindResponseElement(std::string_view response, std::wstring_view name,
+                                          ComPtr<IXMLDOMNode>& element);
 
 // Whether the node is an element, and one of this name.
-[[nodiscard]] bool IsElement(IXMLDOMNode* node);
-[[nodiscard]] bool IsElement(IXMLDOMNode* node, std::wstring_view name);
+[[nodiscard]] HRESULT TestElement(IXMLDOMNode* node, bool& is_element);
+[[nodiscard]] HRESULT TestElement(IXMLDOMNode* node, std::wstring_view name, bool& is_element);
 
-// The first element to which a path of child elements with these names leads, or empty.
-[[nodiscard]] ComPtr<IXMLDOMNode> FindPath(IXMLDOMNode* node, std::span<const std::wstring_view> names);
+// The node's first child that is an element, of whatever name; `element` stays empty when there is none.
+[[nodiscard]] HRESULT FindFirstChildElement(IXMLDOMNode* node, ComPtr<IXMLDOMNode>& element);
 
-// The node's first child element of this name, or empty.
-[[nodiscard]] ComPtr<IXMLDOMNode> FindChild(IXMLDOMNode* node, std::wstring_view name);
+// The first element to which a path of child elements with these names leads; `element` stays empty when there is none.
+[[nodiscard]] HRESULT FindPath(IXMLDOMNode* node, std::span<const std::wstring_view> names,
+                               ComPtr<IXMLDOMNode>& element);
 
-// The node's first child elements with these names, each empty where there is none, in one walk over the children.
+// The node's first child elements with these names, each left empty where there is none, in one walk over the children.
+// What was found before a failure stays.
 template <size_t count>
-[[nodiscard]] std::array<ComPtr<IXMLDOMNode>, count> FindChildren(IXMLDOMNode* node,
-                                                                  const std::array<std::wstring_view, count>& names) {
-    std::array<ComPtr<IXMLDOMNode>, count> found;
+[[nodiscard]] HRESULT FindChildren(IXMLDOMNode* node, const std::array<std::wstring_view, count>& names,
+                                   std::array<ComPtr<IXMLDOMNode>, count>& found) {
     size_t left = count;
-    for (auto child = FirstChild(node); child && left > 0; child = NextSibling(child.Get())) {
+    return VisitChildren(node, [&](IXMLDOMNode* child) {
         OwnedBstr name;
-        static_cast<void>(child->get_nodeName(name.Receive()));
+        HRESULT result = child->get_nodeName(name.Receive());
         const auto index = static_cast<size_t>(std::ranges::find(names, View(name)) - names.begin());
-        if (index < count && !found[index] && IsElement(child.Get())) {
-            found[index] = child;
-            --left;
+        if (SUCCEEDED(result) && index < count && !found[index]) {
+            bool is_element = false;
+            result = TestElement(child, is_element);
+            if (is_element) {
+                found[index] = ComPtr<IXMLDOMNode>(child);
+                --left;
+            }
         }
-    }
-    return found;
+        return SUCCEEDED(result) && left == 0 ? S_FALSE : result;
+    });
 }
 
-// The texts of those elements, empty where there is none.
+// The texts of those elements, each left unchanged where there is none.
 template <size_t count>
-[[nodiscard]] std::array<std::string, count> ReadChildTexts(IXMLDOMNode* node,
-                                                            const std::array<std::wstring_view, count>& names) {
-    const auto children = FindChildren(node, names);
-    std::array<std::string, count> texts;
-    for (size_t index = 0; index < count; ++index) {
-        GetNodeText(children[index].Get(), texts[index]);
+[[nodiscard]] HRESULT ReadChildTexts(IXMLDOMNode* node, const std::array<std::wstring_view, count>& names,
+                                     std::array<std::string, count>& texts) {
+    std::array<ComPtr<IXMLDOMNode>, count> children;
+    HRESULT result = FindChildren(node, names, children);
+    for (size_t index = 0; SUCCEEDED(result) && index < count; ++index) {
+        result = GetNodeText(children[index].Get(), texts[index]);
     }
-    return texts;
+    return result;
 }
 
 }  // namespace paylodge

@@ -29,7 +29,7 @@ template <class WriteElements>
     write_elements(builder);
     builder.CloseElement(name);
     EndEnvelope(builder);
-    return builder.GetText();
+    return std::move(builder).GetText();
 }
 
 // "requestID", an underscore and the next number of the C library's generator, which is seeded with the time on first

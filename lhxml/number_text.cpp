@@ -2,56 +2,88 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <charconv>
-#include <cstdio>
-#include <cstdlib>
+#include <cstdint>
 #include <limits>
+#include <system_error>
 
 namespace paylodge {
 namespace {
 
-// Of a number that no Number holds, without its sign: whether it is too close to 0 rather than too large.
-[[nodiscard]] bool IsTiny(std::string_view digits) noexcept {
-    const size_t exponent = digits.find_first_of("eE");
-    return exponent != std::string_view::npos ? digits.substr(exponent + 1).starts_with('-')
-                                              : digits.find_first_of("123456789") > digits.find('.');
+// The exponent that a number is written with; one beyond all ranges stays so.
+[[nodiscard]] int ReadExponent(std::string_view text) noexcept {
+    const bool is_negative = text.starts_with('-');
+    if (is_negative || text.starts_with('+')) {
+        text.remove_prefix(1);
+    }
+    int exponent = 0;
+    if (std::from_chars(text.data(), text.data() + text.size(), exponent).ec == std::errc::result_out_of_range) {
+        exponent = std::numeric_limits<int>::max();
+    }
+    return is_negative ? -exponent : exponent;
+}
+
+// Of a number that no Number holds, without its sign: whether it is too close to 0 rather than too large. The place of
+// its first digit and its exponent together decide.
+[[nodiscard]] bool IsTiny(std::string_view number) noexcept {
+    const size_t mantissa_size = std::min(number.find_first_of("eE"), number.size());
+    const std::string_view mantissa = number.substr(0, mantissa_size);
+    const auto point = static_cast<std::int64_t>(std::min(mantissa.find('.'), mantissa_size));
+    const auto first_digit = static_cast<std::int64_t>(mantissa.find_first_of("123456789"));
+    const std::int64_t exponent = mantissa_size == number.size() ? 0 : ReadExponent(number.substr(mantissa_size + 1));
+    return point - first_digit + exponent < 0;
+}
+
+// The decimal number that a text begins with, and how many characters that takes: none when it begins with none.
+template <class Number>
+struct Leading {
+    Number number = 0;
+    size_t length = 0;
+    bool is_in_range = true;
+};
+
+template <class Number>
+[[nodiscard]] Leading<Number> ReadLeading(std::string_view text) noexcept {
+    const size_t start = std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size());
+    std::string_view digits = text.substr(start);
+    const bool is_negative = digits.starts_with('-');
+    if (is_negative || digits.starts_with('+')) {
+        digits.remove_prefix(1);
+    }
+    if (digits.empty() || std::string_view("0123456789.").find(digits.front()) == std::string_view::npos) {
+        return {};
+    }
+    Number number = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+    if (error == std::errc::invalid_argument) {
+        return {};
+    }
+    const bool is_in_range = error == std::errc();
+    if (!is_in_range) {
+        number = IsTiny({digits.data(), end}) ? Number{0} : std::numeric_limits<Number>::infinity();
+    }
+    return {is_negative ? -number : number, static_cast<size_t>(end - text.data()), is_in_range};
 }
 
 }  // namespace
 
 bool ParseDouble(const std::string& text, double& number) {
-    errno = 0;
-    char* end = nullptr;
-    number = std::strtod(text.c_str(), &end);
-    return errno == 0 && !text.empty() && end == text.c_str() + text.size();
+    const auto leading = ReadLeading<double>(text);
+    number = leading.number;
+    return leading.length > 0 && leading.length == text.size() && leading.is_in_range;
 }
 
 void FormatAmount(double number, std::string& text, int decimals) {
-    std::array<char, 256> buffer{};
-    // A longer number is cut, never overrun.
-    std::snprintf(buffer.data(), buffer.size(), decimals == 2 ? "%.2f" : "%.5f", number);
-    text = buffer.data();
+    // All digits of the largest number, a sign, the point and the decimals.
+    std::array<char, std::numeric_limits<double>::max_exponent10 + 8> buffer{};
+    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number, std::chars_format::fixed,
+                                      decimals == 2 ? 2 : 5);
+    text.assign(buffer.data(), result.ptr);
 }
 
 template <class Number>
 Number LeadingDecimal(std::string_view text) noexcept {
-    text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
-    const bool is_negative = text.starts_with('-');
-    if (is_negative || text.starts_with('+')) {
-        text.remove_prefix(1);
-    }
-    if (text.empty() || std::string_view("0123456789.").find(text.front()) == std::string_view::npos) {
-        return 0;
-    }
-    Number number = 0;
-    const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (result.ec == std::errc::result_out_of_range) {
-        number = IsTiny(text.substr(0, static_cast<size_t>(result.ptr - text.data())))
-                     ? Number{0}
-                     : std::numeric_limits<Number>::infinity();
-    }
-    return is_negative ? -number : number;
+    return ReadLeading<Number>(text).number;
 }
 template double LeadingDecimal<double>(std::string_view text) noexcept;
 template float LeadingDecimal<float>(std::string_view text) noexcept;
@@ -61,11 +93,12 @@ std::optional<std::string> AmountWithTwoDecimals(const std::string& text) {
     if (text.size() >= kTooLong) {
         return std::nullopt;
     }
-    // All digits of the largest number, a sign, the point and two decimals.
-    std::array<char, std::numeric_limits<double>::max_exponent10 + 5> buffer{};
-    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), LeadingDecimal<double>(text),
-                                      std::chars_format::fixed, 2);
-    return std::string(buffer.data(), result.ptr);
+    double number = 0;
+    // What is not a number is 0.
+    static_cast<void>(ParseDouble(text, number));
+    std::string amount;
+    FormatAmount(number, amount, 2);
+    return amount;
 }
 
 }  // namespace paylodge

@@ -3,6 +3,7 @@
 #include <array>
 
 #include "com/ansi_text.hpp"
+#include "com/guarded_call.hpp"
 
 namespace paylodge {
 namespace {
@@ -21,11 +22,11 @@ constexpr LONG kFileMode = 2;
     return AnsiFromBstr(description.Get());
 }
 
-// Lets go of an object whose release may raise an error, which a destructor could not let through.
+// Releases an object whose release may raise an error, which a destructor could not let through.
 template <class Interface>
 void Release(ComPtr<Interface>& object) {
     if (object) {
-        object.Detach()->Release();
+        CallHost([released = object.Detach()] { return released->Release(); });
     }
 }
 
@@ -37,17 +38,21 @@ HRESULT CreateRequestProcessor(REFCLSID class_id, ComPtr<IRequestProcessor>& pro
     const OwnedBstr class_id_text = MakeBstr(buffer.data());
 
     ComPtr<IHostObjectBroker> broker;
-    HRESULT result = ::CoCreateInstance(kHostObjectBrokerClass, nullptr, CLSCTX_INPROC_SERVER,
-                                        __uuidof(IHostObjectBroker), broker.ReceiveVoid());
+    HRESULT result = CallHost([slot = broker.ReceiveVoid()] {
+        return ::CoCreateInstance(kHostObjectBrokerClass, nullptr, CLSCTX_INPROC_SERVER, __uuidof(IHostObjectBroker),
+                                  slot);
+    });
     if (FAILED(result) || !broker) {
         return FAILED(result) ? result : E_POINTER;
     }
     // Deliberately never released: each request leaves one reference on the broker.
     IHostObjectBroker* const kept_broker = broker.Detach();
     ComPtr<IUnknown> object;
-    result = kept_broker->CreateObjectFromClassId(class_id_text.Get(), object.Receive());
+    result = CallHost([kept_broker, id = class_id_text.Get(), slot = object.Receive()] {
+        return kept_broker->CreateObjectFromClassId(id, slot);
+    });
     if (SUCCEEDED(result)) {
-        result = object.As(processor);
+        result = CallHost([&] { return object.As(processor); });
     }
     Release(object);
     return result;
@@ -82,28 +87,32 @@ HRESULT lhXMLRPWrapper::SendRequest(BSTR* response) {
     }
 }
 
-// The codes of opening and closing are not looked at: what failed there shows in the code of the request.
+// The HRESULTs of opening and closing are not looked at: what failed there shows in that of the request.
 HRESULT lhXMLRPWrapper::RunSession(IRequestProcessor& processor, const Strings& strings, BSTR* ticket, BSTR* response) {
+    const auto end_session = [&] { return CallHost([&] { return processor.EndSession(*ticket); }); };
+    const auto close_connection = [&] { return CallHost([&] { return processor.CloseConnection(); }); };
     bool is_connection_open = false;
     bool is_session_open = false;
     try {
-        processor.OpenConnection(strings.application_id.Get(), strings.application_name.Get());
+        CallHost(
+            [&] { return processor.OpenConnection(strings.application_id.Get(), strings.application_name.Get()); });
         is_connection_open = true;
-        processor.BeginSession(strings.company_file_name.Get(), kFileMode, ticket);
+        CallHost([&] { return processor.BeginSession(strings.company_file_name.Get(), kFileMode, ticket); });
         is_session_open = true;
-        const HRESULT result = processor.ProcessRequest(*ticket, strings.request.Get(), response);
-        processor.EndSession(*ticket);
+        const HRESULT result =
+            CallHost([&] { return processor.ProcessRequest(*ticket, strings.request.Get(), response); });
+        end_session();
         is_session_open = false;
-        processor.CloseConnection();
+        close_connection();
         is_connection_open = false;
         return result;
     } catch (const _com_error& error) {
         RecordFailure(error);
         if (is_session_open) {
-            processor.EndSession(*ticket);
+            end_session();
         }
         if (is_connection_open) {
-            processor.CloseConnection();
+            close_connection();
         }
         return E_FAIL;
     }

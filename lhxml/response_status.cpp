@@ -32,13 +32,6 @@ HRESULT GetResponseStatus(IXMLDOMNode* response_element, std::string& status_cod
     return result;
 }
 
-bool IsStatusOK(IXMLDOMNode* response_element) {
-    ComPtr<IXMLDOMNamedNodeMap> attributes;
-    std::string status_code;
-    return SUCCEEDED(GetAttributes(response_element, attributes)) &&
-           SUCCEEDED(GetAttributeValue(attributes.Get(), kStatusCode, status_code)) && status_code == kStatusOK;
-}
-
 HRESULT CopyStatusAttributes(XMLBuilder& builder, IXMLDOMNode* response_element, std::string_view name,
                              std::string* status_code) {
     ComPtr<IXMLDOMNamedNodeMap> attributes;
@@ -72,7 +65,7 @@ HRESULT CheckAddResponse(std::string_view response, std::wstring_view element_na
     std::string status_code;
     std::string status_message;
     GetResponseStatus(element.Get(), status_code, status_message);
-    const bool is_accepted = status_code == kStatusOK || (extra_code && status_code == *extra_code);
+    const bool is_accepted = IsStatusOK(status_code) || (extra_code && status_code == *extra_code);
     return is_accepted ? S_OK : E_FAIL;
 }
 

@@ -5,6 +5,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace paylodge {
 
@@ -34,7 +35,9 @@ class XMLBuilder {
     // Text that is XML already, copied without any change.
     void AddVerbatim(std::string_view text);
 
-    [[nodiscard]] const std::string& GetText() const noexcept { return text_; }
+    [[nodiscard]] const std::string& GetText() const& noexcept { return text_; }
+    // Of a builder that is not needed any more.
+    [[nodiscard]] std::string GetText() && noexcept { return std::move(text_); }
 
   private:
     void AppendIndentation();

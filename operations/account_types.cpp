@@ -18,6 +18,6 @@ std::vector<std::string_view> SplitAccountTypes(std::string_view account_types) 
     return types;
 }
 
-bool IsBankAccountType(std::string_view account_type) noexcept { return EqualsIgnoringCase(account_type, "bank"); }
+bool IsBankAccountType(std::string_view account_type) noexcept { return EqualsIgnoringAsciiCase(account_type, "bank"); }
 
 }  // namespace paylodge

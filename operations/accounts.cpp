@@ -23,37 +23,48 @@ template <class WriteFilter>
     });
 }
 
-[[nodiscard]] std::string ListAccountNames(const std::string& response) {
-    XMLBuilder list;
-    const auto accounts = FindResponseElement(response, L"AccountQueryRs");
-    for (auto account = FirstChild(accounts.Get()); account; account = NextSibling(account.Get())) {
-        const auto [name] = ReadChildTexts(account.Get(), std::array{L"FullName"sv});
-        list.AddElement("AccountName", name);
+[[nodiscard]] HRESULT ListAccountNames(const std::string& response, std::string& text) {
+    ComPtr<IXMLDOMNode> accounts;
+    HRESULT result = FindResponseElement(response, L"AccountQueryRs", accounts);
+    if (FAILED(result)) {
+        return result;
     }
-    return list.GetText();
+    XMLBuilder list;
+    result = VisitChildren(accounts.Get(), [&list](IXMLDOMNode* account) {
+        std::array<std::string, 1> name;
+        const HRESULT was_read = ReadChildTexts(account, std::array{L"FullName"sv}, name);
+        list.AddElement("AccountName", name.front());
+        return was_read;
+    });
+    text = std::move(list).GetText();
+    return result;
 }
 
 // The accounts of a response with these of their values, each under the name that the page knows it by.
 template <size_t count>
-[[nodiscard]] std::string ListAccounts(const std::string& response,
-                                       const std::array<std::wstring_view, count>& response_names,
-                                       const std::array<std::string_view, count>& result_names) {
-    const auto accounts = FindResponseElement(response, L"AccountQueryRs");
-    if (!accounts) {
-        return {};
+[[nodiscard]] HRESULT ListAccounts(const std::string& response,
+                                   const std::array<std::wstring_view, count>& response_names,
+                                   const std::array<std::string_view, count>& result_names, std::string& text) {
+    ComPtr<IXMLDOMNode> accounts;
+    HRESULT result = FindResponseElement(response, L"AccountQueryRs", accounts);
+    if (FAILED(result) || !accounts) {
+        return result;
     }
     XMLBuilder list;
     list.OpenElement("AccountQueryRs");
-    for (auto account = FirstChild(accounts.Get()); account; account = NextSibling(account.Get())) {
-        const auto values = ReadChildTexts(account.Get(), response_names);
+    result = VisitChildren(accounts.Get(), [&](IXMLDOMNode* account) {
+        std::array<std::string, count> values;
+        const HRESULT was_read = ReadChildTexts(account, response_names, values);
         list.OpenElement("AccountRet");
         for (size_t index = 0; index < count; ++index) {
             list.AddElement(result_names[index], values[index]);
         }
         list.CloseElement("AccountRet");
-    }
+        return was_read;
+    });
     list.CloseElement("AccountQueryRs");
-    return list.GetText();
+    text = std::move(list).GetText();
+    return result;
 }
 
 struct AccountState {
@@ -62,16 +73,17 @@ struct AccountState {
     std::string is_active;
 };
 
-// The first account of a response; its values are empty where it has none.
+// The first account of a response; its values are empty where it has none, and where they cannot be read.
 [[nodiscard]] AccountState ReadAccountState(const std::string& response) {
-    const auto accounts = FindResponseElement(response, L"AccountQueryRs");
-    auto account = FirstChild(accounts.Get());
-    while (account && !IsElement(account.Get())) {
-        account = NextSibling(account.Get());
+    ComPtr<IXMLDOMNode> accounts;
+    ComPtr<IXMLDOMNode> account;
+    std::array<std::string, 3> values;
+    if (FAILED(FindResponseElement(response, L"AccountQueryRs", accounts)) ||
+        FAILED(FindFirstChildElement(accounts.Get(), account)) ||
+        FAILED(ReadChildTexts(account.Get(), std::array{L"ListID"sv, L"EditSequence"sv, L"IsActive"sv}, values))) {
+        return {};
     }
-    auto [list_id, edit_sequence, is_active] =
-        ReadChildTexts(account.Get(), std::array{L"ListID"sv, L"EditSequence"sv, L"IsActive"sv});
-    return {std::move(list_id), std::move(edit_sequence), std::move(is_active)};
+    return {std::move(values[0]), std::move(values[1]), std::move(values[2])};
 }
 
 [[nodiscard]] std::string ComposeActivation(const AccountState& account, std::string_view is_active) {
@@ -112,9 +124,9 @@ STDMETHODIMP CPaylodge::GetAccountsForMultipleTypes(BSTR accountTypes, BSTR* pAc
                 }
             });
         },
-        [](const std::string& response) {
+        [](const std::string& response, std::string& text) {
             return ListAccounts(response, std::array{L"FullName"sv, L"AccountType"sv, L"ListID"sv},
-                                std::array{"AccountName"sv, "AccountType"sv, "ListID"sv});
+                                std::array{"AccountName"sv, "AccountType"sv, "ListID"sv}, text);
         });
 }
 
@@ -134,9 +146,9 @@ STDMETHODIMP CPaylodge::GetBalanceForAccountType(BSTR accountType, BSTR* pAccoun
                 }
             });
         },
-        [](const std::string& response) {
+        [](const std::string& response, std::string& text) {
             return ListAccounts(response, std::array{L"FullName"sv, L"Balance"sv, L"BankNumber"sv, L"AccountNumber"sv},
-                                std::array{"AccountName"sv, "Balance"sv, "BankNumber"sv, "AccountNumber"sv});
+                                std::array{"AccountName"sv, "Balance"sv, "BankNumber"sv, "AccountNumber"sv}, text);
         });
 }
 
@@ -153,7 +165,7 @@ STDMETHODIMP CPaylodge::CreateAccount(BSTR bstrAccountName, BSTR bstrAccountType
         request.CloseElement("AccountAdd");
     });
     std::string response;
-    if (FAILED(Exchange(document, response))) {
+    if (FAILED(Send(document, response))) {
         return E_FAIL;
     }
     return CheckAddResponse(response, L"AccountAddRs", kNameExists);
@@ -166,7 +178,7 @@ STDMETHODIMP CPaylodge::ActivateOrDeactivateAccount(BSTR bstrAccountName, VARIAN
     }
     const std::string_view wanted = bMakeActive == VARIANT_TRUE ? "true" : "false";
     std::string response;
-    HRESULT result = Exchange(
+    HRESULT result = Send(
         ComposeRequest("AccountQueryRq",
                        [&](XMLBuilder& request) { request.AddElement("FullName", AnsiFromBstr(bstrAccountName)); }),
         response);
@@ -180,7 +192,7 @@ STDMETHODIMP CPaylodge::ActivateOrDeactivateAccount(BSTR bstrAccountName, VARIAN
     if (account.is_active == wanted) {
         return S_OK;
     }
-    result = Exchange(ComposeActivation(account, wanted), response);
+    result = Send(ComposeActivation(account, wanted), response);
     return FAILED(result) ? result : CheckAddResponse(response, L"AccountModRs");
 }
 

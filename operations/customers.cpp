@@ -17,58 +17,76 @@ namespace {
 
 using namespace std::string_view_literals;
 
-[[nodiscard]] bool EqualsIgnoringCase(const std::string& left, const std::string& right) noexcept {
+// As the multibyte code page of the C library sees letter case.
+[[nodiscard]] bool IsSameName(const std::string& left, const std::string& right) noexcept {
     return ::_mbsicmp(reinterpret_cast<const unsigned char*>(left.c_str()),
                       reinterpret_cast<const unsigned char*>(right.c_str())) == 0;
 }
 
-// The text of the node's first child of this name, and whether there is one.
-[[nodiscard]] bool ReadChild(IXMLDOMNode* node, std::wstring_view name, std::string& text) {
-    const auto child = FindChild(node, name);
-    GetNodeText(child.Get(), text);
-    return static_cast<bool>(child);
-}
-
-// The list id of the first customer with exactly this name, in any letter case.
-[[nodiscard]] std::string FindCustomerID(const std::string& response, const std::string& wanted_name) {
-    const auto customers = FindResponseElement(response, L"CustomerQueryRs");
-    for (auto customer = FirstChild(customers.Get()); customer; customer = NextSibling(customer.Get())) {
-        std::string name;
-        std::string list_id;
-        if (ReadChild(customer.Get(), L"Name", name) && EqualsIgnoringCase(name, wanted_name) &&
-            ReadChild(customer.Get(), L"ListID", list_id)) {
-            return list_id;
+// The list id of the first customer with exactly this name, in any letter case, that has one.
+[[nodiscard]] HRESULT FindCustomerID(const std::string& response, const std::string& wanted_name,
+                                     std::string& list_id) {
+    ComPtr<IXMLDOMNode> customers;
+    const HRESULT result = FindResponseElement(response, L"CustomerQueryRs", customers);
+    return FAILED(result) ? result : VisitChildren(customers.Get(), [&](IXMLDOMNode* customer) {
+        std::array<ComPtr<IXMLDOMNode>, 2> elements;
+        auto& [name_element, id_element] = elements;
+        HRESULT was_read = FindChildren(customer, std::array{L"Name"sv, L"ListID"sv}, elements);
+        if (FAILED(was_read) || !name_element || !id_element) {
+            return was_read;
         }
+        std::string name;
+        was_read = GetNodeText(name_element.Get(), name);
+        if (FAILED(was_read) || !IsSameName(name, wanted_name)) {
+            return was_read;
+        }
+        was_read = GetNodeText(id_element.Get(), list_id);
+        return FAILED(was_read) ? was_read : S_FALSE;
+    });
+}
+
+[[nodiscard]] HRESULT ReadFirstCustomerName(const std::string& response, std::string& name) {
+    ComPtr<IXMLDOMNode> customers;
+    HRESULT result = FindResponseElement(response, L"CustomerQueryRs", customers);
+    if (SUCCEEDED(result)) {
+        result = VisitChildren(customers.Get(), [&name](IXMLDOMNode* customer) {
+            std::array<std::string, 1> texts;
+            const HRESULT was_read = ReadChildTexts(customer, std::array{L"Name"sv}, texts);
+            name = std::move(texts.front());
+            return FAILED(was_read) ? was_read : S_FALSE;
+        });
     }
-    return {};
+    return result;
 }
 
-[[nodiscard]] std::string FirstCustomerName(const std::string& response) {
-    const auto customers = FindResponseElement(response, L"CustomerQueryRs");
-    std::string name;
-    static_cast<void>(ReadChild(FirstChild(customers.Get()).Get(), L"Name", name));
-    return name;
+// An invoice that cannot be read is none: it enters neither the list of numbers nor the sum.
+void ShowInvoice(CheckMatcher& matcher, IXMLDOMNode* invoice) {
+    std::array<ComPtr<IXMLDOMNode>, 2> elements;
+    const auto& [balance_element, reference_element] = elements;
+    std::string balance;
+    std::string reference;
+    if (SUCCEEDED(FindChildren(invoice, std::array{L"BalanceRemaining"sv, L"RefNumber"sv}, elements)) &&
+        balance_element && SUCCEEDED(GetNodeText(balance_element.Get(), balance)) &&
+        SUCCEEDED(GetNodeText(reference_element.Get(), reference))) {
+        matcher.AddInvoice(reference, balance);
+    }
 }
 
-[[nodiscard]] std::string MatchInvoices(const std::string& response, const std::string& check_amount) {
+[[nodiscard]] HRESULT MatchInvoices(const std::string& response, const std::string& check_amount, std::string& text) {
     CheckMatcher matcher(check_amount);
     if (matcher.IsDecided()) {
-        return {};
+        return S_OK;
     }
-    const auto invoices = FindResponseElement(response, L"InvoiceQueryRs");
-    for (auto invoice = FirstChild(invoices.Get()); invoice && !matcher.IsDecided();
-         invoice = NextSibling(invoice.Get())) {
-        const auto [balance_element, reference_element] =
-            FindChildren(invoice.Get(), std::array{L"BalanceRemaining"sv, L"RefNumber"sv});
-        if (balance_element) {
-            std::string balance;
-            std::string reference;
-            GetNodeText(balance_element.Get(), balance);
-            GetNodeText(reference_element.Get(), reference);
-            matcher.AddInvoice(reference, balance);
-        }
+    ComPtr<IXMLDOMNode> invoices;
+    HRESULT result = FindResponseElement(response, L"InvoiceQueryRs", invoices);
+    if (SUCCEEDED(result)) {
+        result = VisitChildren(invoices.Get(), [&matcher](IXMLDOMNode* invoice) {
+            ShowInvoice(matcher, invoice);
+            return matcher.IsDecided() ? S_FALSE : S_OK;
+        });
     }
-    return matcher.Result();
+    text = matcher.Result();
+    return result;
 }
 
 }  // namespace
@@ -89,7 +107,7 @@ STDMETHODIMP CPaylodge::GetCustomerIDForName(BSTR payorName, BSTR* pCustomerList
                 request.CloseElement("NameFilter");
             });
         },
-        [&](const std::string& response) { return FindCustomerID(response, name); });
+        [&](const std::string& response, std::string& text) { return FindCustomerID(response, name, text); });
 }
 
 // The customer's name, or empty when there is no such customer.
@@ -101,7 +119,7 @@ STDMETHODIMP CPaylodge::GetCustomerNameForID(BSTR customerListElemID, BSTR* pCus
                 request.AddElement("ListID", AnsiFromBstr(customerListElemID));
             });
         },
-        FirstCustomerName);
+        ReadFirstCustomerName);
 }
 
 // The number of the open invoice that the check pays, or the numbers of all of them when it pays all together, or empty
@@ -125,7 +143,7 @@ STDMETHODIMP CPaylodge::GetInvoiceInfoForCustomerID(BSTR customerListElemID, BST
                 request.AddElement("PaidStatus", "NotPaidOnly");
             });
         },
-        [&](const std::string& response) { return MatchInvoices(response, amount); });
+        [&](const std::string& response, std::string& text) { return MatchInvoices(response, amount, text); });
 }
 
 }  // namespace paylodge

@@ -11,53 +11,73 @@ namespace {
 
 using namespace std::string_view_literals;
 
-[[nodiscard]] std::string ListItemNames(const std::string& response) {
-    XMLBuilder list;
-    const auto items = FindResponseElement(response, L"ItemQueryRs");
-    for (auto item = FirstChild(items.Get()); item; item = NextSibling(item.Get())) {
-        // An item with a full name, even an empty one, is not known by its short name.
-        auto name_element = FindChild(item.Get(), L"FullName");
-        if (!name_element) {
-            name_element = FindChild(item.Get(), L"Name");
-        }
-        std::string name;
-        GetNodeText(name_element.Get(), name);
-        list.AddElement("ItemName", name);
-    }
-    return list.GetText();
+// An item with a full name, even an empty one, is not known by its short name.
+[[nodiscard]] HRESULT ReadItemName(IXMLDOMNode* item, std::string& name) {
+    std::array<ComPtr<IXMLDOMNode>, 2> elements;
+    const auto& [full_name, short_name] = elements;
+    // What cannot be looked for counts as missing here.
+    static_cast<void>(FindChildren(item, std::array{L"FullName"sv, L"Name"sv}, elements));
+    return GetNodeText(full_name ? full_name.Get() : short_name.Get(), name);
 }
 
-[[nodiscard]] std::string ListPaymentMethods(const std::string& response, std::set<std::string>& known_names) {
-    const auto methods = FindResponseElement(response, L"PaymentMethodQueryRs");
-    if (!methods) {
-        return {};
+[[nodiscard]] HRESULT ListItemNames(const std::string& response, std::string& text) {
+    ComPtr<IXMLDOMNode> items;
+    HRESULT result = FindResponseElement(response, L"ItemQueryRs", items);
+    if (FAILED(result)) {
+        return result;
+    }
+    XMLBuilder list;
+    result = VisitChildren(items.Get(), [&list](IXMLDOMNode* item) {
+        std::string name;
+        const HRESULT was_read = ReadItemName(item, name);
+        list.AddElement("ItemName", name);
+        return was_read;
+    });
+    text = std::move(list).GetText();
+    return result;
+}
+
+[[nodiscard]] HRESULT ListPaymentMethods(const std::string& response, std::set<std::string>& known_names,
+                                         std::string& text) {
+    ComPtr<IXMLDOMNode> methods;
+    HRESULT result = FindResponseElement(response, L"PaymentMethodQueryRs", methods);
+    if (FAILED(result) || !methods) {
+        return result;
     }
     XMLBuilder list;
     list.OpenElement("PaymentMethods");
-    for (auto method = FirstChild(methods.Get()); method; method = NextSibling(method.Get())) {
-        const auto [name] = ReadChildTexts(method.Get(), std::array{L"Name"sv});
-        if (!name.empty()) {
-            known_names.insert(name);
-            list.AddElement("PayMethName", name);
+    result = VisitChildren(methods.Get(), [&](IXMLDOMNode* method) {
+        std::array<std::string, 1> name;
+        const HRESULT was_read = ReadChildTexts(method, std::array{L"Name"sv}, name);
+        if (!name.front().empty()) {
+            known_names.insert(name.front());
+            list.AddElement("PayMethName", name.front());
         }
-    }
+        return was_read;
+    });
     list.CloseElement("PaymentMethods");
-    return list.GetText();
+    text = std::move(list).GetText();
+    return result;
 }
 
 // The list id of the first sales tax code that an item's response refers to; empty without one.
-[[nodiscard]] std::string FindSalesTaxCodeID(const std::string& response) {
-    const auto reference = FindResponseElement(response, L"SalesTaxCodeRef");
-    std::string list_id;
-    GetNodeText(FindChild(reference.Get(), L"ListID").Get(), list_id);
-    return list_id;
+[[nodiscard]] HRESULT FindSalesTaxCodeID(const std::string& response, std::string& list_id) {
+    ComPtr<IXMLDOMNode> reference;
+    std::array<std::string, 1> texts;
+    HRESULT result = FindResponseElement(response, L"SalesTaxCodeRef", reference);
+    if (SUCCEEDED(result)) {
+        result = ReadChildTexts(reference.Get(), std::array{L"ListID"sv}, texts);
+    }
+    list_id = std::move(texts.front());
+    return result;
 }
 
 // Whether the first sales tax code of a response is taxable; the text has to be exactly "true".
 [[nodiscard]] bool ReadIsTaxable(const std::string& response) {
+    ComPtr<IXMLDOMNode> element;
     std::string is_taxable;
-    GetNodeText(FindResponseElement(response, L"IsTaxable").Get(), is_taxable);
-    return is_taxable == "true";
+    return SUCCEEDED(FindResponseElement(response, L"IsTaxable", element)) &&
+           SUCCEEDED(GetNodeText(element.Get(), is_taxable)) && is_taxable == "true";
 }
 
 }  // namespace
@@ -85,7 +105,9 @@ STDMETHODIMP CPaylodge::GetPaymentMethods(BSTR* pPaymentMethodNames) {
                 request.CloseElement("NameRangeFilter");
             });
         },
-        [this](const std::string& response) { return ListPaymentMethods(response, lookup_map_); });
+        [this](const std::string& response, std::string& text) {
+            return ListPaymentMethods(response, lookup_map_, text);
+        });
 }
 
 // VARIANT_TRUE when the item's sales tax code is taxable. The code of the item query; a failed query for the tax code
@@ -100,11 +122,14 @@ STDMETHODIMP CPaylodge::IsTaxableItem(BSTR itemName, VARIANT_BOOL* pIsTaxable) {
     const std::string item_query = ComposeRequest(
         "ItemQueryRq", [&](XMLBuilder& request) { request.AddElement("FullName", AnsiFromBstr(itemName)); });
     std::string response;
-    const HRESULT result = Exchange(item_query, response);
+    const HRESULT result = Send(item_query, response);
     if (FAILED(result)) {
         return result;
     }
-    const std::string tax_code_id = FindSalesTaxCodeID(response);
+    std::string tax_code_id;
+    if (const HRESULT was_read = FindSalesTaxCodeID(response, tax_code_id); FAILED(was_read)) {
+        return was_read;
+    }
     *pIsTaxable = !tax_code_id.empty() && IsTaxableCode(tax_code_id) ? VARIANT_TRUE : VARIANT_FALSE;
     return result;
 }
@@ -113,7 +138,7 @@ bool CPaylodge::IsTaxableCode(std::string_view tax_code_id) {
     const std::string document =
         ComposeRequest("SalesTaxCodeQueryRq", [&](XMLBuilder& request) { request.AddElement("ListID", tax_code_id); });
     std::string response;
-    return SUCCEEDED(Exchange(document, response)) && ReadIsTaxable(response);
+    return SUCCEEDED(Send(document, response)) && ReadIsTaxable(response);
 }
 
 // Asks the host to show a transaction in its own form; what it answers is not looked at.
@@ -122,12 +147,12 @@ STDMETHODIMP CPaylodge::OpenTxnForm(BSTR txnType, BSTR txnID) {
         return S_OK;
     }
     std::string response;
-    return Exchange(ComposeRequest("TxnDisplayModRq",
-                                   [&](XMLBuilder& request) {
-                                       request.AddElement("TxnDisplayModType", AnsiFromBstr(txnType));
-                                       request.AddElement("TxnID", AnsiFromBstr(txnID));
-                                   }),
-                    response);
+    return Send(ComposeRequest("TxnDisplayModRq",
+                               [&](XMLBuilder& request) {
+                                   request.AddElement("TxnDisplayModType", AnsiFromBstr(txnType));
+                                   request.AddElement("TxnID", AnsiFromBstr(txnID));
+                               }),
+                response);
 }
 
 }  // namespace paylodge

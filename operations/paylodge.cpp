@@ -10,7 +10,7 @@ HRESULT CPaylodge::SendLHRequest(std::string_view request, BSTR* response) {
     return SUCCEEDED(result) && ::SysStringLen(*response) > 0 ? S_OK : result;
 }
 
-HRESULT CPaylodge::Exchange(std::string_view document, std::string& response) {
+HRESULT CPaylodge::Send(std::string_view document, std::string& response) {
     if (document.empty()) {
         return E_FAIL;
     }

@@ -16,7 +16,7 @@
 #include "com/object_with_site.hpp"
 #include "frame/browser/approved_sites.hpp"
 #include "frame/browser/site_lock.hpp"
-#include "paylodge.h"
+#include "paylodge_methods.hpp"
 
 namespace paylodge {
 
@@ -31,19 +31,15 @@ class CPaylodge : public CComCoClass<CPaylodge, &CLSID_Paylodge>,
                   public IObjectSafetySiteLockImpl<CPaylodge, INTERFACESAFE_FOR_UNTRUSTED_CALLER>,
                   public CSiteLock<CPaylodge> {
   public:
-    using Interfaces = InterfaceTable<  //
-        Entry<IPaylodge8>,              //
-        Entry<IPaylodge7>,              //
-        Entry<IPaylodge6>,              //
-        Entry<IPaylodge5>,              //
-        Entry<IPaylodge4>,              //
-        Entry<IPaylodge3>,              //
-        Entry<IPaylodge2>,              //
-        Entry<IPaylodge>,               //
-        Entry<IDispatch>,               //
-        Entry<IObjectWithSite>,         //
-        Entry<IObjectSafety>,           //
-        Entry<IObjectSafetySiteLock>>;
+    using Row = InterfaceRow<CPaylodge>;
+    static constexpr std::array kInterfaces = {
+        Row::Of<IPaylodge8>(), Row::Of<IPaylodge7>(),      Row::Of<IPaylodge6>(),    Row::Of<IPaylodge5>(),
+        Row::Of<IPaylodge4>(), Row::Of<IPaylodge3>(),      Row::Of<IPaylodge2>(),    Row::Of<IPaylodge>(),
+        Row::Of<IDispatch>(),  Row::Of<IObjectWithSite>(), Row::Of<IObjectSafety>(), Row::Of<IObjectSafetySiteLock>(),
+    };
+
+    // Releases the page's site while the object is whole: that may call it.
+    void FinalRelease() noexcept { SetSite(nullptr); }
 
     [[nodiscard]] static std::span<const SiteEntry> SiteTable() noexcept { return ApprovedSites(); }
 
@@ -159,11 +155,12 @@ class CPaylodge : public CComCoClass<CPaylodge, &CLSID_Paylodge>,
     ~CPaylodge() = default;
 
   private:
-    // Sends a document that an operation composed and gives the response as narrow text. E_FAIL for an empty document.
-    [[nodiscard]] static HRESULT Exchange(std::string_view document, std::string& response);
+    // Sends a document that an operation composed; the response comes as narrow text. E_FAIL for an empty document.
+    [[nodiscard]] static HRESULT Send(std::string_view document, std::string& response);
 
-    // What all queries share: `compose` gives the document, `read` makes the result's text from the response. A failed
-    // send's code is returned as it is.
+    // What all queries share: compose() returns the document, read(response, text) makes the result's text from the
+    // response. The HRESULT of the send, or that of a reading that failed: a response that was read in part is no
+    // result.
     template <class Compose, class Read>
     [[nodiscard]] HRESULT AnswerQuery(BSTR* result, const Compose& compose, const Read& read) {
         return IsSiteAllowed() ? AnswerAllowedQuery(result, compose, read) : S_OK;
@@ -174,10 +171,16 @@ class CPaylodge : public CComCoClass<CPaylodge, &CLSID_Paylodge>,
             return E_POINTER;
         }
         std::string response;
-        const HRESULT sent = Exchange(compose(), response);
-        if (SUCCEEDED(sent)) {
-            *result = BstrFromAnsi(read(response)).Detach();
+        const HRESULT sent = Send(compose(), response);
+        if (FAILED(sent)) {
+            return sent;
         }
+        std::string text;
+        const HRESULT was_read = read(response, text);
+        if (FAILED(was_read)) {
+            return was_read;
+        }
+        *result = BstrFromAnsi(text).Detach();
         return sent;
     }
 

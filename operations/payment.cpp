@@ -73,7 +73,7 @@ STDMETHODIMP CPaylodge::CreatePaymentTxn(BSTR bstrFullName, BSTR bstrTxnDate, BS
         request.CloseElement("ReceivePaymentAdd");
     });
     std::string response;
-    if (FAILED(Exchange(document, response)) || response.empty()) {
+    if (FAILED(Send(document, response)) || response.empty()) {
         return E_FAIL;
     }
     *pRetValue = BstrFromAnsi(response).Detach();

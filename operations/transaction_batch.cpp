@@ -26,30 +26,41 @@ constexpr auto kHoldingAccountType = "OtherCurrentAsset"sv;
     BeginEnvelope(builder);
     builder.AddVerbatim(requests);
     EndEnvelope(builder);
-    return builder.GetText();
+    return std::move(builder).GetText();
 }
 
 // The texts that a summary copies from a transaction's record, in order; empty ones are left out.
-void SummarizeRecord(XMLBuilder& summary, IXMLDOMNode* record, bool is_deposit) {
+[[nodiscard]] HRESULT SummarizeRecord(XMLBuilder& summary, IXMLDOMNode* record, bool is_deposit) {
     const auto total = is_deposit ? L"DepositTotal"sv : L"TotalAmount"sv;
-    const auto values = ReadChildTexts(record, std::array{L"TxnID"sv, L"RefNumber"sv, total, L"Memo"sv});
+    std::array<std::string, 4> values;
+    const HRESULT result = ReadChildTexts(record, std::array{L"TxnID"sv, L"RefNumber"sv, total, L"Memo"sv}, values);
     summary.AddElement("TxnID", values[0]);
     if (!is_deposit) {
         summary.AddElement("RefNumber", values[1]);
     }
     summary.AddElement(is_deposit ? "DepositTotal" : "TotalAmount", values[2]);
     summary.AddElement("Memo", values[3]);
+    return result;
 }
 
-void SummarizeResponse(XMLBuilder& summary, IXMLDOMNode* response) {
+[[nodiscard]] HRESULT SummarizeResponse(XMLBuilder& summary, IXMLDOMNode* response) {
     std::string name;
-    GetNodeName(response, name);
+    HRESULT result = GetNodeName(response, name);
+    if (FAILED(result)) {
+        return result;
+    }
     std::string status_code;
-    CopyStatusAttributes(summary, response, name, &status_code);
-    if (status_code == kStatusOK) {
-        SummarizeRecord(summary, FirstChild(response).Get(), name == "DepositAddRs");
+    // Without attributes, as a comment is, it has no status.
+    static_cast<void>(CopyStatusAttributes(summary, response, name, &status_code));
+    if (IsStatusOK(status_code)) {
+        ComPtr<IXMLDOMNode> record;
+        result = response->get_firstChild(record.Receive());
+        if (SUCCEEDED(result)) {
+            result = SummarizeRecord(summary, record.Get(), name == "DepositAddRs");
+        }
     }
     summary.CloseElement(name);
+    return FAILED(result) ? result : S_OK;
 }
 
 }  // namespace
@@ -68,7 +79,7 @@ STDMETHODIMP CPaylodge::CreateTxns(BSTR txnRequests, VARIANT_BOOL bFullResponse,
         return E_FAIL;
     }
     std::string response;
-    if (const HRESULT result = Exchange(document, response); FAILED(result)) {
+    if (const HRESULT result = Send(document, response); FAILED(result)) {
         return result;
     }
     const bool is_whole_response_wanted = bFullResponse == VARIANT_TRUE;
@@ -76,45 +87,55 @@ STDMETHODIMP CPaylodge::CreateTxns(BSTR txnRequests, VARIANT_BOOL bFullResponse,
     return S_OK;
 }
 
-// Whether all requests are of permitted kinds. A document that does not load is left to the processor's judgement. What
-// an earlier request needed stays created when a later one is refused, and a failed preparation refuses nothing.
+// Whether all requests are of permitted kinds, as far as that can be told: a batch that cannot be looked through to its
+// end is refused. A document that does not load is left to the processor's judgement. What an earlier request needed
+// stays created when a later one is refused, and a failed preparation refuses nothing.
 bool CPaylodge::PrepareTxnRequests(std::string_view document) {
-    const auto message_set = FindResponseElement(document, L"LHXMLMsgsRq");
-    for (auto request = FirstChild(message_set.Get()); request; request = NextSibling(request.Get())) {
+    ComPtr<IXMLDOMNode> message_set;
+    if (FAILED(FindResponseElement(document, L"LHXMLMsgsRq", message_set))) {
+        return false;
+    }
+    return SUCCEEDED(VisitChildren(message_set.Get(), [](IXMLDOMNode* request) {
         std::string name;
-        GetNodeName(request.Get(), name);
-        if (kPermittedKinds.find(name) == std::string_view::npos) {
-            return false;
+        const HRESULT result = GetNodeName(request, name);
+        if (FAILED(result) || kPermittedKinds.find(name) == std::string_view::npos) {
+            return FAILED(result) ? result : E_INVALIDARG;
         }
         if (name == "CreditMemoAddRq") {
-            static_cast<void>(PrepareCreditMemo(request.Get()));
+            static_cast<void>(PrepareCreditMemo(request));
         } else if (name == "DepositAddRq") {
-            static_cast<void>(PrepareDeposit(request.Get()));
+            static_cast<void>(PrepareDeposit(request));
         }
-    }
-    return true;
+        return S_OK;
+    }));
 }
 
 HRESULT CPaylodge::PrepareCreditMemo(IXMLDOMNode* request) {
     if (const HRESULT result = EnsureNetRefundCustomer(); FAILED(result)) {
         return result;
     }
-    const auto memo = FindChild(FindChild(request, L"CreditMemoAdd").Get(), L"Memo");
-    if (!memo) {
-        return S_OK;
-    }
+    ComPtr<IXMLDOMNode> memo;
     std::string memo_text;
-    GetNodeText(memo.Get(), memo_text);
+    HRESULT result = FindPath(request, std::array{L"CreditMemoAdd"sv, L"Memo"sv}, memo);
+    if (SUCCEEDED(result)) {
+        result = GetNodeText(memo.Get(), memo_text);
+    }
+    if (FAILED(result) || !memo) {
+        return result;
+    }
     const std::string_view card_type = CardTypeFromMemo(memo_text);
-    const HRESULT result = EnsureNetRefundItem(card_type);
+    result = EnsureNetRefundItem(card_type);
     return card_type.empty() ? result : EnsureNetRefundItem({});
 }
 
 HRESULT CPaylodge::PrepareDeposit(IXMLDOMNode* request) {
+    ComPtr<IXMLDOMNode> account;
     std::string full_name;
-    GetNodeText(FindPath(request, std::array{L"DepositAdd"sv, L"DepositToAccountRef"sv, L"FullName"sv}).Get(),
-                full_name);
-    return full_name == kHoldingAccount ? EnsureHoldingAccount() : S_OK;
+    HRESULT result = FindPath(request, std::array{L"DepositAdd"sv, L"DepositToAccountRef"sv, L"FullName"sv}, account);
+    if (SUCCEEDED(result)) {
+        result = GetNodeText(account.Get(), full_name);
+    }
+    return full_name == kHoldingAccount ? EnsureHoldingAccount() : result;
 }
 
 HRESULT CPaylodge::EnsureNetRefundCustomer() {
@@ -153,24 +174,24 @@ HRESULT CPaylodge::EnsureHoldingAccount() {
 HRESULT CPaylodge::AddListEntry(std::string_view document, std::wstring_view response_element,
                                 std::string_view extra_code) {
     std::string response;
-    const HRESULT result = Exchange(document, response);
+    const HRESULT result = Send(document, response);
     return FAILED(result) ? result : CheckAddResponse(response, response_element, extra_code);
 }
 
 // Each response of the batch with its status and, where it succeeded, the main texts of its record. Empty for a
-// response that does not load or holds no message set.
+// response that does not load, holds no message set, or cannot be read to its end: the batch has been recorded all the
+// same, so that is no failure of the operation, and half a summary would be taken for a smaller batch.
 std::string CPaylodge::SummarizeTxnResponses(std::string_view response_text) {
-    const auto message_set = FindResponseElement(response_text, L"LHXMLMsgsRs");
-    if (!message_set) {
+    ComPtr<IXMLDOMNode> message_set;
+    if (FAILED(FindResponseElement(response_text, L"LHXMLMsgsRs", message_set)) || !message_set) {
         return {};
     }
     XMLBuilder summary;
     summary.OpenElement("LHXMLMsgsRs");
-    for (auto response = FirstChild(message_set.Get()); response; response = NextSibling(response.Get())) {
-        SummarizeResponse(summary, response.Get());
-    }
+    const HRESULT result = VisitChildren(
+        message_set.Get(), [&summary](IXMLDOMNode* response) { return SummarizeResponse(summary, response); });
     summary.CloseElement("LHXMLMsgsRs");
-    return summary.GetText();
+    return SUCCEEDED(result) ? std::move(summary).GetText() : std::string();
 }
 
 }  // namespace paylodge

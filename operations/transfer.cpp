@@ -52,7 +52,7 @@ STDMETHODIMP CPaylodge::TransferFunds(BSTR bstrDepositFromName, BSTR bstrDeposit
     const std::string document =
         ComposeRequest("DepositAddRq", [&transfer](XMLBuilder& request) { BuildTransferDepositRq(request, transfer); });
     std::string response;
-    if (const HRESULT result = Exchange(document, response); FAILED(result)) {
+    if (const HRESULT result = Send(document, response); FAILED(result)) {
         return result;
     }
     const HRESULT result = CheckAddResponse(response, L"DepositAddRs");

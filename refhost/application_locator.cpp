@@ -17,7 +17,8 @@ constexpr const wchar_t* kLogFolderVariable = L"LEDGERHALL_LOG_FOLDER";
 
 class CAddInGoodies : public IHostAddInGoodies {
   public:
-    using Interfaces = InterfaceTable<Entry<IUnknown, IHostAddInGoodies>>;
+    using Row = InterfaceRow<CAddInGoodies>;
+    static constexpr std::array kInterfaces = {Row::Of<IUnknown, IHostAddInGoodies>()};
 
     // E_FAIL with a description when no company file can be opened.
     STDMETHODIMP AttachToCurrentCompany(IHostCompany** company) override {
@@ -31,7 +32,8 @@ class CAddInGoodies : public IHostAddInGoodies {
 
 class CApplication : public IHostApplication, public IHostFolders {
   public:
-    using Interfaces = InterfaceTable<Entry<IHostApplication>, Entry<IHostFolders>>;
+    using Row = InterfaceRow<CApplication>;
+    static constexpr std::array kInterfaces = {Row::Of<IHostApplication>(), Row::Of<IHostFolders>()};
 
     STDMETHODIMP GetAddInGoodies(IHostAddInGoodies** goodies) override {
         return ServeResult(kGetGoodiesCall, goodies, [&] { return Return<CAddInGoodies>(goodies); });

@@ -10,7 +10,8 @@ namespace paylodge::refhost {
 class CApplicationLocator : public IHostApplicationLocator,
                             public CComCoClass<CApplicationLocator, &kHostApplicationLocatorClass> {
   public:
-    using Interfaces = InterfaceTable<Entry<IHostApplicationLocator>>;
+    using Row = InterfaceRow<CApplicationLocator>;
+    static constexpr std::array kInterfaces = {Row::Of<IHostApplicationLocator>()};
 
     // The application of this process, with the interfaces IHostApplication and IHostFolders.
     STDMETHODIMP GetRunningApplication(IUnknown** application) override;

@@ -22,7 +22,8 @@ using WeakCompany = std::weak_ptr<OpenCompany>;
 // changed since, which is the company's once it is saved. Changing it needs the lock, which is given back at the end.
 class CDataFileRecord : public IHostDataFileRecord {
   public:
-    using Interfaces = InterfaceTable<Entry<IUnknown, IHostDataFileRecord>>;
+    using Row = InterfaceRow<CDataFileRecord>;
+    static constexpr std::array kInterfaces = {Row::Of<IUnknown, IHostDataFileRecord>()};
 
     CDataFileRecord(const std::shared_ptr<OpenCompany>& company, const RecordKey& key)
         : company_(company), key_(key), content_(company->Records().Content(key)) {}
@@ -69,7 +70,8 @@ class CDataFileRecord : public IHostDataFileRecord {
 
 class CPropertyBag : public IHostPropertyBag {
   public:
-    using Interfaces = InterfaceTable<Entry<IUnknown, IHostPropertyBag>>;
+    using Row = InterfaceRow<CPropertyBag>;
+    static constexpr std::array kInterfaces = {Row::Of<IUnknown, IHostPropertyBag>()};
 
     explicit CPropertyBag(CDataFileRecord* record) noexcept : record_(record) {}
 
@@ -87,7 +89,8 @@ class CPropertyBag : public IHostPropertyBag {
 
 class CDataFileRecords : public IHostDataFileRecords {
   public:
-    using Interfaces = InterfaceTable<Entry<IUnknown, IHostDataFileRecords>>;
+    using Row = InterfaceRow<CDataFileRecords>;
+    static constexpr std::array kInterfaces = {Row::Of<IUnknown, IHostDataFileRecords>()};
 
     CDataFileRecords(WeakCompany company, std::string category)
         : company_(std::move(company)), category_(std::move(category)) {}

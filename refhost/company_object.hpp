@@ -17,7 +17,8 @@ inline constexpr HRESULT kNotLocked = MAKE_HRESULT(SEVERITY_ERROR, FACILITY_ITF,
 
 class CCompany : public IHostCompany {
   public:
-    using Interfaces = InterfaceTable<Entry<IUnknown, IHostCompany>>;
+    using Row = InterfaceRow<CCompany>;
+    static constexpr std::array kInterfaces = {Row::Of<IUnknown, IHostCompany>()};
 
     explicit CCompany(const std::shared_ptr<OpenCompany>& company) : company_(company) {}
 

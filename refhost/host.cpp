@@ -1,8 +1,11 @@
 #include "refhost/host.hpp"
 
 #include <cstdio>
+#include <filesystem>
 #include <utility>
 
+#include "com/module.hpp"
+#include "hostapi/libraries.hpp"
 #include "refhost/processor.hpp"
 #include "refhost/utf8.hpp"
 #include "refhost/xml_reader.hpp"
@@ -11,6 +14,15 @@ namespace paylodge::refhost {
 namespace {
 
 constexpr const wchar_t* kCompanyFileVariable = L"LEDGERHALL_COMPANY_FILE";
+
+// The component takes its host's libraries from the process that it is in, as Ledgerhall's has them loaded: here they
+// are the ones beside this module. They stay loaded until the process ends.
+void LoadOwnLibraries() {
+    const auto folder = std::filesystem::path(Module::Path()).parent_path();
+    for (const wchar_t* const name : {kUtilityLibrary, kFeatureFlagLibrary}) {
+        static_cast<void>(::LoadLibraryW((folder / name).c_str()));
+    }
+}
 
 // Plain data, so that nothing is run for it when the module goes.
 Host* g_host = nullptr;
@@ -28,6 +40,7 @@ Host* g_host = nullptr;
 
 Host& Host::Get() {
     if (g_host == nullptr) {
+        LoadOwnLibraries();
         g_host = new Host;
     }
     return *g_host;

@@ -10,7 +10,8 @@ namespace paylodge::refhost {
 class CHostObjectBroker : public Undispatched<IHostObjectBroker>,
                           public CComCoClass<CHostObjectBroker, &kHostObjectBrokerClass> {
   public:
-    using Interfaces = InterfaceTable<Entry<IHostObjectBroker>, Entry<IDispatch, IHostObjectBroker>>;
+    using Row = InterfaceRow<CHostObjectBroker>;
+    static constexpr std::array kInterfaces = {Row::Of<IHostObjectBroker>(), Row::Of<IDispatch, IHostObjectBroker>()};
 
     // E_POINTER without a slot, CO_E_CLASSSTRING for text that is no class id, REGDB_E_CLASSNOTREG for other classes.
     STDMETHODIMP CreateObjectFromClassId(BSTR class_id, IUnknown** object) override;

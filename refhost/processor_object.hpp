@@ -18,7 +18,8 @@ inline constexpr HRESULT kUnknownTicket = MAKE_HRESULT(SEVERITY_ERROR, FACILITY_
 class CRequestProcessor : public Undispatched<IRequestProcessor>,
                           public CComCoClass<CRequestProcessor, &kRequestProcessorClass> {
   public:
-    using Interfaces = InterfaceTable<Entry<IRequestProcessor>, Entry<IDispatch, IRequestProcessor>>;
+    using Row = InterfaceRow<CRequestProcessor>;
+    static constexpr std::array kInterfaces = {Row::Of<IRequestProcessor>(), Row::Of<IDispatch, IRequestProcessor>()};
 
     // Errors in the request or the books are responses, not failures. kUnknownTicket without a session of this ticket.
     STDMETHODIMP ProcessRequest(BSTR ticket, BSTR request, BSTR* response) override;

@@ -3,7 +3,7 @@
 
 #include "com/class_object.hpp"
 #include "com/dispatch_impl.hpp"
-#include "refhost.h"
+#include "refhost_methods.hpp"
 
 namespace paylodge::refhost {
 
@@ -11,8 +11,8 @@ class CReferenceHost : public IDispatchImpl<IReferenceHost, &IID_IReferenceHost,
                        public ISupportErrorInfo,
                        public CComCoClass<CReferenceHost, &CLSID_ReferenceHost> {
   public:
-    using Interfaces =
-        InterfaceTable<Entry<IReferenceHost>, Entry<IDispatch, IReferenceHost>, Entry<ISupportErrorInfo>>;
+    using Row = InterfaceRow<CReferenceHost>;
+    static constexpr std::array kInterfaces = {Row::Of<IReferenceHost>(), Row::Of<IDispatch, IReferenceHost>(), Row::Of<ISupportErrorInfo>()};
 
     // The methods are described in the IDL. E_FAIL comes with a description for the script.
     STDMETHODIMP OpenCompanyFile(BSTR path) override;

@@ -2,7 +2,11 @@
 
 #include <comdef.h>
 
+#include <utility>
+
 #include "com/ansi_text.hpp"
+#include "com/boundary.hpp"
+#include "com/guarded_call.hpp"
 #include "storage/logger.hpp"
 #include "storage/running_application.hpp"
 
@@ -27,62 +31,84 @@ constexpr int kLockTries = 5;
 constexpr DWORD kMillisecondsBetweenTries = 100;
 constexpr LONG kDataVersion = 1;
 
-// Logs a failure under the method's name.
+// Logs a failure under the method's name. What cannot even be logged stays a failure.
 Status Fail(const char* method, const std::string& message, HRESULT result,
-            Status status = CDataFileStorage::kFailure) {
-    CNALogger::LogHResult(method, message, result);
+            Status status = CDataFileStorage::kFailure) noexcept {
+    static_cast<void>(AtBoundary([&] {
+        CNALogger::LogHResult(method, message, result);
+        return S_OK;
+    }));
     return status;
 }
 
-// Calls a method of a host object; E_POINTER when the host gave no object before.
+// Runs a method of the class, out of which no exception comes.
+template <class Method>
+[[nodiscard]] Status RunMethod(const Method& method) noexcept {
+    try {
+        return method();
+    } catch (...) {
+        return CDataFileStorage::kFailure;
+    }
+}
+
+// Calls a method of a host object; E_POINTER when the host gave no object before. What the host raises is an HRESULT.
 template <class Interface, class Base, class... Parameters, class... Arguments>
 [[nodiscard]] HRESULT Ask(const ComPtr<Interface>& object, HRESULT (STDMETHODCALLTYPE Base::*method)(Parameters...),
-                          Arguments... arguments) {
-    return object ? (object.Get()->*method)(arguments...) : E_POINTER;
+                          Arguments... arguments) noexcept {
+    return object ? AtBoundary([&] { return CallHost([&] { return (object.Get()->*method)(arguments...); }); })
+                  : E_POINTER;
 }
 
-// Runs one step; a COM error that it raises is its code.
-template <class Step>
-[[nodiscard]] HRESULT Attempt(const Step& step) {
-    try {
-        return step();
-    } catch (const _com_error& error) {
-        return error.Error();
+// Holds a record's lock from the moment it is acquired, and unlocks the record at the end.
+class RecordLock {
+  public:
+    explicit RecordLock(const ComPtr<IHostDataFileRecord>& record) noexcept : record_(record) {}
+    ~RecordLock() { static_cast<void>(Unlock()); }
+    RecordLock(const RecordLock&) = delete;
+    RecordLock& operator=(const RecordLock&) = delete;
+
+    // The HRESULT of the host's call; success does not mean that the lock was acquired.
+    HRESULT Try() noexcept {
+        VARIANT_BOOL is_acquired = VARIANT_FALSE;
+        last_result_ = Ask(record_, &IHostDataFileRecord::Lock, &is_acquired);
+        is_acquired_ = SUCCEEDED(last_result_) && is_acquired != VARIANT_FALSE;
+        is_held_ = is_held_ || is_acquired_;
+        return last_result_;
     }
-}
 
-struct LockResult {
-    HRESULT result;
-    bool is_acquired;
-};
-
-[[nodiscard]] LockResult TryLock(const ComPtr<IHostDataFileRecord>& record) {
-    VARIANT_BOOL is_acquired = VARIANT_FALSE;
-    const HRESULT result = Ask(record, &IHostDataFileRecord::Lock, &is_acquired);
-    return {result, SUCCEEDED(result) && is_acquired != VARIANT_FALSE};
-}
-
-// Several tries, with a wait after each that does not get the lock; a failing call ends them at once.
-[[nodiscard]] LockResult TryLockRepeatedly(const ComPtr<IHostDataFileRecord>& record) {
-    LockResult lock{};
-    for (int tries = 0; tries < kLockTries; ++tries) {
-        lock = TryLock(record);
-        if (FAILED(lock.result) || lock.is_acquired) {
-            break;
+    // Several tries, with a wait after each that does not acquire the lock; a failing call ends them at once.
+    HRESULT TryRepeatedly() noexcept {
+        for (int tries = 0; tries < kLockTries && SUCCEEDED(Try()) && !is_acquired_; ++tries) {
+            ::Sleep(kMillisecondsBetweenTries);
         }
-        ::Sleep(kMillisecondsBetweenTries);
+        return last_result_;
     }
-    return lock;
-}
 
-// kSuccess when the lock was acquired; everything else is logged.
-[[nodiscard]] Status JudgeLock(const char* method, const LockResult& lock) {
-    if (FAILED(lock.result)) {
-        return Fail(method, kLockCallFailed, lock.result);
+    // kSuccess when the last try acquired the lock; everything else is logged.
+    [[nodiscard]] Status Judge(const char* method) const noexcept {
+        if (FAILED(last_result_)) {
+            return Fail(method, kLockCallFailed, last_result_);
+        }
+        return is_acquired_ ? CDataFileStorage::kSuccess
+                            : Fail(method, kLockNotAcquired, last_result_, CDataFileStorage::kLocked);
     }
-    return lock.is_acquired ? CDataFileStorage::kSuccess
-                            : Fail(method, kLockNotAcquired, lock.result, CDataFileStorage::kLocked);
-}
+
+    HRESULT Unlock() noexcept {
+        return std::exchange(is_held_, false) ? Ask(record_, &IHostDataFileRecord::Unlock) : S_OK;
+    }
+
+    // Unlocks the record; a failure of that is logged.
+    [[nodiscard]] Status Finish(const char* method) noexcept {
+        const HRESULT result = Unlock();
+        return FAILED(result) ? Fail(method, kUnlockFailed, result) : CDataFileStorage::kSuccess;
+    }
+
+  private:
+    const ComPtr<IHostDataFileRecord>& record_;
+    HRESULT last_result_ = S_OK;
+    bool is_acquired_ = false;
+    bool is_held_ = false;
+};
 
 // The steps of a write while the record is locked.
 [[nodiscard]] Status WriteLocked(const ComPtr<IHostDataFileRecord>& record, const std::string& property_name,
@@ -92,7 +118,7 @@ struct LockResult {
     if (FAILED(result)) {
         return Fail(kWriteProperty, kBagFailed, result);
     }
-    result = Attempt([&] { return Ask(bag, &IHostPropertyBag::Write, BstrFromAnsi(property_name).Get(), value); });
+    result = AtBoundary([&] { return Ask(bag, &IHostPropertyBag::Write, BstrFromAnsi(property_name).Get(), value); });
     if (FAILED(result)) {
         return Fail(kWriteProperty, "Failed to write property \"" + property_name + "\" to property bag in LH.",
                     result);
@@ -108,17 +134,27 @@ struct LockResult {
     return CDataFileStorage::kSuccess;
 }
 
-// Unlocks the record after `done`, which wins over a failure of unlocking.
-[[nodiscard]] Status Unlock(const char* method, const ComPtr<IHostDataFileRecord>& record, Status done) {
-    const HRESULT result = Ask(record, &IHostDataFileRecord::Unlock);
-    return done == CDataFileStorage::kSuccess && FAILED(result) ? Fail(method, kUnlockFailed, result) : done;
-}
-
 }  // namespace
 
 Status CDataFileStorage::SelectDFR(const std::string& name, LONG record_id) {
+    return RunMethod([&] { return Select(name, record_id); });
+}
+
+Status CDataFileStorage::ReadProperty(const std::string& property_name, VARIANT* value) {
+    return RunMethod([&] { return Read(property_name, value); });
+}
+
+Status CDataFileStorage::WriteProperty(const std::string& property_name, VARIANT value) {
+    return RunMethod([&] { return Write(property_name, value); });
+}
+
+Status CDataFileStorage::DeleteDFR() {
+    return RunMethod([&] { return Delete(); });
+}
+
+Status CDataFileStorage::Select(const std::string& name, LONG record_id) {
     ComPtr<IHostApplication> application;
-    HRESULT result = Attempt([&application] {
+    HRESULT result = AtBoundary([&application] {
         application = FindApplication<IHostApplication>();
         return S_OK;
     });
@@ -150,7 +186,7 @@ Status CDataFileStorage::InitDFRPointer() {
         _com_issue_error(E_POINTER);
     }
     ComPtr<IHostDataFileRecords> records;
-    HRESULT result = Attempt(
+    HRESULT result = AtBoundary(
         [&] { return Ask(company_, &IHostCompany::GetDataFileRecords, BstrFromAnsi(name_).Get(), records.Receive()); });
     if (FAILED(result)) {
         return Fail(kInitDFRPointer, "Failed to get data file records from company file in LH.", result);
@@ -170,7 +206,7 @@ Status CDataFileStorage::InitDFRPointer() {
     return FAILED(result) ? Fail(kInitDFRPointer, "Failed to add from data file records in LH.", result) : kSuccess;
 }
 
-Status CDataFileStorage::ReadProperty(const std::string& property_name, VARIANT* value) {
+Status CDataFileStorage::Read(const std::string& property_name, VARIANT* value) {
     if (!company_) {
         return Fail(kReadProperty, "Must first call SelectDFR() to initialize this class.", S_OK);
     }
@@ -182,44 +218,47 @@ Status CDataFileStorage::ReadProperty(const std::string& property_name, VARIANT*
     if (FAILED(result)) {
         return Fail(kReadProperty, kBagFailed, result);
     }
-    result = Attempt([&] { return Ask(bag, &IHostPropertyBag::Read, BstrFromAnsi(property_name).Get(), value); });
+    result = AtBoundary([&] { return Ask(bag, &IHostPropertyBag::Read, BstrFromAnsi(property_name).Get(), value); });
     return FAILED(result) ? Fail(kReadProperty,
                                  "Failed to read property \"" + property_name + "\" from property bag in LH.", result)
                           : kSuccess;
 }
 
-Status CDataFileStorage::WriteProperty(const std::string& property_name, VARIANT value) {
+Status CDataFileStorage::Write(const std::string& property_name, const VARIANT& value) {
     if (!company_) {
         return Fail(kWriteProperty, "Must first call SelectDFR() to initialize this class", S_OK);
     }
     if (const Status status = InitDFRPointer(); status != kSuccess) {
         return status;
     }
-    if (const Status status = JudgeLock(kWriteProperty, TryLockRepeatedly(record_)); status != kSuccess) {
+    RecordLock lock(record_);
+    lock.TryRepeatedly();
+    if (const Status status = lock.Judge(kWriteProperty); status != kSuccess) {
         return status;
     }
-    return Unlock(kWriteProperty, record_, WriteLocked(record_, property_name, value));
+    const Status status = WriteLocked(record_, property_name, value);
+    return status == kSuccess ? lock.Finish(kWriteProperty) : status;
 }
 
-Status CDataFileStorage::DeleteDFR() {
+Status CDataFileStorage::Delete() {
     if (!company_) {
         return Fail(kDeleteDFR, "Must first call SelectDFR() to initialize this class", S_OK);
     }
     if (const Status status = InitDFRPointer(); status != kSuccess) {
         return status;
     }
-    const LockResult lock = TryLockRepeatedly(record_);
-    if (FAILED(lock.result)) {
-        return JudgeLock(kDeleteDFR, lock);
+    RecordLock lock(record_);
+    if (FAILED(lock.TryRepeatedly())) {
+        return lock.Judge(kDeleteDFR);
     }
-    // Asked once more in any case.
-    if (const Status status = JudgeLock(kDeleteDFR, TryLock(record_)); status != kSuccess) {
-        return lock.is_acquired ? Unlock(kDeleteDFR, record_, status) : status;
+    // The host is asked for the lock once more even if the record is locked already.
+    lock.Try();
+    if (const Status status = lock.Judge(kDeleteDFR); status != kSuccess) {
+        return status;
     }
     const HRESULT result = Ask(record_, &IHostDataFileRecord::Delete);
-    const Status deleted =
-        FAILED(result) ? Fail(kDeleteDFR, "Failed to delete data file record in LH.", result) : kSuccess;
-    return Unlock(kDeleteDFR, record_, deleted);
+    return FAILED(result) ? Fail(kDeleteDFR, "Failed to delete data file record in LH.", result)
+                          : lock.Finish(kDeleteDFR);
 }
 
 }  // namespace paylodge

@@ -12,8 +12,8 @@
 
 namespace paylodge {
 
-// Every failure is logged once and returned as a code; no COM error leaves the class. Used on the thread of the
-// accounting object.
+// Every failure is logged once and returned as a number; no exception leaves the class, and a record that was locked is
+// unlocked whatever fails. Used on the thread of the accounting object.
 class CDataFileStorage {
   public:
     using Status = LONG;
@@ -42,7 +42,11 @@ class CDataFileStorage {
     [[nodiscard]] Status DeleteDFR();
 
   private:
+    [[nodiscard]] Status Select(const std::string& name, LONG record_id);
     [[nodiscard]] Status InitDFRPointer();
+    [[nodiscard]] Status Read(const std::string& property_name, VARIANT* value);
+    [[nodiscard]] Status Write(const std::string& property_name, const VARIANT& value);
+    [[nodiscard]] Status Delete();
 
     ComPtr<IHostCompany> company_;
     ComPtr<IHostDataFileRecord> record_;

@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "com/ansi_text.hpp"
+#include "com/guarded_call.hpp"
 #include "com/host_library.hpp"
 #include "hostapi/libraries.hpp"
 #include "storage/log_text.hpp"
@@ -33,7 +34,7 @@ using File = std::unique_ptr<std::FILE, CloseFile>;
     try {
         OwnedBstr folder;
         if (const auto folders = FindApplication<IHostFolders>();
-            folders && SUCCEEDED(folders->GetFolder(kLogFolderKind, folder.Receive()))) {
+            folders && SUCCEEDED(CallHost([&] { return folders->GetFolder(kLogFolderKind, folder.Receive()); }))) {
             return folder ? std::wstring(folder.Get()) : std::wstring();
         }
     } catch (const _com_error&) {
@@ -42,11 +43,12 @@ using File = std::unique_ptr<std::FILE, CloseFile>;
     return {};
 }
 
-// Creates the folder, which ends in a slash, and every missing folder above it.
-void CreateFolders(const std::string& folder) {
-    for (size_t end = folder.find_first_of("\\/"); end != std::string::npos;
-         end = folder.find_first_of("\\/", end + 1)) {
-        const std::string parent = folder.substr(0, end);
+// Creates the folder, which ends in a slash, and every missing folder above it. The path is taken apart as wide text:
+// in a double-byte code page, the second byte of a character may look like a backslash.
+void CreateFolders(std::wstring_view folder) {
+    for (size_t end = folder.find_first_of(L"\\/"); end != std::wstring_view::npos;
+         end = folder.find_first_of(L"\\/", end + 1)) {
+        const std::string parent = AnsiFromWide(folder.substr(0, end));
         if (!parent.empty() && ::GetFileAttributesA(parent.c_str()) == INVALID_FILE_ATTRIBUTES) {
             ::_mkdir(parent.c_str());
         }
@@ -63,7 +65,7 @@ void SetUpPaths() {
         return;
     }
     const std::wstring folder = WithTrailingSlash(host_folder);
-    CreateFolders(AnsiFromWide(folder));
+    CreateFolders(folder);
     g_log_path = folder + std::wstring(kLogName);
     g_old_log_path = folder + std::wstring(kOldLogName);
 }

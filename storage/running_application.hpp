@@ -4,12 +4,13 @@
 #include <comdef.h>
 
 #include "com/com_ptr.hpp"
+#include "com/guarded_call.hpp"
 #include "hostapi/application.hpp"
 
 namespace paylodge {
 
 // One of the application's interfaces; null when no application runs or it lacks the interface. Every other failure is
-// raised as a COM error.
+// raised as a COM error, what the host raises included.
 template <class Interface>
 [[nodiscard]] ComPtr<Interface> FindApplication() {
     const auto raise_failure = [](HRESULT result) {
@@ -18,13 +19,15 @@ template <class Interface>
         }
     };
     ComPtr<IHostApplicationLocator> locator;
-    raise_failure(::CoCreateInstance(kHostApplicationLocatorClass, nullptr, CLSCTX_INPROC_SERVER,
-                                     __uuidof(IHostApplicationLocator), locator.ReceiveVoid()));
+    raise_failure(CallHost([slot = locator.ReceiveVoid()] {
+        return ::CoCreateInstance(kHostApplicationLocatorClass, nullptr, CLSCTX_INPROC_SERVER,
+                                  __uuidof(IHostApplicationLocator), slot);
+    }));
     ComPtr<IUnknown> running;
-    raise_failure(locator->GetRunningApplication(running.Receive()));
+    raise_failure(CallHost([&] { return locator->GetRunningApplication(running.Receive()); }));
     ComPtr<Interface> application;
     if (running) {
-        const HRESULT result = running.As(application);
+        const HRESULT result = CallHost([&] { return running.As(application); });
         raise_failure(result == E_NOINTERFACE ? S_OK : result);
     }
     return application;

@@ -1,11 +1,9 @@
 #include "frame/module/server_registration.hpp"
 
-#include <comdef.h>
-
 #include <array>
-#include <new>
 
 #include "bridge/misc_status.hpp"
+#include "com/boundary.hpp"
 #include "com/module.hpp"
 #include "frame/registrar/registration_steps.hpp"
 
@@ -26,15 +24,11 @@ constexpr std::array kSteps = {kScript<101>, kScript<104>, kTypeLibrary};
 
 [[nodiscard]] HRESULT Run(HRESULT (*run)(std::span<const RegistrationStep>, const Registrar&),
                           RegistrationScope scope) {
-    try {
+    return AtBoundary([&] {
         const Registrar registrar(
             scope, {{u"MODULE", Text(Module::Path())}, {u"OLEMISC", Text(std::to_wstring(kControlMiscStatus))}});
         return run(kSteps, registrar);
-    } catch (const _com_error& error) {
-        return error.Error();
-    } catch (const std::bad_alloc&) {
-        return E_OUTOFMEMORY;
-    }
+    });
 }
 
 }  // namespace

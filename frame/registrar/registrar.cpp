@@ -1,8 +1,7 @@
 #include "frame/registrar/registrar.hpp"
 
-#include <new>
-
 #include "com/ansi_text.hpp"
+#include "com/boundary.hpp"
 #include "com/module.hpp"
 #include "frame/registrar/registry_writer.hpp"
 
@@ -50,10 +49,8 @@ HRESULT Registrar::Run(WORD script, HRESULT (*apply)(const RegistryScript&)) con
     } catch (const RegistryScriptError& error) {
         ReportMistake(script, error);
         return DISP_E_EXCEPTION;
-    } catch (const _com_error& error) {
-        return error.Error();
-    } catch (const std::bad_alloc&) {
-        return E_OUTOFMEMORY;
+    } catch (...) {
+        return CaughtHResult();
     }
 }
 

@@ -84,12 +84,21 @@ class ValueWriter {
 [[nodiscard]] LSTATUS WriteAll(HKEY key, std::span<const RegistryEntry> entries);
 [[nodiscard]] LSTATUS RemoveAll(HKEY key, std::span<const RegistryEntry> entries);
 
+// What a key is opened for: to change its values where the script has some for it, else only to go through it. Whether
+// its subkeys may be created and deleted is decided by the keys' own rights, not by those of the handle.
+[[nodiscard]] REGSAM AccessFor(const RegistryEntry& entry) noexcept {
+    const bool has_values = entry.data || std::ranges::any_of(entry.entries, [](const RegistryEntry& child) {
+                                return child.kind == RegistryEntryKind::kValue;
+                            });
+    return has_values ? KEY_READ | KEY_SET_VALUE : KEY_READ;
+}
+
 [[nodiscard]] LSTATUS WriteKey(HKEY parent, const RegistryEntry& entry) {
     LSTATUS status = entry.force_remove ? DeleteTree(parent, entry.name) : ERROR_SUCCESS;
     RegistryKey key;
     if (status == ERROR_SUCCESS) {
         status = ::RegCreateKeyExW(parent, Wide(entry.name).c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE,
-                                   KEY_READ | KEY_WRITE, nullptr, key.Receive(), nullptr);
+                                   AccessFor(entry), nullptr, key.Receive(), nullptr);
     }
     if (status == ERROR_SUCCESS && entry.data) {
         status = std::visit(ValueWriter(key.Get(), {}), *entry.data);
@@ -130,7 +139,7 @@ class ValueWriter {
         return DeleteTree(parent, entry.name);
     }
     RegistryKey key;
-    LSTATUS status = ::RegOpenKeyExW(parent, Wide(entry.name).c_str(), 0, KEY_READ | KEY_WRITE, key.Receive());
+    LSTATUS status = ::RegOpenKeyExW(parent, Wide(entry.name).c_str(), 0, AccessFor(entry), key.Receive());
     if (status != ERROR_SUCCESS) {
         return SuccessIfMissing(status);
     }

@@ -93,7 +93,7 @@ TEST_F(ClassObjects, FailedCreationLeavesNothingAlive) {
     EXPECT_EQ(E_NOINTERFACE, factory->CreateInstance(nullptr, IID_IPersistStreamInit, &object));
     EXPECT_EQ(nullptr, object);
     object = &object;
-    EXPECT_EQ(CLASS_E_NOAGGREGATION, factory->CreateInstance(factory.Get(), IID_IUnknown, &object));
+    EXPECT_EQ(CLASS_E_NOAGGREGATION, factory->CreateInstance(factory.Get(), IID_IDispatch, &object));
     EXPECT_EQ(nullptr, object);
 }
 

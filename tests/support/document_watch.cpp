@@ -16,7 +16,8 @@ constexpr CLSID kDomDocument60 = {0x88D96A05, 0xF192, 0x11D4, {0xA6, 0x5F, 0x00,
 
 class DocumentWatch::ClassObject : public IClassFactory {
   public:
-    using Interfaces = InterfaceTable<Entry<IClassFactory>>;
+    using Row = InterfaceRow<ClassObject>;
+    static constexpr std::array kInterfaces = {Row::Of<IClassFactory>()};
 
     ClassObject(DocumentWatch& watch, ComPtr<IClassFactory> original) : watch_(watch), original_(std::move(original)) {}
 

@@ -29,7 +29,8 @@ HRESULT Record(FakeHost& host, const std::string& method, const std::string& arg
 
 class Processor : public WithoutDispatch<IRequestProcessor> {
   public:
-    using Interfaces = InterfaceTable<Entry<IRequestProcessor>, Entry<IDispatch>>;
+    using Row = InterfaceRow<Processor>;
+    static constexpr std::array kInterfaces = {Row::Of<IRequestProcessor>(), Row::Of<IDispatch>()};
 
     explicit Processor(FakeHost& host) : host_(host) { ++host_.live_processors; }
 
@@ -97,7 +98,8 @@ class Broker final : public WithoutDispatch<IHostObjectBroker> {
 
 class BrokerClassObject : public IClassFactory {
   public:
-    using Interfaces = InterfaceTable<Entry<IClassFactory>>;
+    using Row = InterfaceRow<BrokerClassObject>;
+    static constexpr std::array kInterfaces = {Row::Of<IClassFactory>()};
 
     explicit BrokerClassObject(FakeHost& host) : host_(host), broker_(host) {}
 

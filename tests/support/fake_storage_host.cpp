@@ -21,7 +21,8 @@ void CopyVariant(VARIANT* to, VARIANT from) { EXPECT_EQ(S_OK, ::VariantCopy(to, 
 template <class Interface>
 class Part : public Interface {
   public:
-    using Interfaces = InterfaceTable<Entry<IUnknown, Interface>>;
+    using Row = InterfaceRow<Part>;
+    [[maybe_unused]] static constexpr std::array kInterfaces = {Row::template Of<IUnknown, Interface>()};
 
     explicit Part(FakeStorageHost& host) : host_(host) { ++host_.live_objects; }
 
@@ -238,7 +239,8 @@ class Application final : public IHostApplication, public IHostFolders {
 
 class Locator : public Part<IHostApplicationLocator> {
   public:
-    using Interfaces = InterfaceTable<Entry<IHostApplicationLocator>>;
+    using Row = InterfaceRow<Locator>;
+    static constexpr std::array kInterfaces = {Row::Of<IHostApplicationLocator>()};
 
     Locator(FakeStorageHost& host, Application& application) : Part(host), application_(application) {}
 
@@ -261,7 +263,8 @@ class Locator : public Part<IHostApplicationLocator> {
 
 class LocatorClassObject : public IClassFactory {
   public:
-    using Interfaces = InterfaceTable<Entry<IClassFactory>>;
+    using Row = InterfaceRow<LocatorClassObject>;
+    static constexpr std::array kInterfaces = {Row::Of<IClassFactory>()};
 
     LocatorClassObject(FakeStorageHost& host, Application& application) : host_(host), application_(application) {}
 

@@ -10,7 +10,8 @@ namespace paylodge::test {
 // Sees every block of the task allocator; `is_counted` is false for blocks that are older than the spy.
 class LiveAllocations::Spy : public IMallocSpy {
   public:
-    using Interfaces = InterfaceTable<Entry<IMallocSpy>>;
+    using Row = InterfaceRow<Spy>;
+    static constexpr std::array kInterfaces = {Row::Of<IMallocSpy>()};
 
     explicit Spy(int& count) : count_(count) {}
 

@@ -10,7 +10,8 @@ namespace {
 
 class MissingClassObject : public IClassFactory {
   public:
-    using Interfaces = InterfaceTable<Entry<IClassFactory>>;
+    using Row = InterfaceRow<MissingClassObject>;
+    static constexpr std::array kInterfaces = {Row::Of<IClassFactory>()};
 
     STDMETHODIMP CreateInstance(IUnknown*, REFIID, void** object) override {
         *object = nullptr;

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "com/object_root.hpp"
+#include "paylodge.h"
 
 namespace paylodge::test {
 
@@ -45,8 +46,10 @@ class Record {
 // The frame window's object.
 class RecordingFrame : public IOleInPlaceFrame {
   public:
-    using Interfaces = InterfaceTable<Entry<IOleInPlaceFrame>, Entry<IOleInPlaceUIWindow, IOleInPlaceFrame>,
-                                      Entry<IOleWindow, IOleInPlaceFrame>>;
+    using Row = InterfaceRow<RecordingFrame>;
+    static constexpr std::array kInterfaces = {Row::Of<IOleInPlaceFrame>(),
+                                               Row::Of<IOleInPlaceUIWindow, IOleInPlaceFrame>(),
+                                               Row::Of<IOleWindow, IOleInPlaceFrame>()};
     explicit RecordingFrame(Record& record) : record_(record) {}
 
     STDMETHODIMP GetWindow(HWND* /*window*/) override { return E_NOTIMPL; }
@@ -86,9 +89,17 @@ class RecordingSite : public IOleClientSite,
                       public IAdviseSinkEx,
                       public IServiceProvider {
   public:
-    using Interfaces = InterfaceTable<Entry<IOleClientSite>, Entry<IOleInPlaceSite>, Entry<IOleWindow, IOleInPlaceSite>,
-                                      Entry<IOleControlSite>, Entry<IDispatch>, Entry<IAdviseSinkEx>,
-                                      Entry<IAdviseSink, IAdviseSinkEx>, Entry<IServiceProvider>>;
+    using Row = InterfaceRow<RecordingSite>;
+    static constexpr std::array kInterfaces = {
+        Row::Of<IOleClientSite>(),
+        Row::Of<IOleInPlaceSite>(),
+        Row::Of<IOleWindow, IOleInPlaceSite>(),
+        Row::Of<IOleControlSite>(),
+        Row::Of<IDispatch>(),
+        Row::Of<IAdviseSinkEx>(),
+        Row::Of<IAdviseSink, IAdviseSinkEx>(),
+        Row::Of<IServiceProvider>(),
+    };
     explicit RecordingSite(Record& record) : frame(ComObject<RecordingFrame>::Create(record)), record_(record) {}
 
     // Client site
@@ -248,13 +259,16 @@ class RecordingSink : public IDispatch {
     bool is_call_as_documented = false;
     std::vector<std::wstring> arguments;
 
-    struct Interfaces {
-        template <class Class>
-        [[nodiscard]] static void* Find(Class* object, REFIID id) noexcept {
-            const bool answers = IsEqualIID(id, IID_IUnknown) || IsEqualIID(id, IID_IDispatch) ||
-                                 IsEqualIID(id, object->event_interface_);
-            return answers ? static_cast<IDispatch*>(object) : nullptr;
-        }
+    // Of the event interfaces, the sink has the one that it was made for.
+    template <const IID* id>
+    [[nodiscard]] static void* AsEventInterface(RecordingSink* sink) noexcept {
+        return IsEqualIID(*id, sink->event_interface_) ? static_cast<IDispatch*>(sink) : nullptr;
+    }
+    using Row = InterfaceRow<RecordingSink>;
+    static constexpr std::array kInterfaces = {
+        Row::Of<IDispatch>(),
+        Row{&DIID__IPaylodgeCtrlEvents, &AsEventInterface<&DIID__IPaylodgeCtrlEvents>},
+        Row{&IID_IPropertyNotifySink, &AsEventInterface<&IID_IPropertyNotifySink>},
     };
 
   protected:

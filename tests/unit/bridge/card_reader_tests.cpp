@@ -187,7 +187,7 @@ TEST_F(CardReaderAndServices, GoOnAfterScriptCallsThatFreeTheLibrary) {
     for (int round = 0; round < 3; ++round) {
         EXPECT_EQ(control_.ConnectDevice(), S_OK);
         EXPECT_EQ(control_.ExecuteJavaScript(Argument(L"a"), 0, Argument(L"fn")), S_OK);
-        EXPECT_FALSE(g_hBridgeModule);
+        EXPECT_EQ(g_hBridgeModule, nullptr);
         EXPECT_TRUE(IsBridgeLoaded());
     }
     EXPECT_EQ(bridge_.calls.size(), 6U);

@@ -56,7 +56,7 @@ class StartStateReader : public ::testing::Environment {
                          .has_browser_instance_string = static_cast<bool>(g_bstrBrowserInstance),
                          .browser_instance = std::wstring(View(g_bstrBrowserInstance)),
                          .has_notification_data = HasNotificationData(),
-                         .has_bridge_library = static_cast<bool>(g_hBridgeModule)};
+                         .has_bridge_library = g_hBridgeModule != nullptr};
     }
 };
 

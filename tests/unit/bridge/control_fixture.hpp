@@ -78,7 +78,8 @@ class LibraryFolder {
 // A sink of the control's events.
 class EventSink : public WithoutDispatch<_IPaylodgeCtrlEvents> {
   public:
-    using Interfaces = InterfaceTable<Entry<_IPaylodgeCtrlEvents>, Entry<IDispatch>>;
+    using Row = InterfaceRow<EventSink>;
+    static constexpr std::array kInterfaces = {Row::Of<_IPaylodgeCtrlEvents>(), Row::Of<IDispatch>()};
 
     // Events are appended to the list, such as `a: 4("p1", "2024-01-31", bool -1)`: arguments in the event's own order.
     EventSink(const wchar_t* name, std::vector<std::wstring>& events) : name_(name), events_(events) {}

@@ -18,7 +18,8 @@ constexpr CLSID kJScript = {0xf414c260, 0x6ac0, 0x11cf, {0xb6, 0xd1, 0x00, 0xaa,
 // The engine's host: it has no objects of its own, and learns of errors by their codes.
 class Site : public IActiveScriptSite {
   public:
-    using Interfaces = InterfaceTable<Entry<IActiveScriptSite>>;
+    using Row = InterfaceRow<Site>;
+    static constexpr std::array kInterfaces = {Row::Of<IActiveScriptSite>()};
 
     STDMETHODIMP GetLCID(LCID*) override { return E_NOTIMPL; }
     STDMETHODIMP GetItemInfo(LPCOLESTR, DWORD, IUnknown**, ITypeInfo**) override { return TYPE_E_ELEMENTNOTFOUND; }

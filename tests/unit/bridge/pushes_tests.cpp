@@ -76,7 +76,7 @@ constexpr auto kNoExceptionsBetweenModules =
 // What an exception that left a script has to leave behind.
 void ExpectNoLibrary() {
     EXPECT_FALSE(IsBridgeLoaded());
-    EXPECT_FALSE(g_hBridgeModule);
+    EXPECT_EQ(g_hBridgeModule, nullptr);
 }
 
 // The first control is subscribed, and the bridge library is there.
@@ -692,7 +692,7 @@ TEST_F(ScriptCalls, LoadTheLibraryForTheirOwnTimeOnly) {
         EXPECT_EQ(Execute(L"a", 0, L"fn"), S_OK);
         EXPECT_TRUE(is_loaded);
         EXPECT_FALSE(IsBridgeLoaded());
-        EXPECT_FALSE(g_hBridgeModule);
+        EXPECT_EQ(g_hBridgeModule, nullptr);
     }
 }
 
@@ -713,7 +713,7 @@ TEST_F(ScriptCalls, FailWithoutTheFunctionAndFreeTheLibrary) {
     const LibraryFolder without_functions(L"without_functions");
     EXPECT_EQ(Execute(L"a", 0, L"fn"), E_FAIL);
     EXPECT_FALSE(IsBridgeLoaded());
-    EXPECT_FALSE(g_hBridgeModule);
+    EXPECT_EQ(g_hBridgeModule, nullptr);
 }
 
 TEST_F(ScriptCalls, FailWhenTheirTextCannotBeMadeAndFreeTheLibrary) {

@@ -86,15 +86,15 @@ TEST(ReconPaymentScript, EscapesLineFeedsOfThePaymentDataOnly) {
 }
 
 TEST(NamesBrowserInstance, IsTrueForAnyOtherTextThanEmptyAndUndefined) {
-    for (const char* const identifier :
-         {"1", "browser", " ", "undefined ", " undefined", "undefine", "undefinedd", "0", "null", "undef\xEFned"}) {
-        EXPECT_TRUE(NamesBrowserInstance(identifier)) << identifier;
+    for (const wchar_t* const identifier : {L"1", L"browser", L" ", L"undefined ", L" undefined", L"undefine",
+                                            L"undefinedd", L"0", L"null", L"undef\u00EFned", L"\uFF35ndefined"}) {
+        EXPECT_TRUE(NamesBrowserInstance(identifier)) << testing::PrintToString(identifier);
     }
 }
 
 TEST(NamesBrowserInstance, IsFalseForEmptyAndForUndefinedInAnyLetterCase) {
-    for (const char* const identifier : {"", "undefined", "UNDEFINED", "Undefined", "uNdEfInEd"}) {
-        EXPECT_FALSE(NamesBrowserInstance(identifier)) << identifier;
+    for (const wchar_t* const identifier : {L"", L"undefined", L"UNDEFINED", L"Undefined", L"uNdEfInEd"}) {
+        EXPECT_FALSE(NamesBrowserInstance(identifier)) << testing::PrintToString(identifier);
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <objidl.h>
+#include <ocidl.h>
 
 #include <array>
 #include <limits>
@@ -16,7 +17,8 @@ constexpr CLSID kOtherClass = {0x1B0B0A42, 0x7C1E, 0x4B0B, {0x9A, 0x0E, 0x3C, 0x
 template <const CLSID* id>
 class Example : public CComCoClass<Example<id>, id>, public IPersist {
   public:
-    using Interfaces = InterfaceTable<Entry<IPersist>>;
+    using Row = InterfaceRow<Example>;
+    static constexpr std::array kInterfaces = {Row::template Of<IPersist>()};
     STDMETHODIMP GetClassID(CLSID* class_id) override {
         *class_id = *id;
         return S_OK;
@@ -108,10 +110,102 @@ TEST_F(ClassObject, CreationFailsWithANullResultAndNothingAlive) {
     EXPECT_EQ(E_NOINTERFACE, factory->CreateInstance(nullptr, IID_IDispatch, &found));
     EXPECT_EQ(nullptr, found);
     found = &found;
-    EXPECT_EQ(CLASS_E_NOAGGREGATION, factory->CreateInstance(factory.Get(), IID_IUnknown, &found));
+    EXPECT_EQ(CLASS_E_NOAGGREGATION, factory->CreateInstance(factory.Get(), __uuidof(IPersist), &found));
     EXPECT_EQ(nullptr, found);
     EXPECT_EQ(E_POINTER, factory->CreateInstance(nullptr, IID_IUnknown, nullptr));
     EXPECT_EQ(1, Module::References());
+}
+
+// An object that another one is part of: it answers for all interfaces, its own and the part's.
+class Outer : public IOleWindow {
+  public:
+    using Row = InterfaceRow<Outer>;
+    static constexpr std::array kInterfaces = {Row::Of<IOleWindow>()};
+    STDMETHODIMP GetWindow(HWND*) override { return E_NOTIMPL; }
+    STDMETHODIMP ContextSensitiveHelp(BOOL) override { return E_NOTIMPL; }
+
+    // The part's inner IUnknown.
+    ComPtr<IUnknown> part;
+
+  protected:
+    ~Outer() = default;
+};
+
+class OuterObject final : public Outer {
+  public:
+    STDMETHODIMP QueryInterface(REFIID id, void** object) override {
+        const HRESULT result = QueryInterfaceOf(static_cast<Outer*>(this), id, object);
+        return result == E_NOINTERFACE && part ? part->QueryInterface(id, object) : result;
+    }
+    STDMETHODIMP_(ULONG) AddRef() override { return ++references; }
+    STDMETHODIMP_(ULONG) Release() override { return --references; }
+
+    ULONG references = 1;
+};
+
+class Aggregation : public ClassObject {
+  protected:
+    Aggregation() {
+        EXPECT_EQ(S_OK, Get(kExampleClass, IID_IClassFactory, factory.ReceiveVoid()));
+        EXPECT_EQ(S_OK, factory->CreateInstance(&outer, IID_IUnknown, outer.part.ReceiveVoid()));
+        factory.Reset();
+    }
+    ~Aggregation() override {
+        EXPECT_EQ(1U, outer.references);
+        outer.part.Reset();
+    }
+
+    OuterObject outer;
+};
+
+TEST_F(Aggregation, GivesTheInnerUnknownWithOneReference) {
+    ASSERT_TRUE(outer.part);
+    EXPECT_EQ(2U, outer.part->AddRef());
+    EXPECT_EQ(1U, outer.part->Release());
+    EXPECT_EQ(1U, outer.references) << "a part holds no reference to the whole";
+    ComPtr<IUnknown> inner;
+    EXPECT_EQ(S_OK, outer.part.As(inner));
+    EXPECT_EQ(outer.part.Get(), inner.Get());
+}
+
+TEST_F(Aggregation, InterfacesOfThePartCountAndAnswerAsTheWhole) {
+    ComPtr<IPersist> persist;
+    ASSERT_EQ(S_OK, outer.QueryInterface(__uuidof(IPersist), persist.ReceiveVoid()));
+    EXPECT_EQ(2U, outer.references);
+    EXPECT_EQ(3U, persist->AddRef());
+    EXPECT_EQ(2U, persist->Release());
+    EXPECT_EQ(2U, outer.part->AddRef()) << "the inner count has not moved";
+    outer.part->Release();
+
+    ComPtr<IUnknown> identity;
+    ASSERT_EQ(S_OK, persist.As(identity));
+    EXPECT_EQ(static_cast<IUnknown*>(&outer), identity.Get());
+    ComPtr<IOleWindow> window;
+    EXPECT_EQ(S_OK, persist.As(window));
+    ComPtr<IDispatch> none;
+    EXPECT_EQ(E_NOINTERFACE, persist.As(none));
+}
+
+TEST_F(Aggregation, InnerUnknownAnswersForThePartAlone) {
+    void* found = &found;
+    EXPECT_EQ(E_NOINTERFACE, outer.part->QueryInterface(__uuidof(IOleWindow), &found));
+    EXPECT_EQ(nullptr, found);
+    EXPECT_EQ(E_POINTER, outer.part->QueryInterface(IID_IUnknown, nullptr));
+    EXPECT_EQ(E_POINTER, outer.part->QueryInterface(__uuidof(IPersist), nullptr));
+}
+
+TEST_F(Aggregation, PartHoldsTheModule) {
+    EXPECT_EQ(1, Module::References());
+    outer.part.Reset();
+    EXPECT_EQ(0, Module::References());
+}
+
+TEST_F(Aggregation, PartWorks) {
+    ComPtr<IPersist> persist;
+    ASSERT_EQ(S_OK, outer.QueryInterface(__uuidof(IPersist), persist.ReceiveVoid()));
+    CLSID class_id = CLSID_NULL;
+    EXPECT_EQ(S_OK, persist->GetClassID(&class_id));
+    EXPECT_TRUE(IsEqualCLSID(kExampleClass, class_id));
 }
 
 TEST(Module, RaisesAComErrorForEveryAllocationThatFails) {

@@ -2,13 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "com/ansi_text.hpp"
 #include "com/object_root.hpp"
 #include "com/variant.hpp"
-#include "paylodge.h"
+#include "paylodge_methods.hpp"
 #include "tests/support/platform.hpp"
 
 namespace paylodge {
@@ -18,14 +20,18 @@ namespace {
 template <class Dispatch>
 class Example : public Dispatch {
   public:
-    using Interfaces = InterfaceTable<Entry<IPaylodge>, Entry<IDispatch>>;
+    using Row = InterfaceRow<Example>;
+    static constexpr std::array kInterfaces = {Row::template Of<IPaylodge>(), Row::template Of<IDispatch>()};
 
     STDMETHODIMP GetAccounts(BSTR type, BSTR* names) override {
         calls.push_back("GetAccounts " + AnsiFromBstr(type));
         *names = MakeBstr(L"names").Detach();
         return result;
     }
-    STDMETHODIMP GetItems(BSTR*) override { return Call("GetItems"); }
+    STDMETHODIMP GetItems(BSTR*) override {
+        raise();
+        return Call("GetItems");
+    }
     STDMETHODIMP CreateTxns(BSTR requests, VARIANT_BOOL full, BSTR*) override {
         calls.push_back("CreateTxns " + AnsiFromBstr(requests) + " " + std::to_string(full));
         return result;
@@ -44,6 +50,7 @@ class Example : public Dispatch {
 
     std::vector<std::string> calls;
     HRESULT result = S_OK;
+    std::function<void()> raise = [] {};
 
   protected:
     ~Example() = default;
@@ -182,6 +189,39 @@ TEST_F(DispatchImpl, FailureIsAnExceptionWithItsCode) {
     EXPECT_EQ(DISP_E_EXCEPTION, Invoke(7, {arguments, nullptr, 2, 0}, nullptr, &exception));
     EXPECT_EQ(object->result, exception.scode);
     EXPECT_EQ(nullptr, exception.bstrDescription);
+}
+
+// The platform's code between a script and the member is not made for exceptions.
+TEST_F(DispatchImpl, MemoryThatRunsOutIsReturnedToScripts) {
+    OwnedVariant result;
+    object->raise = [] { throw std::bad_alloc(); };
+    EXPECT_EQ(E_OUTOFMEMORY, Invoke(2, {}, result.Receive()));
+    object->raise = [] { _com_issue_error(E_OUTOFMEMORY); };
+    EXCEPINFO exception{};
+    EXPECT_EQ(E_OUTOFMEMORY, Invoke(2, {}, result.Receive(), &exception));
+    object->raise = [] { static_cast<void>(std::string(std::string().max_size(), 'x')); };
+    EXPECT_EQ(E_OUTOFMEMORY, Invoke(2, {}, result.Receive()));
+    EXPECT_EQ(VT_EMPTY, result.Type());
+    EXPECT_TRUE(object->calls.empty());
+}
+
+TEST_F(DispatchImpl, ComErrorThatAMemberRaisesIsAnExceptionWithItsCode) {
+    object->raise = [] { _com_issue_error(DISP_E_OVERFLOW); };
+    EXCEPINFO exception{};
+    EXPECT_EQ(DISP_E_EXCEPTION, Invoke(2, {}, nullptr, &exception));
+    EXPECT_EQ(DISP_E_OVERFLOW, exception.scode);
+}
+
+TEST_F(DispatchImpl, AnythingElseThatAMemberRaisesIsUnexpected) {
+    object->raise = [] { throw std::runtime_error("unexpected"); };
+    EXCEPINFO exception{};
+    EXPECT_EQ(DISP_E_EXCEPTION, Invoke(2, {}, nullptr, &exception));
+    EXPECT_EQ(E_UNEXPECTED, exception.scode);
+}
+
+TEST_F(DispatchImpl, CallersOfTheSlotGetWhatAMemberRaises) {
+    object->raise = [] { _com_issue_error(E_OUTOFMEMORY); };
+    EXPECT_THROW(object->GetItems(nullptr), _com_error);
 }
 
 TEST_F(DispatchImpl, ErrorOfAnEarlierCallIsNotTakenForThisOne) {

@@ -12,7 +12,9 @@ int g_destroyed = 0;
 // Three interfaces, one of them through another that extends it.
 class Example : public IPersistStream, public IOleWindow {
   public:
-    using Interfaces = InterfaceTable<Entry<IPersistStream>, Entry<IPersist, IPersistStream>, Entry<IOleWindow>>;
+    using Row = InterfaceRow<Example>;
+    static constexpr std::array kInterfaces = {Row::Of<IPersistStream>(), Row::Of<IPersist, IPersistStream>(),
+                                               Row::Of<IOleWindow>()};
 
     STDMETHODIMP GetClassID(CLSID*) override { return S_OK; }
     STDMETHODIMP IsDirty() override { return S_OK; }
@@ -95,6 +97,54 @@ TEST_F(ObjectRoot, QueryWithoutASlotIsEPointer) {
     const auto object = ComObject<Example>::Create();
     EXPECT_EQ(E_POINTER, object->QueryInterface(IID_IUnknown, nullptr));
     EXPECT_EQ(E_POINTER, object->QueryInterface(IID_IDispatch, nullptr));
+}
+
+// What an object does at the end of its life is noted here, with the references to the module at that moment.
+struct EndOfLife {
+    LONG in_final_release = 0;
+    LONG in_destructor = 0;
+    ULONG left_by_caller = 0;
+};
+EndOfLife g_end;
+
+// Somebody whom the object holds, and who calls it back when it is released.
+class Neighbour {
+  public:
+    void Release(IPersistStream& object) {
+        object.AddRef();
+        ComPtr<IPersist> persist;
+        EXPECT_EQ(S_OK, object.QueryInterface(__uuidof(IPersist), persist.ReceiveVoid()));
+        CLSID id;
+        EXPECT_EQ(S_OK, persist->GetClassID(&id));
+        persist.Reset();
+        g_end.left_by_caller = object.Release();
+    }
+};
+
+class Careful : public Example {
+  public:
+    void FinalRelease() {
+        g_end.in_final_release = Module::References();
+        Neighbour().Release(*this);
+    }
+
+  protected:
+    ~Careful() { g_end.in_destructor = Module::References(); }
+};
+
+TEST_F(ObjectRoot, ObjectIsWholeAndHoldsTheModuleWhileItsLastReferenceGoes) {
+    g_end = {};
+    EXPECT_EQ(0U, ComObject<Careful>::Create().Detach()->Release());
+    EXPECT_EQ(1, g_destroyed) << "not a second time, by the neighbour's release";
+    EXPECT_GE(g_end.in_final_release, 1);
+    EXPECT_EQ(1U, g_end.left_by_caller);
+}
+
+TEST_F(ObjectRoot, HoldsTheModuleUntilItsDestructorHasRunToTheEnd) {
+    g_end = {};
+    EXPECT_EQ(0U, ComObject<Careful>::Create().Detach()->Release());
+    EXPECT_GE(g_end.in_destructor, 1);
+    EXPECT_EQ(0, Module::References());
 }
 
 }  // namespace

@@ -11,7 +11,8 @@ namespace {
 
 class Example : public IObjectWithSiteImpl<Example> {
   public:
-    using Interfaces = InterfaceTable<Entry<IObjectWithSite>>;
+    using Row = InterfaceRow<Example>;
+    static constexpr std::array kInterfaces = {Row::Of<IObjectWithSite>()};
 
   protected:
     ~Example() = default;

@@ -151,7 +151,8 @@ TEST(Bstr, LackOfMemoryIsRaised) {
 
 class Lock : public IClassFactory {
   public:
-    using Interfaces = InterfaceTable<Entry<IClassFactory>>;
+    using Row = InterfaceRow<Lock>;
+    static constexpr std::array kInterfaces = {Row::Of<IClassFactory>()};
 
     STDMETHODIMP CreateInstance(IUnknown*, REFIID, void**) override { return E_NOTIMPL; }
     STDMETHODIMP LockServer(BOOL) override { return S_OK; }

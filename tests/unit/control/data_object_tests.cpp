@@ -38,17 +38,19 @@ TEST_F(DataObject, RendersTheControlAsAMetafileOfItsExtent) {
     EXPECT_EQ(2540, picture->xExt);
     EXPECT_EQ(1270, picture->yExt);
 
-    // Played at another size than the one it was recorded at.
+    // Played at the size that it was recorded at: the clip region of the drawing is recorded in pixels.
     DrawingSurface surface(200, 100);
+    const int width = ::MulDiv(2540, ::GetDeviceCaps(surface.Dc(), LOGPIXELSX), 2540);
+    const int height = ::MulDiv(1270, ::GetDeviceCaps(surface.Dc(), LOGPIXELSY), 2540);
     ::SetMapMode(surface.Dc(), MM_ANISOTROPIC);
-    ::SetViewportExtEx(surface.Dc(), 100, 50, nullptr);
+    ::SetViewportExtEx(surface.Dc(), width, height, nullptr);
     EXPECT_TRUE(::PlayMetaFile(surface.Dc(), picture->hMF));
     const RECT drawn =
         surface.Around(surface.All(), [](COLORREF pixel) { return pixel != DrawingSurface::kUntouched; });
     EXPECT_EQ(0, drawn.left);
     EXPECT_EQ(0, drawn.top);
-    EXPECT_NEAR(100, drawn.right, 1);
-    EXPECT_NEAR(50, drawn.bottom, 1);
+    EXPECT_NEAR(width, drawn.right, 1);
+    EXPECT_NEAR(height, drawn.bottom, 1);
     ::GlobalUnlock(medium.hMetaFilePict);
     ::ReleaseStgMedium(&medium);
 }

@@ -49,28 +49,30 @@ class TestControl
   public:
     using Events = IConnectionPointImpl<TestControl, &DIID__IPaylodgeCtrlEvents>;
     using ConnectionPoints = ConnectionPointTable<Events, IPropertyNotifySinkCP<TestControl>>;
-    using Interfaces = InterfaceTable<                          //
-        Entry<IOleObject>,                                      //
-        Entry<IOleControl>,                                     //
-        Entry<IPersistStreamInit>,                              //
-        Entry<IPersist, IPersistStreamInit>,                    //
-        Entry<IPersistStorage>,                                 //
-        Entry<IOleInPlaceActiveObject>,                         //
-        Entry<IOleInPlaceObjectWindowless>,                     //
-        Entry<IOleInPlaceObject, IOleInPlaceObjectWindowless>,  //
-        Entry<IOleWindow, IOleInPlaceObjectWindowless>,         //
-        Entry<IViewObjectEx>,                                   //
-        Entry<IViewObject2, IViewObjectEx>,                     //
-        Entry<IViewObject, IViewObjectEx>,                      //
-        Entry<IConnectionPointContainer>,                       //
-        Entry<IObjectWithSite>,                                 //
-        Entry<IServiceProvider>,                                //
-        Entry<ISpecifyPropertyPages>,                           //
-        Entry<IQuickActivate>,                                  //
-        Entry<IDataObject>,                                     //
-        Entry<IProvideClassInfo2>,                              //
-        Entry<IProvideClassInfo, IProvideClassInfo2>,           //
-        Entry<IObjectSafety>>;
+    using Row = InterfaceRow<TestControl>;
+    static constexpr std::array kInterfaces = {
+        Row::Of<IOleObject>(),
+        Row::Of<IOleControl>(),
+        Row::Of<IPersistStreamInit>(),
+        Row::Of<IPersist, IPersistStreamInit>(),
+        Row::Of<IPersistStorage>(),
+        Row::Of<IOleInPlaceActiveObject>(),
+        Row::Of<IOleInPlaceObjectWindowless>(),
+        Row::Of<IOleInPlaceObject, IOleInPlaceObjectWindowless>(),
+        Row::Of<IOleWindow, IOleInPlaceObjectWindowless>(),
+        Row::Of<IViewObjectEx>(),
+        Row::Of<IViewObject2, IViewObjectEx>(),
+        Row::Of<IViewObject, IViewObjectEx>(),
+        Row::Of<IConnectionPointContainer>(),
+        Row::Of<IObjectWithSite>(),
+        Row::Of<IServiceProvider>(),
+        Row::Of<ISpecifyPropertyPages>(),
+        Row::Of<IQuickActivate>(),
+        Row::Of<IDataObject>(),
+        Row::Of<IProvideClassInfo2>(),
+        Row::Of<IProvideClassInfo, IProvideClassInfo2>(),
+        Row::Of<IObjectSafety>(),
+    };
 
     static constexpr DWORD kMiscStatus = OLEMISC_RECOMPOSEONRESIZE | OLEMISC_CANTLINKINSIDE | OLEMISC_INSIDEOUT |
                                          OLEMISC_ACTIVATEWHENVISIBLE | OLEMISC_SETCLIENTSITEFIRST;

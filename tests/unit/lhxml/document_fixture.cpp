@@ -10,10 +10,8 @@ ComPtr<IXMLDOMNode> TopElement(std::string_view text) {
     std::string error;
     const auto document = LoadXmlDocument(text, error);
     EXPECT_TRUE(document) << error;
-    ComPtr<IXMLDOMNode> top = FirstChild(document.Get());
-    while (top && !IsElement(top.Get())) {
-        top = NextSibling(top.Get());
-    }
+    ComPtr<IXMLDOMNode> top;
+    EXPECT_EQ(S_OK, FindFirstChildElement(document.Get(), top));
     EXPECT_TRUE(top) << text;
     return top;
 }

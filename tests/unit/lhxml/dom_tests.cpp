@@ -4,6 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <functional>
+#include <initializer_list>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -233,7 +236,8 @@ TEST_F(Dom, FirstElementStandsBelowTheNode) {
 
 TEST_F(Dom, FirstElementIsNotSoughtBehindTheNode) {
     const auto top = TopElement("<A><X><Y/></X><B/></A>");
-    const auto below = FirstChild(top.Get());
+    ComPtr<IXMLDOMNode> below;
+    ASSERT_EQ(S_OK, FindFirstChildElement(top.Get(), below));
     ComPtr<IXMLDOMNode> element;
     EXPECT_EQ(S_OK, FindFirstElement(below.Get(), L"B", element));
     EXPECT_FALSE(element);
@@ -270,31 +274,66 @@ TEST_F(Dom, FirstElementNeedsANode) {
     EXPECT_FALSE(element);
 }
 
+// The text of the element that FindResponseElement finds, or "none".
+[[nodiscard]] std::string ResponseText(std::string_view response, std::wstring_view name) {
+    ComPtr<IXMLDOMNode> element;
+    EXPECT_EQ(S_OK, FindResponseElement(response, name, element));
+    return element ? TextOf(element.Get()) : "none";
+}
+
 TEST_F(Dom, ResponseElementIsFoundAnywhere) {
-    EXPECT_EQ("1", TextOf(FindResponseElement("<A><B><C>1</C></B></A>", L"C").Get()));
-    EXPECT_EQ("1", TextOf(FindResponseElement("<C>1</C>", L"C").Get()));
+    EXPECT_EQ("1", ResponseText("<A><B><C>1</C></B></A>", L"C"));
+    EXPECT_EQ("1", ResponseText("<C>1</C>", L"C"));
 }
 
 TEST_F(Dom, ResponseElementIsEmptyWhenThereIsNone) {
-    EXPECT_FALSE(FindResponseElement("<A/>", L"C"));
-    EXPECT_FALSE(FindResponseElement("<A><C></A>", L"C"));
-    EXPECT_FALSE(FindResponseElement("", L"C"));
+    EXPECT_EQ("none", ResponseText("<A/>", L"C"));
+    EXPECT_EQ("none", ResponseText("<A><C></A>", L"C"));
+    EXPECT_EQ("none", ResponseText("", L"C"));
 }
+
+// The names of the children that a walk visits, until `visit` returns something else than S_OK for one.
+using Names = std::vector<std::string>;
+[[nodiscard]] Names VisitedNames(IXMLDOMNode* node, HRESULT expected, const std::function<HRESULT(size_t)>& visit) {
+    Names names;
+    EXPECT_EQ(expected, VisitChildren(node, [&](IXMLDOMNode* child) {
+                  names.push_back(NameOf(child));
+                  return visit(names.size());
+              }));
+    return names;
+}
+constexpr auto kGoOn = [](size_t) { return S_OK; };
 
 TEST_F(Dom, WalkVisitsEveryChildAndEnds) {
     const auto top = TopElement("<A><B/><!--c--><D/></A>");
-    std::vector<std::string> names;
-    for (auto child = FirstChild(top.Get()); child; child = NextSibling(child.Get())) {
-        names.push_back(NameOf(child.Get()));
-    }
-    EXPECT_EQ((std::vector<std::string>{"B", "#comment", "D"}), names);
+    EXPECT_EQ((Names{"B", "#comment", "D"}), VisitedNames(top.Get(), S_OK, kGoOn));
 }
 
-TEST_F(Dom, WalkEndsOnNullAndOnFailure) {
-    EXPECT_FALSE(FirstChild(nullptr));
-    EXPECT_FALSE(NextSibling(nullptr));
-    EXPECT_FALSE(FirstChild(MakeFakeNode({}).Get()));
-    EXPECT_FALSE(NextSibling(MakeFakeNode({}).Get()));
+TEST_F(Dom, WalkEndsWhenItsVisitorHasSeenEnoughOrFails) {
+    const auto top = TopElement("<A><B/><C/><D/></A>");
+    EXPECT_EQ((Names{"B", "C"}),
+              VisitedNames(top.Get(), S_OK, [](size_t count) { return count == 2 ? S_FALSE : S_OK; }));
+    EXPECT_EQ((Names{"B"}), VisitedNames(top.Get(), E_ABORT, [](size_t) { return E_ABORT; }));
+}
+
+TEST_F(Dom, WalkOverNothingVisitsNothing) {
+    EXPECT_EQ(Names(), VisitedNames(nullptr, S_OK, kGoOn));
+    EXPECT_EQ(Names(), VisitedNames(TopElement("<A/>").Get(), S_OK, kGoOn));
+}
+
+TEST_F(Dom, WalkReturnsTheFailureOfTheDom) {
+    EXPECT_EQ(Names(), VisitedNames(MakeFakeNode({}).Get(), E_NOTIMPL, kGoOn));
+}
+
+[[nodiscard]] bool IsElement(IXMLDOMNode* node) {
+    bool is_element = true;
+    EXPECT_EQ(S_OK, TestElement(node, is_element));
+    return is_element;
+}
+[[nodiscard]] bool IsElement(IXMLDOMNode* node, std::wstring_view name) {
+    bool is_element = true;
+    EXPECT_EQ(S_OK, TestElement(node, name, is_element));
+    return is_element;
 }
 
 TEST_F(Dom, ElementsAreToldFromOtherNodes) {
@@ -302,32 +341,75 @@ TEST_F(Dom, ElementsAreToldFromOtherNodes) {
     EXPECT_TRUE(IsElement(top.Get()));
     EXPECT_TRUE(IsElement(top.Get(), L"A"));
     EXPECT_FALSE(IsElement(top.Get(), L"a"));
-    EXPECT_FALSE(IsElement(FirstChild(top.Get()).Get()));
-    EXPECT_FALSE(IsElement(FirstChild(top.Get()).Get(), L"A"));
-    EXPECT_FALSE(IsElement(MakeFakeNode({}).Get()));
-    EXPECT_FALSE(IsElement(MakeFakeNode({}).Get(), L"A"));
+    ComPtr<IXMLDOMNode> instruction;
+    ASSERT_EQ(S_OK, top->get_firstChild(instruction.Receive()));
+    EXPECT_FALSE(IsElement(instruction.Get()));
+    EXPECT_FALSE(IsElement(instruction.Get(), L"A"));
+}
+
+TEST_F(Dom, NodeThatCannotBeReadIsNoElement) {
+    bool is_element = true;
+    EXPECT_EQ(E_NOTIMPL, TestElement(MakeFakeNode({}).Get(), is_element));
+    EXPECT_FALSE(is_element);
+    is_element = true;
+    EXPECT_EQ(E_NOTIMPL, TestElement(MakeFakeNode({}).Get(), L"A", is_element));
+    EXPECT_FALSE(is_element);
+}
+
+TEST_F(Dom, FirstChildElementIsTheFirstChildThatIsOne) {
+    const auto top = TopElement("<A>text<?B x?><!--B--><C>1</C><D/></A>");
+    ComPtr<IXMLDOMNode> element;
+    EXPECT_EQ(S_OK, FindFirstChildElement(top.Get(), element));
+    EXPECT_EQ("C", NameOf(element.Get()));
+    ComPtr<IXMLDOMNode> none;
+    EXPECT_EQ(S_OK, FindFirstChildElement(element.Get(), none));
+    EXPECT_FALSE(none);
+    EXPECT_EQ(S_OK, FindFirstChildElement(nullptr, none));
+    EXPECT_FALSE(none);
+}
+
+// The text of the element at the end of a path, or "none".
+[[nodiscard]] std::string PathText(IXMLDOMNode* node, std::initializer_list<std::wstring_view> names) {
+    ComPtr<IXMLDOMNode> element;
+    EXPECT_EQ(S_OK, FindPath(node, std::span(names.begin(), names.size()), element));
+    return element ? TextOf(element.Get()) : "none";
 }
 
 TEST_F(Dom, ChildIsTheFirstOfItsName) {
     const auto top = TopElement("<A><X><B>0</B></X><?B x?><B>1</B><B>2</B></A>");
-    EXPECT_EQ("1", TextOf(FindChild(top.Get(), L"B").Get()));
-    EXPECT_FALSE(FindChild(top.Get(), L"C"));
-    EXPECT_FALSE(FindChild(nullptr, L"B"));
+    EXPECT_EQ("1", PathText(top.Get(), {L"B"}));
+    EXPECT_EQ("none", PathText(top.Get(), {L"C"}));
+    EXPECT_EQ("none", PathText(nullptr, {L"B"}));
+}
+
+TEST_F(Dom, PathLeadsThroughLaterSiblingsToo) {
+    const auto top = TopElement("<A><B><X/></B><B><C>1</C></B><B><C>2</C></B></A>");
+    EXPECT_EQ("1", PathText(top.Get(), {L"B", L"C"}));
+    EXPECT_EQ("none", PathText(top.Get(), {L"C"}));
+    EXPECT_EQ("none", PathText(top.Get(), {L"B", L"C", L"D"}));
+}
+
+template <size_t count>
+[[nodiscard]] std::array<std::string, count> ChildTexts(IXMLDOMNode* node,
+                                                        const std::array<std::wstring_view, count>& names) {
+    std::array<std::string, count> texts;
+    EXPECT_EQ(S_OK, ReadChildTexts(node, names, texts));
+    return texts;
 }
 
 TEST_F(Dom, ChildTextsAreThoseOfTheFirstChildrenWithTheirNames) {
     const auto top = TopElement("<A><!--n--><C>3</C><B>1</B><B>2</B><?D x?><X><E>4</E></X></A>");
     const std::array<std::string, 4> texts = {"1", "3", "", ""};
-    EXPECT_EQ(texts, ReadChildTexts(top.Get(), std::array{L"B"sv, L"C"sv, L"D"sv, L"E"sv}));
+    EXPECT_EQ(texts, ChildTexts(top.Get(), std::array{L"B"sv, L"C"sv, L"D"sv, L"E"sv}));
 }
 
 TEST_F(Dom, ChildTextThatIsEmptyIsNotTakenFromALaterChild) {
     const auto top = TopElement("<A><B/><B>2</B></A>");
-    EXPECT_EQ((std::array<std::string, 1>{}), ReadChildTexts(top.Get(), std::array{L"B"sv}));
+    EXPECT_EQ((std::array<std::string, 1>{}), ChildTexts(top.Get(), std::array{L"B"sv}));
 }
 
 TEST_F(Dom, ChildTextsOfNoNodeAreEmpty) {
-    EXPECT_EQ((std::array<std::string, 1>{}), ReadChildTexts(nullptr, std::array{L"B"sv}));
+    EXPECT_EQ((std::array<std::string, 1>{}), ChildTexts(nullptr, std::array{L"B"sv}));
 }
 
 }  // namespace

@@ -28,7 +28,11 @@ TEST_F(WithoutHost, DocumentCannotBeCreated) {
     }
 }
 
-TEST_F(WithoutHost, ResponseHoldsNoElement) { EXPECT_FALSE(FindResponseElement("<A/>", L"A")); }
+TEST_F(WithoutHost, ResponseHoldsNoElement) {
+    ComPtr<IXMLDOMNode> element;
+    EXPECT_EQ(S_OK, FindResponseElement("<A/>", L"A", element));
+    EXPECT_FALSE(element);
+}
 
 TEST_F(WithoutHost, AddResponseIsRefused) {
     EXPECT_EQ(E_FAIL, CheckAddResponse("<AccountAddRs statusCode='0'/>", L"AccountAddRs"));

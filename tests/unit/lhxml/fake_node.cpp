@@ -12,7 +12,8 @@ namespace {
 // A node that answers nothing.
 class SilentNode : public WithoutDispatch<IXMLDOMNode> {
   public:
-    using Interfaces = InterfaceTable<Entry<IDispatch>>;
+    using Row = InterfaceRow<SilentNode>;
+    static constexpr std::array kInterfaces = {Row::Of<IDispatch>()};
 
     STDMETHODIMP get_nodeName(BSTR*) override { return E_NOTIMPL; }
     STDMETHODIMP get_nodeValue(VARIANT*) override { return E_NOTIMPL; }
@@ -74,7 +75,8 @@ class Attribute : public SilentNode {
 
 class Attributes : public WithoutDispatch<IXMLDOMNamedNodeMap> {
   public:
-    using Interfaces = InterfaceTable<Entry<IDispatch>>;
+    using Row = InterfaceRow<Attributes>;
+    static constexpr std::array kInterfaces = {Row::Of<IDispatch>()};
 
     explicit Attributes(AttributePlan plan) : plan_(std::move(plan)) {}
 

@@ -56,7 +56,8 @@ constexpr HRESULT kRefused = static_cast<HRESULT>(0x80040400);
 
 class SomeObject : public IClassFactory {
   public:
-    using Interfaces = InterfaceTable<Entry<IClassFactory>>;
+    using Row = InterfaceRow<SomeObject>;
+    static constexpr std::array kInterfaces = {Row::Of<IClassFactory>()};
 
     STDMETHODIMP CreateInstance(IUnknown*, REFIID, void**) override { return E_NOTIMPL; }
     STDMETHODIMP LockServer(BOOL) override { return E_NOTIMPL; }

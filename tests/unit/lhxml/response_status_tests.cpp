@@ -37,7 +37,15 @@ void PrintTo(const Status& status, std::ostream* out) {
 
 [[nodiscard]] Status ReadStatus(std::string_view document) { return ReadStatus(TopElement(document).Get()); }
 
-[[nodiscard]] bool IsOK(std::string_view document) { return IsStatusOK(TopElement(document).Get()); }
+// Whether an element that has to answer for its request says that it succeeded.
+[[nodiscard]] bool IsOK(IXMLDOMNode* node) {
+    std::string code;
+    std::string message;
+    static_cast<void>(GetResponseStatus(node, code, message));
+    return IsStatusOK(code);
+}
+
+[[nodiscard]] bool IsOK(std::string_view document) { return IsOK(TopElement(document).Get()); }
 
 struct Copy {
     HRESULT result;
@@ -123,10 +131,12 @@ TEST_F(ResponseStatus, IsNotOKWithoutACode) {
 }
 
 TEST_F(ResponseStatus, IsNotOKWithoutReadableAttributes) {
-    EXPECT_FALSE(IsStatusOK(nullptr));
-    EXPECT_FALSE(IsStatusOK(MakeFakeNode({.fetch = E_FAIL, .values = {{L"statusCode", L"0"}}}).Get()));
-    EXPECT_FALSE(IsStatusOK(MakeFakeNode({.failures = {{L"statusCode", E_FAIL}}}).Get()));
-    EXPECT_FALSE(IsStatusOK(FirstChild(TopElement("<A>a text has no attributes</A>").Get()).Get()));
+    EXPECT_FALSE(IsOK(static_cast<IXMLDOMNode*>(nullptr)));
+    EXPECT_FALSE(IsOK(MakeFakeNode({.fetch = E_FAIL, .values = {{L"statusCode", L"0"}}}).Get()));
+    EXPECT_FALSE(IsOK(MakeFakeNode({.failures = {{L"statusCode", E_FAIL}}}).Get()));
+    ComPtr<IXMLDOMNode> text_without_attributes;
+    ASSERT_EQ(S_OK, TopElement("<A>text</A>")->get_firstChild(text_without_attributes.Receive()));
+    EXPECT_FALSE(IsOK(text_without_attributes.Get()));
 }
 
 TEST_F(ResponseStatus, IsCopiedInTheGivenOrder) {

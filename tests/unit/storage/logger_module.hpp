@@ -9,7 +9,8 @@ namespace paylodge::test {
 struct LoggerImports {
     decltype(&::MessageBoxA) message_box;
     decltype(&::FindWindowA) find_window;
-    decltype(&::LoadLibraryW) load_library;
+    decltype(&::GetModuleHandleExW) find_module;
+    decltype(&::LoadLibraryExW) load_library;
 };
 
 // Exports of the library under these names: set what it calls, and CNALogger's operations.

@@ -63,8 +63,12 @@ constexpr LoggerImports kImports = {
         g_system->calls.push_back("FindWindowA(" + Show(class_name) + ", " + Show(window_name) + ")");
         return g_system->main_frame;
     },
-    .load_library = [](LPCWSTR name) WINAPI -> HMODULE {
-        g_system->calls.push_back("LoadLibraryW(\"" + AnsiFromWide(name) + "\")");
+    .find_module = [](DWORD, LPCWSTR name, HMODULE*) WINAPI -> BOOL {
+        g_system->calls.push_back("GetModuleHandleExW(\"" + AnsiFromWide(name) + "\")");
+        return FALSE;
+    },
+    .load_library = [](LPCWSTR name, HANDLE, DWORD) WINAPI -> HMODULE {
+        g_system->calls.push_back("LoadLibraryExW(\"" + AnsiFromWide(name) + "\")");
         return g_system->flag_library;
     },
 };
@@ -173,7 +177,9 @@ TEST_F(Logger, FlagIsAskedForEachEntryAndItsLibraryLoadedOnce) {
     LogEntry();
     LogEntry();
     LogText("text");
-    EXPECT_EQ((Calls{"LoadLibraryW(\"Kesto.dll\")", kFlagQuestion, kFlagQuestion}), system_.calls);
+    EXPECT_EQ(
+        (Calls{"GetModuleHandleExW(\"Kesto.dll\")", "LoadLibraryExW(\"Kesto.dll\")", kFlagQuestion, kFlagQuestion}),
+        system_.calls);
 }
 
 TEST_F(Logger, MissingFlagLibraryCountsAsOff) {

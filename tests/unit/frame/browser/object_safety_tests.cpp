@@ -12,8 +12,8 @@ constexpr DWORD kSentinel = 0xDEADBEEF;
 
 class SafeObject : public IObjectWithSiteImpl<SafeObject>, public IObjectSafetySiteLockImpl<SafeObject, 1> {
   public:
-    using Interfaces = InterfaceTable<Entry<IObjectSafetySiteLock>, Entry<IObjectSafety, IObjectSafetySiteLock>,
-                                      Entry<IObjectWithSite>>;
+    using Row = InterfaceRow<SafeObject>;
+    static constexpr std::array kInterfaces = {Row::Of<IObjectSafetySiteLock>(), Row::Of<IObjectSafety, IObjectSafetySiteLock>(), Row::Of<IObjectWithSite>()};
     static std::span<const SiteEntry> SiteTable() { return ApprovedSites(); }
 
   protected:

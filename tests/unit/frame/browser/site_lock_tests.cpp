@@ -16,7 +16,8 @@ using ::testing::ValuesIn;
 
 class LockedObject : public IObjectWithSiteImpl<LockedObject>, public CSiteLock<LockedObject> {
   public:
-    using Interfaces = InterfaceTable<Entry<IObjectWithSite>>;
+    using Row = InterfaceRow<LockedObject>;
+    static constexpr std::array kInterfaces = {Row::Of<IObjectWithSite>()};
     static std::span<const SiteEntry> SiteTable() { return table; }
 
     inline static std::span<const SiteEntry> table;

@@ -1,4 +1,4 @@
-#include "bridge/guarded_call.hpp"
+#include "com/guarded_call.hpp"
 
 #include <gtest/gtest.h>
 #include <windows.h>
@@ -9,11 +9,12 @@
 namespace paylodge::test {
 namespace {
 
-using Work = std::function<void()>;
+constexpr DWORD kForeignCppException = 0xE06D7363;
 
-void __cdecl Run(void* context) { (*static_cast<const Work*>(context))(); }
-
-[[nodiscard]] bool Guarded(Work work) { return CallGuarded(&Run, &work); }
+// Whether the work returned.
+[[nodiscard]] bool Guarded(const std::function<void()>& work) {
+    return RunGuarded(work, &IsForeignExceptionOrCrash) == 0;
+}
 
 void Raise(DWORD code) { ::RaiseException(code, 0, 0, nullptr); }
 
@@ -32,10 +33,8 @@ TEST(GuardedCall, FailsWhenTheFunctionCallsWhatIsNotThere) {
 }
 
 TEST(GuardedCall, FailsOnEveryOtherStructuredException) {
-    const DWORD another_compilers_cpp_exception = 0xE06D7363;
-    for (const DWORD code :
-         {static_cast<DWORD>(EXCEPTION_INT_DIVIDE_BY_ZERO), static_cast<DWORD>(EXCEPTION_IN_PAGE_ERROR),
-          another_compilers_cpp_exception, DWORD{0xE0000001}}) {
+    for (const DWORD code : {static_cast<DWORD>(EXCEPTION_INT_DIVIDE_BY_ZERO),
+                             static_cast<DWORD>(EXCEPTION_IN_PAGE_ERROR), kForeignCppException, DWORD{0xE0000001}}) {
         EXPECT_FALSE(Guarded([code] { Raise(code); })) << std::hex << code;
     }
 }
@@ -82,7 +81,6 @@ TEST(GuardedCall, LetsAFunctionHandleItsOwnExceptions) {
     }));
 }
 
-#ifdef _WIN64
 TEST(GuardedCall, LetsCppExceptionsThrough) {
     bool is_destroyed = false;
     struct Mark {
@@ -96,7 +94,54 @@ TEST(GuardedCall, LetsCppExceptionsThrough) {
                  std::runtime_error);
     EXPECT_TRUE(is_destroyed);
 }
-#endif
+
+TEST(GuardedCall, ReturnsTheCodeThatItCaught) {
+    for (const DWORD code : {static_cast<DWORD>(EXCEPTION_ACCESS_VIOLATION), kForeignCppException, DWORD{0xE0000001}}) {
+        EXPECT_EQ(code, RunGuarded([code] { Raise(code); }, &IsForeignExceptionOrCrash));
+    }
+    EXPECT_EQ(0U, RunGuarded([] {}, &IsForeignExceptionOrCrash));
+}
+
+TEST(GuardedCall, LetsPassWhatItsFilterDoesNotName) {
+    DWORD inner = 1;
+    const auto crash = [] { Raise(EXCEPTION_ACCESS_VIOLATION); };
+    const auto guard_for_cpp = [&] { inner = RunGuarded(crash, &IsForeignCppException); };
+    EXPECT_EQ(static_cast<DWORD>(EXCEPTION_ACCESS_VIOLATION), RunGuarded(guard_for_cpp, &IsForeignExceptionOrCrash));
+    EXPECT_EQ(1U, inner) << "the inner call returned";
+}
+
+TEST(HostCall, ReturnsWhatTheHostReturns) {
+    EXPECT_EQ(S_FALSE, CallHost([] { return S_FALSE; }));
+}
+
+TEST(HostCall, RaisesAForeignCppExceptionAsAComError) {
+    try {
+        static_cast<void>(CallHost([]() -> HRESULT {
+            Raise(kForeignCppException);
+            return S_OK;
+        }));
+        ADD_FAILURE() << "nothing was raised";
+    } catch (const _com_error& error) {
+        EXPECT_EQ(E_FAIL, error.Error());
+    }
+}
+
+TEST(HostCall, LetsComErrorsOfThisCompilerThrough) {
+    try {
+        static_cast<void>(CallHost([]() -> HRESULT { throw _com_error(E_ABORT); }));
+        ADD_FAILURE() << "nothing was raised";
+    } catch (const _com_error& error) {
+        EXPECT_EQ(E_ABORT, error.Error());
+    }
+}
+
+TEST(HostCall, LetsCrashesPass) {
+    const auto crash = []() -> HRESULT {
+        Raise(EXCEPTION_ACCESS_VIOLATION);
+        return S_OK;
+    };
+    EXPECT_FALSE(Guarded([&] { static_cast<void>(CallHost(crash)); }));
+}
 
 }  // namespace
 }  // namespace paylodge::test

@@ -1,34 +1,45 @@
-#include "bridge/guarded_call.hpp"
-
-#include <windows.h>
+#include "com/guarded_call.hpp"
 
 // The compiler has no __try; the frames that the system looks for are written out here.
 
+namespace paylodge {
 namespace {
 
 constexpr DWORD kThrownByThisCompiler = 0x20474343;
+constexpr DWORD kThrownByThePlatformsCompiler = 0xE06D7363;
 
 }  // namespace
 
-// The filter, called by the code below.
-extern "C" __attribute__((used)) int IsCaughtByGuardedCall(DWORD code) {
+bool __cdecl IsForeignCppException(DWORD code) noexcept { return code == kThrownByThePlatformsCompiler; }
+
+bool __cdecl IsForeignExceptionOrCrash(DWORD code) noexcept {
     switch (code) {
         case kThrownByThisCompiler:
         case EXCEPTION_BREAKPOINT:
         case EXCEPTION_SINGLE_STEP:
         case EXCEPTION_STACK_OVERFLOW:
-            return 0;
+            return false;
         default:
-            return 1;
+            return true;
     }
 }
 
+}  // namespace paylodge
+
 #ifdef _WIN64
 
-// A table of the range that is guarded, its filter and where to go on; the system's own handler reads it.
-extern "C" __attribute__((used)) LONG FilterForGuardedCall(EXCEPTION_POINTERS* exception, void* /*frame*/) {
-    return IsCaughtByGuardedCall(exception->ExceptionRecord->ExceptionCode) != 0 ? EXCEPTION_EXECUTE_HANDLER
-                                                                                 : EXCEPTION_CONTINUE_SEARCH;
+// The frame of CallGuarded from the stack pointer on.
+struct GuardedFrame {
+    void* home_area[4];
+    paylodge::ExceptionFilter* filter;
+    // Of the exception that was caught.
+    DWORD code;
+};
+
+// The system's own handler reads a table of the range that is guarded, this filter, and where to go on.
+extern "C" __attribute__((used)) LONG FilterForGuardedCall(EXCEPTION_POINTERS* exception, GuardedFrame* frame) {
+    frame->code = exception->ExceptionRecord->ExceptionCode;
+    return frame->filter(frame->code) ? EXCEPTION_EXECUTE_HANDLER : EXCEPTION_CONTINUE_SEARCH;
 }
 
 asm(R"(
@@ -37,21 +48,22 @@ asm(R"(
     .def CallGuarded; .scl 2; .type 32; .endef
     .seh_proc CallGuarded
 CallGuarded:
-    subq $40, %rsp
-    .seh_stackalloc 40
+    subq $56, %rsp
+    .seh_stackalloc 56
     .seh_endprologue
-.Lguarded_begin:
+    movq %r8, 32(%rsp)
     movq %rcx, %rax
     movq %rdx, %rcx
+.Lguarded_begin:
     call *%rax
     nop
 .Lguarded_end:
-    movl $1, %eax
+    xorl %eax, %eax
     jmp .Lguarded_return
 .Lguarded_caught:
-    xorl %eax, %eax
+    movl 40(%rsp), %eax
 .Lguarded_return:
-    addq $40, %rsp
+    addq $56, %rsp
     ret
     .seh_handler __C_specific_handler, @except
     .seh_handlerdata
@@ -63,8 +75,13 @@ CallGuarded:
 
 #else
 
-// A record in the thread's chain of handlers, on the stack below the saved registers. The handler takes the stack back
-// to the record.
+// A record in the thread's chain of handlers, on the stack below the saved registers and 36 bytes below the caller's
+// filter. The handler takes the stack back to the record, with the code in eax.
+extern "C" __attribute__((used)) int IsCaughtByGuardedCall(DWORD code, const char* record) {
+    constexpr size_t kFromRecordToFilter = 36;
+    return (*reinterpret_cast<paylodge::ExceptionFilter* const*>(record + kFromRecordToFilter))(code) ? 1 : 0;
+}
+
 asm(R"(
     .text
     .globl _CallGuarded
@@ -81,7 +98,7 @@ _CallGuarded:
     pushl 12(%ebp)
     call *8(%ebp)
     addl $4, %esp
-    movl $1, %eax
+    xorl %eax, %eax
 .Lguarded_return:
     popl %fs:0
     addl $4, %esp
@@ -98,9 +115,10 @@ _HandlerOfGuardedCall:
     movl 8(%ebp), %eax
     testl $6, 4(%eax)
     jne .Lguarded_continue
+    pushl 12(%ebp)
     pushl (%eax)
     call _IsCaughtByGuardedCall
-    addl $4, %esp
+    addl $8, %esp
     testl %eax, %eax
     je .Lguarded_continue
     pushl $0
@@ -109,8 +127,10 @@ _HandlerOfGuardedCall:
     pushl 12(%ebp)
     call _RtlUnwind@16
 .Lguarded_unwound:
+    movl 8(%ebp), %eax
+    movl (%eax), %eax
     movl 12(%ebp), %esp
-    xorl %eax, %eax
+    leal 20(%esp), %ebp
     jmp .Lguarded_return
 .Lguarded_continue:
     movl $1, %eax
