@@ -74,8 +74,8 @@ class ControlBase : private InPlaceOwner {
     // A global memory block with a picture of the control (METAFILEPICT), which the caller owns.
     [[nodiscard]] HRESULT RenderMetafile(HGLOBAL& picture);
 
-    // The stream form of a control: the control framework's version number and no properties. Every version that has been
-    // is read. E_FAIL for a stream that does not begin with one, or the stream's failure.
+    // The stream form of a control: the control framework's version number and no properties. Every version that has
+    // been is read. E_FAIL for a stream that does not begin with one, or the stream's failure.
     [[nodiscard]] HRESULT SaveControl(IStream& stream, bool clear_dirty);
     [[nodiscard]] HRESULT LoadControl(IStream& stream);
     [[nodiscard]] static ULONG SavedSize() noexcept;

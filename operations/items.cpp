@@ -84,8 +84,7 @@ using namespace std::string_view_literals;
 
 // The names of all items, each in an ItemName element.
 STDMETHODIMP CPaylodge::GetItems(BSTR* pItemNames) {
-    return AnswerQuery(
-        pItemNames, [] { return ComposeRequest("ItemQueryRq", [](XMLBuilder&) {}); }, ListItemNames);
+    return AnswerQuery(pItemNames, [] { return ComposeRequest("ItemQueryRq", [](XMLBuilder&) {}); }, ListItemNames);
 }
 
 // The names of the active payment methods that the host sorts from A to Z.

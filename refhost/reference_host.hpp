@@ -12,7 +12,8 @@ class CReferenceHost : public IDispatchImpl<IReferenceHost, &IID_IReferenceHost,
                        public CComCoClass<CReferenceHost, &CLSID_ReferenceHost> {
   public:
     using Row = InterfaceRow<CReferenceHost>;
-    static constexpr std::array kInterfaces = {Row::Of<IReferenceHost>(), Row::Of<IDispatch, IReferenceHost>(), Row::Of<ISupportErrorInfo>()};
+    static constexpr std::array kInterfaces = {Row::Of<IReferenceHost>(), Row::Of<IDispatch, IReferenceHost>(),
+                                               Row::Of<ISupportErrorInfo>()};
 
     // The methods are described in the IDL. E_FAIL comes with a description for the script.
     STDMETHODIMP OpenCompanyFile(BSTR path) override;

@@ -73,7 +73,7 @@ void SetUpPaths() {
 // Failures are ignored: the next call tries again while the file is too large.
 void RollOver() {
     const std::string path = AnsiFromWide(g_log_path);
-    struct _stat64i32 status {};
+    struct _stat64i32 status{};
     if (g_old_log_path.empty() || ::_stat64i32(path.c_str(), &status) != 0 || !IsLogFull(status.st_size)) {
         return;
     }

@@ -81,7 +81,7 @@ def cross_arguments() -> list[str]:
 
 def check(unit: Unit, arguments: list[str]) -> str:
     """The findings, or an empty text."""
-    command = ["clang-tidy", "--quiet", "-p", str(ROOT / "build" / unit.preset), *arguments, str(unit.source)]
+    command = ["clang-tidy-19", "--quiet", "-p", str(ROOT / "build" / unit.preset), *arguments, str(unit.source)]
     result = subprocess.run(command, check=False, capture_output=True, text=True)
     if result.returncode == 0 and not result.stdout.strip():
         return ""

@@ -6,9 +6,12 @@ tools=(
     cmake ninja-build python3 git
     g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix mingw-w64-tools
     libwine-dev googletest libbenchmark-dev
-    clang libclang-rt-14-dev clang-format clang-tidy
+    # The version that every supported release has, so that format and findings are the same on all of them.
+    clang-19 libclang-rt-19-dev clang-format-19 clang-tidy-19
     xvfb xauth
 )
+# Packages of which the command is enough, wherever it comes from.
+declare -A commands=([nodejs]=node [npm]=npm)
 # Installed in one step: the two architectures of Wine have to have the same version.
 wine=(wine wine64 wine32:i386)
 
@@ -28,6 +31,9 @@ list_missing() {
     done
 }
 
+for package in "${!commands[@]}"; do
+    command -v "${commands[$package]}" >/dev/null || tools+=("$package")
+done
 mapfile -t missing < <(list_missing "${tools[@]}" "${wine[@]}")
 [ ${#missing[@]} -eq 0 ] && exit 0
 
@@ -69,9 +75,11 @@ fits() { install --simulate >"$log" 2>&1; }
 # Where the security suite's index of one architecture cannot be fetched, its packages of the other architecture have no
 # counterpart. The release's own versions fit together, also where that takes an installed library back to one of them.
 choose_release_only() {
+    local release
+    release=$(. /etc/os-release && printf '%s' "$VERSION_CODENAME")
     pin_folder=$(mktemp -d)
     chmod 755 "$pin_folder"
-    printf 'Package: *\nPin: release n=%s\nPin-Priority: %s\n\n' bookworm-security -10 bookworm 1001 \
+    printf 'Package: *\nPin: release n=%s\nPin-Priority: %s\n\n' "$release-security" -10 "$release" 1001 \
         >"$pin_folder/preferences"
     choice=(-o Dir::Etc::Preferences="$pin_folder/preferences" --allow-downgrades)
 }

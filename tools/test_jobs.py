@@ -199,7 +199,7 @@ def unittest_job(paths: Paths, name: str, folder: Path, *file: str) -> Job:
 
 
 def format_job(paths: Paths) -> Job:
-    return status_job("format", "sources", ["bash", str(paths.root / "tools/format.sh"), "--check"])
+    return status_job("format", "sources", ["bash", str(paths.root / "tools/format_sources.sh"), "--check"])
 
 
 def status_job(name: str, case: str, command: list[str]) -> Job:

@@ -12,5 +12,5 @@ END
 run() {
     [ $# -eq 0 ] || usage_error "'format' takes no argument, not '$1'"
     install_packages
-    bash tools/format.sh
+    bash tools/format_sources.sh
 }

@@ -22,11 +22,11 @@ run() {
     [ $# -gt 0 ] || set -- native x64
     install_packages
     lock_checkout
-    bash tools/format.sh --check >&2 || fail "not every source is formatted: './dev format' mends that"
+    bash tools/format_sources.sh --check >&2 || fail "not every source is formatted: './dev format' mends that"
     # The headers that are generated have to be there, and ninja has to know which headers a source uses. What is
     # compiled natively is the pure core.
     for preset in $(printf '%s\n' native "$@" | sort -u); do
-        build_preset "$preset"
+        build_preset "$preset" all tests/all examples/host-program/all
     done
     python3 tools/lint.py "$@" || fail "clang-tidy found something: the lines above say what"
 }

@@ -53,7 +53,9 @@ TEST_F(OwnerTest, FreesOnceAtTheEnd) {
 }
 
 TEST_F(OwnerTest, OwnsWhatLooksLikeZero) {
-    { const Number number(0); }
+    {
+        const Number number(0);
+    }
     EXPECT_EQ(std::vector{0}, g_freed);
 }
 
@@ -211,7 +213,9 @@ TEST_F(ComPtrTest, AssignmentReleasesWhatWasThere) {
 TEST_F(ComPtrTest, AttachAndDetachPassAReferenceOn) {
     auto* const raw = ComPtr<IClassFactory>(object_).Detach();
     EXPECT_EQ(2U, ReferencesOn(object_.Get()));
-    { const auto attached = ComPtr<IClassFactory>::Attach(raw); }
+    {
+        const auto attached = ComPtr<IClassFactory>::Attach(raw);
+    }
     EXPECT_EQ(1U, ReferencesOn(object_.Get()));
 }
 

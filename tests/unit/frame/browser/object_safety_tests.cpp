@@ -13,7 +13,8 @@ constexpr DWORD kSentinel = 0xDEADBEEF;
 class SafeObject : public IObjectWithSiteImpl<SafeObject>, public IObjectSafetySiteLockImpl<SafeObject, 1> {
   public:
     using Row = InterfaceRow<SafeObject>;
-    static constexpr std::array kInterfaces = {Row::Of<IObjectSafetySiteLock>(), Row::Of<IObjectSafety, IObjectSafetySiteLock>(), Row::Of<IObjectWithSite>()};
+    static constexpr std::array kInterfaces = {
+        Row::Of<IObjectSafetySiteLock>(), Row::Of<IObjectSafety, IObjectSafetySiteLock>(), Row::Of<IObjectWithSite>()};
     static std::span<const SiteEntry> SiteTable() { return ApprovedSites(); }
 
   protected:
