@@ -4,3 +4,7 @@ set(CMAKE_POLICY_DEFAULT_CMP0077 NEW)
 set(gtest_force_shared_crt ON)
 set(INSTALL_GTEST OFF)
 add_subdirectory(${PAYLODGE_GOOGLETEST_SOURCE} ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+# Optimising it takes longer than all tests together gain.
+foreach(library gtest gmock)
+    target_compile_options(${library} PRIVATE -Og)
+endforeach()

@@ -42,7 +42,7 @@ targets_for() {
     shift
     for kind in "$@"; do
         case $preset/$kind in
-            x64/x64 | x86/x86 | native/native) printf 'all\n' ;;
+            x64/x64 | x86/x86 | native/native) printf 'all\ntests/all\n' ;;
             x64/script | x86/script) printf 'Paylodge\nrefhost/all\n' ;;
             x64/package | x86/package) printf 'package_test_programs\nrefhost/all\n' ;;
             native/fuzz) printf 'fuzzers\n' ;;
