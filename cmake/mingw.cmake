@@ -12,7 +12,7 @@ set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 # the same bytes in every folder.
 foreach(language C CXX)
     set(CMAKE_${language}_FLAGS_INIT "${PAYLODGE_ARCHITECTURE_FLAGS} -g1 -fstack-protector-strong \
--ffile-prefix-map=${CMAKE_SOURCE_DIR}=. -ffile-prefix-map=${CMAKE_BINARY_DIR}=build")
+\"-ffile-prefix-map=${CMAKE_SOURCE_DIR}=.\" \"-ffile-prefix-map=${CMAKE_BINARY_DIR}=build\"")
 endforeach()
 
 # The run-time libraries are linked in: what is delivered imports system DLLs only. Without time stamps, linking twice

@@ -25,17 +25,34 @@ lock_checkout() {
 
 install_packages() { bash tools/setup.sh; }
 
-# build_preset PRESET [TARGET]...: configures when that never happened or failed, then compiles what has changed.
+# What a configured build folder was configured for and by. One that a copied or moved checkout brought along names the
+# sources of the old folder, and would build those.
+configuration_stamp() {
+    pwd -P
+    cmake --version
+    cat CMakePresets.json cmake/mingw*.cmake
+}
+
+# configure PRESET: does nothing when build/PRESET is configured for what is here.
+configure() {
+    local folder=build/$1 log=build/$1.configure.log stamp
+    stamp=$(configuration_stamp | sha256sum)
+    [ "$(cat "$folder/.stamp" 2>/dev/null)" = "$stamp" ] && return
+    say "configuring $1"
+    rm -rf "$folder"
+    cmake --preset "$1" >"$log" 2>&1 9>&- || {
+        cat "$log" >&2
+        fail "configuring $1 failed: the lines above say why"
+    }
+    printf '%s\n' "$stamp" >"$folder/.stamp"
+}
+
+# build_preset PRESET [TARGET]...: configures where that is needed, then compiles what has changed; without a TARGET the
+# component and the reference host, or natively the pure core.
 build_preset() {
-    local preset=$1 log=build/$1.configure.log
+    local preset=$1
     shift
-    if [ ! -f "build/$preset/build.ninja" ]; then
-        say "configuring $preset"
-        cmake --preset "$preset" >"$log" 2>&1 9>&- || {
-            cat "$log" >&2
-            fail "configuring $preset failed: the lines above say why"
-        }
-    fi
+    configure "$preset"
     say "building $preset"
     (cd "build/$preset" && exec ninja "$@" 9>&-) || fail "building $preset failed: the lines above say why"
 }

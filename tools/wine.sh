@@ -10,8 +10,9 @@ PAYLODGE_WINE=/usr/lib/wine/wine64
 export PAYLODGE_WINE
 unset DISPLAY WAYLAND_DISPLAY WINEARCH WINEPATH WINESERVER WINELOADER
 
-# Names what the prefix was made by and for; a prefix of another kind is made anew.
+# Names what the prefix was made by and for; a prefix of another kind, or of another folder, is made anew.
 wine_stamp() {
+    pwd -P
     wine --version
     ls /usr/lib/wine
     cat tools/wine.sh
