@@ -101,7 +101,9 @@ class Attributes : public WithoutDispatch<IXMLDOMNamedNodeMap> {
     STDMETHODIMP removeQualifiedItem(BSTR, BSTR, IXMLDOMNode**) override { return E_NOTIMPL; }
     STDMETHODIMP nextNode(IXMLDOMNode**) override { return E_NOTIMPL; }
     STDMETHODIMP reset() override { return E_NOTIMPL; }
-    STDMETHODIMP get__newEnum(IUnknown**) override { return E_NOTIMPL; }
+    // One method: the headers of the releases differ in its name, so that neither can say that it overrides.
+    STDMETHODIMP get__newEnum(IUnknown**) { return E_NOTIMPL; }  // NOLINT(modernize-use-override)
+    STDMETHODIMP _newEnum(IUnknown**) { return E_NOTIMPL; }      // NOLINT(modernize-use-override)
 
   protected:
     ~Attributes() = default;
