@@ -13,14 +13,36 @@ usage_error() {
     exit 2
 }
 
-# Two commands that build or run at once in one checkout would disturb each other. What outlives the command must not
-# inherit descriptor 9.
+# at_exit COMMAND: runs it at the end of this command, however that comes.
+exit_commands=()
+at_exit() {
+    exit_commands+=("$*")
+    trap run_exit_commands EXIT
+}
+
+run_exit_commands() {
+    local command
+    trap '' INT TERM
+    for command in "${exit_commands[@]}"; do
+        "$command"
+    done
+}
+
+# Ctrl-C reaches the programs that a command runs as well as this shell, which waits for their end.
+end_interrupted() {
+    [ -n "${programs_say_so-}" ] || say "stopped"
+    exit 130
+}
+
+# Two commands that build or run at once in one checkout would disturb each other. The lock is on the folder itself, so
+# that build/ can be removed under it. What outlives the command must not inherit descriptor 9.
 lock_checkout() {
+    exec 9<.
+    if ! flock --nonblock 9; then
+        say "waiting for the ./dev command that is already running in this checkout"
+        flock 9
+    fi
     mkdir -p build
-    exec 9>build/.lock
-    flock --nonblock 9 && return
-    say "waiting for the ./dev command that is already running in this checkout"
-    flock 9
 }
 
 install_packages() { bash tools/setup.sh; }
@@ -53,6 +75,11 @@ build_preset() {
     local preset=$1
     shift
     configure "$preset"
+    # For clangd, which finds it there.
+    [ "build/$preset/compile_commands.json" -ot build/compile_commands.json ] || python3 tools/compile_database.py
     say "building $preset"
+    # Ninja has a line of its own when it is interrupted.
+    programs_say_so=yes
     (cd "build/$preset" && exec ninja "$@" 9>&-) || fail "building $preset failed: the lines above say why"
+    programs_say_so=
 }

@@ -3,7 +3,7 @@
 set -euo pipefail
 
 tools=(
-    cmake ninja-build python3 git
+    cmake ninja-build python3
     g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix mingw-w64-tools
     libwine-dev googletest libbenchmark-dev
     # The version that every supported release has, so that format and findings are the same on all of them.
@@ -52,6 +52,7 @@ if [ "$(id -u)" -ne 0 ]; then
     as_root=(sudo)
 fi
 
+trap 'exit 130' INT
 log=$(mktemp)
 trap 'rm -rf "$log" "${pin_folder:-}"' EXIT
 
@@ -60,11 +61,15 @@ apt() {
 }
 
 # Shows how the download goes and a line for each package that is unpacked; the whole log only when the step fails.
+# After Ctrl-C apt still has to end what it has begun to unpack, and needs somebody to read what it prints.
 run_quietly() {
-    "$@" 2>&1 | tee "$log" | sed -un \
-        -e 's/^Need to get .*/setup:   &/p' \
-        -e 's/^Get:\([0-9]*0\) .*/setup:   fetching package \1/p' \
-        -e 's/^Unpacking \([^ ]*\) (\([^)]*\)).*/setup:   \1 \2/p' >&2
+    "$@" 2>&1 | (
+        trap '' INT
+        tee "$log" | sed -un \
+            -e 's/^Need to get .*/setup:   &/p' \
+            -e 's/^Get:\([0-9]*0\) .*/setup:   fetching package \1/p' \
+            -e 's/^Unpacking \([^ ]*\) (\([^)]*\)).*/setup:   \1 \2/p' >&2
+    )
 }
 
 # Nothing is ever removed to make room.

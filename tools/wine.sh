@@ -18,15 +18,20 @@ wine_stamp() {
     cat tools/wine.sh
 }
 
+# Ends every program of the prefixes of this checkout; tests of the package have one of their own.
 stop_wine() {
-    wineserver -k 2>/dev/null || true
-    wineserver -w 2>/dev/null || true
+    local prefix
+    for prefix in "$PWD"/build/wine "$PWD"/build/wine-package; do
+        [ -d "$prefix" ] || continue
+        WINEPREFIX=$prefix wineserver -k 2>/dev/null || true
+        WINEPREFIX=$prefix wineserver -w 2>/dev/null || true
+    done
 }
 
 # Windows are drawn where there is a display and nowhere else; a crash ends in a backtrace instead of a dialog.
 set_up_prefix() {
     rm -rf "$WINEPREFIX"
-    timeout 300 wineboot -i &&
+    timeout --foreground 300 wineboot -i &&
         "$PAYLODGE_WINE" reg add 'HKCU\Software\Wine\Drivers' /v Graphics /d x11,null /f &&
         "$PAYLODGE_WINE" reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f &&
         wineserver -k &&
@@ -37,8 +42,8 @@ prepare_wine() {
     local stamp
     stamp=$(wine_stamp | sha256sum)
     [ "$(cat "$WINEPREFIX/.stamp" 2>/dev/null)" = "$stamp" ] && return
-    say "making the Wine prefix build/wine (about 10 seconds, once)"
-    stop_wine
+    say "making the Wine prefix build/${WINEPREFIX##*/} (about 10 seconds, once)"
+    wineserver -k 2>/dev/null || true
     if ! set_up_prefix </dev/null >build/wine.log 2>&1 9>&-; then
         cat build/wine.log >&2
         fail "Wine could not set up its prefix: the lines above say why"
@@ -46,9 +51,14 @@ prepare_wine() {
     printf '%s\n' "$stamp" >"$WINEPREFIX/.stamp"
 }
 
-# One Wine server for all programs of a command, which it ends with.
+# For a command: whatever it leaves running under Wine ends with it.
+use_wine() {
+    at_exit stop_wine
+    prepare_wine
+}
+
+# One Wine server for all programs of a command.
 start_wine() {
-    trap stop_wine EXIT
     wineserver -p60 9>&- >/dev/null 2>&1
 }
 
@@ -57,7 +67,7 @@ run_wine() {
     local seconds=$1 folder=$2
     shift 2
     WINEPATH="$(windows_path "$folder/refhost");$(windows_path "$folder")" \
-        timeout "$seconds" "$PAYLODGE_WINE" "$@" 9>&- </dev/null
+        timeout --foreground "$seconds" "$PAYLODGE_WINE" "$@" 9>&- </dev/null
 }
 
 # windows_path FILE: the name under which Windows programs see a file of this machine.

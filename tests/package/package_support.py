@@ -12,7 +12,7 @@ import unittest
 from pathlib import Path
 
 TOP = Path(__file__).resolve().parents[2]
-sys.path[:0] = [str(TOP / "tools"), str(TOP / "tools" / "package")]
+sys.path[:0] = [str(TOP / "tools" / "testrun"), str(TOP / "tools" / "package")]
 
 from package import write_package  # noqa: E402
 from wine_session import SYSTEM_FOLDERS, system_command, windows_path, wine_command, works  # noqa: E402

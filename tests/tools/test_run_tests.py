@@ -1,18 +1,19 @@
-"""The test runner against programs that pass, fail, skip, crash, hang, or print nonsense."""
+"""The test runner against programs that pass, fail, skip, crash, hang, or print nonsense, and what a filter selects."""
 
 from __future__ import annotations
 
+import signal
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 from pathlib import Path
 
-TOOLS = Path(__file__).resolve().parents[2] / "tools"
-sys.path.insert(0, str(TOOLS))
+TESTRUN = Path(__file__).resolve().parents[2] / "tools" / "testrun"
+sys.path.insert(0, str(TESTRUN))
 
-from test_jobs import gtest_filter, may_match  # noqa: E402
-from test_results import Case, Ending, Outcome, read_gtest, read_lines, read_status, shorten  # noqa: E402
+from results import Case, Ending, Outcome, read_gtest, read_gtest_list, read_lines, read_status, shorten  # noqa: E402
 
 REPORT = """<?xml version="1.0" encoding="UTF-8"?>
 <testsuites tests="4" name="AllTests">
@@ -35,6 +36,15 @@ no numbers here]]></skipped>
 </testsuites>
 """
 
+LIST = """<?xml version="1.0" encoding="UTF-8"?>
+<testsuites tests="2" name="AllTests">
+  <testsuite name="Sum" tests="2">
+    <testcase name="Adds" file="./tests/unit/sum_tests.cpp" line="3" />
+    <testcase name="Takes" file="other.cpp" line="9" />
+  </testsuite>
+</testsuites>
+"""
+
 BROKEN_LOG = """[==========] Running 5 tests from 1 test suite.
 [ RUN      ] Sum.Adds
 [       OK ] Sum.Adds (0 ms)
@@ -50,6 +60,14 @@ Unhandled exception: page fault
 """
 
 
+def is_running(pid: int) -> bool:
+    """A process that has ended and that nobody has asked for is not running."""
+    try:
+        return Path(f"/proc/{pid}/stat").read_text().rsplit(")", 1)[1].split()[0] != "Z"
+    except FileNotFoundError:
+        return False
+
+
 class Folder(unittest.TestCase):
     def setUp(self) -> None:
         folder = tempfile.TemporaryDirectory()
@@ -58,11 +76,11 @@ class Folder(unittest.TestCase):
 
 
 class GTestResults(Folder):
-    def read(self, ending: Ending, report: str | None = None, may_be_empty: bool = False) -> list[Case]:
+    def read(self, ending: Ending, report: str | None = None) -> list[Case]:
         file = self.folder / "report.xml"
         if report is not None:
             file.write_text(report)
-        return read_gtest(ending, file, may_be_empty)
+        return read_gtest(ending, file)
 
     def test_reads_each_outcome_from_the_report(self) -> None:
         cases = self.read(Ending("", 1), REPORT)
@@ -114,9 +132,18 @@ class GTestResults(Folder):
         report = f'<testsuites><testsuite name="Sum">{case}</testsuite></testsuites>'
         self.assertEqual(self.read(Ending("", 1), report), [Case("Sum.(set-up)", Outcome.FAILED, "f")])
 
-    def test_a_program_without_tests_fails_unless_they_were_filtered_out(self) -> None:
+    def test_a_program_without_tests_fails(self) -> None:
         self.assertEqual([case.outcome for case in self.read(Ending("", 0), "<testsuites/>")], [Outcome.FAILED])
-        self.assertEqual(self.read(Ending("", 0), "<testsuites/>", may_be_empty=True), [])
+
+    def test_reads_names_and_sources_from_a_list(self) -> None:
+        file = self.folder / "report.xml"
+        file.write_text(LIST)
+        self.assertEqual(read_gtest_list(file), [("Sum.Adds", "./tests/unit/sum_tests.cpp"), ("Sum.Takes", "other.cpp")])
+
+    def test_a_damaged_list_is_an_error(self) -> None:
+        file = self.folder / "report.xml"
+        file.write_text(LIST[:-20])
+        self.assertRaises(ValueError, read_gtest_list, file)
 
     def test_a_damaged_report_does_not_pass(self) -> None:
         cases = self.read(Ending("[ RUN      ] Sum.Adds\n[       OK ] Sum.Adds (0 ms)\n", 0), "<testsuites><testsuite")
@@ -170,28 +197,6 @@ class Texts(unittest.TestCase):
         self.assertEqual(shorten("Backtrace:\n=>0 main\nModules:\nModule a\n"), "Backtrace:\n=>0 main")
 
 
-class Filters(unittest.TestCase):
-    def test_a_full_name_selects_its_program_only(self) -> None:
-        self.assertTrue(may_match("x64/sum_tests", "", "x64/sum_tests/Sum.Adds"))
-        self.assertFalse(may_match("x86/sum_tests", "", "x64/sum_tests/Sum.Adds"))
-        self.assertTrue(may_match("x64/sum_tests", "", "x64/sum"))
-
-    def test_any_other_text_may_stand_in_a_case(self) -> None:
-        self.assertTrue(may_match("x86/sum_tests", "", "Sum.Adds"))
-        self.assertTrue(may_match("x86/sum_tests", "", "Some/Sum.Odd/0"))
-
-    def test_a_program_of_one_case_runs_only_for_that(self) -> None:
-        self.assertTrue(may_match("format", "sources", ""))
-        self.assertTrue(may_match("format", "sources", "format/so"))
-        self.assertFalse(may_match("format", "sources", "Sum"))
-
-    def test_a_program_is_told_which_cases_are_wanted(self) -> None:
-        self.assertEqual(gtest_filter("x64/sum_tests", ""), [])
-        self.assertEqual(gtest_filter("x64/sum_tests", "sum_tests"), [])
-        self.assertEqual(gtest_filter("x64/sum_tests", "Adds"), ["--gtest_filter=*Adds*"])
-        self.assertEqual(gtest_filter("x64/sum_tests", "x64/sum_tests/Sum.Adds"), ["--gtest_filter=*Sum.Adds*"])
-
-
 class WholeRuns(Folder):
     """run_tests.py itself, over a checkout whose native test programs are small scripts."""
 
@@ -206,8 +211,10 @@ class WholeRuns(Folder):
         self.add_program(name, f"echo '{xml}' >\"$report\"\n")
 
     def run_tests(self, *arguments: str) -> subprocess.CompletedProcess[str]:
-        command = [sys.executable, str(TOOLS / "run_tests.py"), "--root", str(self.folder), *arguments]
-        return subprocess.run(command, capture_output=True, text=True, check=False, timeout=60)
+        return subprocess.run(self.command(*arguments), capture_output=True, text=True, check=False, timeout=60)
+
+    def command(self, *arguments: str) -> list[str]:
+        return [sys.executable, str(TESTRUN / "run_tests.py"), "--root", str(self.folder), *arguments]
 
     def test_success(self) -> None:
         self.add_passing_program("good_tests")
@@ -254,17 +261,76 @@ class WholeRuns(Folder):
         self.assertIn("could not be started", result.stdout)
         self.assertEqual(result.returncode, 1)
 
-    def test_a_filter_leaves_out_the_rest(self) -> None:
+    def add_listing_program(self, name: str) -> None:
+        """Lists two tests, and reports as passed what it is told to run."""
+        self.add_program(
+            name,
+            f"""
+            if [ "$1" = --gtest_list_tests ]; then
+                cat >"${{2#--gtest_output=xml:}}" <<'END'\n{LIST}END
+                exit
+            fi
+            names=$(sed 's/--gtest_filter=//; s/:/ /g' "${{2#--gtest_flagfile=}}")
+            for name in $names; do cases="$cases<testcase name='${{name#*.}}'/>"; done
+            echo "<testsuites><testsuite name='Sum'>$cases</testsuite></testsuites>" >"$report"
+            """,
+        )
+
+    def test_a_filter_runs_what_has_the_text_in_its_name_in_any_letter_case(self) -> None:
+        self.add_listing_program("a_tests")
+        for text in ("Adds", "adds", "sum.a", "NATIVE/A_TESTS/SUM.ADDS"):
+            with self.subTest(text=text):
+                result = self.run_tests("native", "--filter", text)
+                self.assertEqual(result.stdout.splitlines()[-1], "1 passed, 0 failed")
+                self.assertEqual((self.folder / "build/test-results/native/a_tests.flags").read_text().strip(),
+                                 "--gtest_filter=Sum.Adds")
+
+    def test_a_filter_runs_the_tests_of_a_source(self) -> None:
+        self.add_listing_program("a_tests")
+        for text in ("other", "unit/sum.cpp", "Other.cpp"):
+            with self.subTest(text=text):
+                result = self.run_tests("native", "--filter", text)
+                self.assertEqual(result.stdout.splitlines()[-1], "1 passed, 0 failed")
+
+    def test_a_filter_with_the_name_of_a_program_runs_all_of_it(self) -> None:
         self.add_passing_program("a_tests")
-        self.add_program("loud_tests", f"cat >\"$report\" <<'END'\n{REPORT}END\nexit 1\n")
-        result = self.run_tests("native", "--filter", "Sum.Adds")
+        self.add_listing_program("b_tests")
+        result = self.run_tests("native", "--filter", "A_Tests")
         self.assertEqual(result.stdout.splitlines()[-1], "1 passed, 0 failed")
-        self.assertEqual(result.returncode, 0)
+
+    def test_a_program_that_does_not_list_its_tests_is_a_failure(self) -> None:
+        self.add_program("a_tests", "exit 3\n")
+        result = self.run_tests("native", "--filter", "Sum")
+        self.assertIn("did not list its tests", result.stdout)
+        self.assertEqual(result.returncode, 1)
 
     def test_a_run_without_tests_is_not_a_success(self) -> None:
-        result = self.run_tests("native", "--filter", "Nothing")
-        self.assertIn("There is no test with 'Nothing' in its name", result.stdout)
+        result = self.run_tests("native")
+        self.assertEqual(result.stdout, "There is no test\n0 passed, 0 failed\n")
         self.assertEqual(result.returncode, 1)
+
+    def test_a_filter_that_finds_nothing_says_what_is_near(self) -> None:
+        source = self.folder / "tests/unit/payment_tests.cpp"
+        source.parent.mkdir(parents=True)
+        source.write_text("TEST_F(SavePayment, KeepsCents) {}\n")
+        result = self.run_tests("native", "--filter", "savepaymnt")
+        expected = "There is no test with 'savepaymnt' in its name or in that of its file; near are: SavePayment"
+        self.assertIn(expected, result.stdout)
+        self.assertEqual(result.returncode, 1)
+
+    def test_ctrl_c_ends_the_run_and_everything_that_it_runs(self) -> None:
+        self.add_program("a_tests", "sleep 50 &\necho $! >\"$report\"\nwait\n")
+        self.add_passing_program("b_tests")
+        pid_file = self.folder / "build/test-results/native/a_tests.xml"
+        run = subprocess.Popen(self.command("native"), stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+        while not pid_file.exists() or not pid_file.read_text().strip():
+            self.assertIsNone(run.poll())
+            time.sleep(0.02)
+        run.send_signal(signal.SIGINT)
+        output, _ = run.communicate(timeout=20)
+        self.assertEqual(output, "")
+        self.assertEqual(run.returncode, 130)
+        self.assertFalse(is_running(int(pid_file.read_text())))
 
     def test_an_unknown_kind_is_refused(self) -> None:
         result = self.run_tests("x65")

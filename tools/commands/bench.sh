@@ -18,7 +18,7 @@ run() {
     lock_checkout
     build_preset x64 operations_bench refhost/all
     . tools/wine.sh
-    prepare_wine
+    use_wine
     say "measuring (a few minutes)"
     start_wine
     run_wine 1800 build/x64 build/x64/benchmarks/operations_bench.exe "$(windows_path build/bench.json)" ||

@@ -49,7 +49,7 @@ run() {
     lock_checkout
     build_preset x64 Paylodge refhost/all
     . tools/wine.sh
-    prepare_wine
+    use_wine
     mkdir -p build/demo
     if [ -n "$fresh" ] || [ ! -f "$company_file" ]; then
         cp "$sample" "$company_file"

@@ -16,7 +16,7 @@ run_fuzzer() {
     [ ! -f "$dictionary" ] || options=("-dict=$dictionary")
     mkdir -p "build/fuzz/$1"
     say "fuzzing $1 for $2 s"
-    "build/native/fuzz/$1" -max_total_time="$2" -timeout=10 -artifact_prefix="build/fuzz/$1-" -print_final_stats=1 \
+    "build/native/fuzz/$1" -max_total_time="$2" -timeout=10 -handle_int=0 -artifact_prefix="build/fuzz/$1-" -print_final_stats=1 \
         "${options[@]}" "build/fuzz/$1" 9>&- ||
         fail "$1 found something: the lines above say what; 'build/native/fuzz/$1 FILE' shows it again"
 }

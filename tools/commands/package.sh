@@ -22,17 +22,16 @@ build_package() {
     python3 -B tools/package/package.py
 }
 
-# What is not committed yet counts; files that are deleted but still known to git do not.
+# What is not committed yet counts.
 copy_sources() {
-    git ls-files -z --cached --others --exclude-standard |
-        while IFS= read -r -d '' file; do
-            [ ! -f "$file" ] || printf '%s\0' "$file"
-        done | xargs -0 cp --parents -t "$1" --
+    tar --create --exclude=./build --exclude=./dist --exclude=./.git . | tar --extract --directory "$1"
 }
+
+remove_copy() { rm -rf "$copy"; }
 
 verify_package() {
     copy=$(mktemp -d)
-    trap 'rm -rf "$copy"' EXIT
+    at_exit remove_copy
     copy_sources "$copy"
     mkdir "$copy/build"
     say "building the package once more in another folder"

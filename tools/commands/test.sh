@@ -16,7 +16,8 @@ Builds and runs the tests of the given kinds; without a KIND all of them:
   tools   the tests of the tools themselves
   format  the format of the C++ sources
 
-  --filter TEXT         only tests with TEXT in their full name, as a failure prints it
+  --filter TEXT         only tests with TEXT in their full name, as a failure prints it, or in the name of their file:
+                        "payment" or "operations/payment.cpp" for what tests that source; letter case does not count
   --time-limit SECONDS  how long a program may run before it counts as hanging (default 120)
 
 The last line says "N passed, N failed" (", N skipped"); the exit status is 0 only when nothing failed.
@@ -24,7 +25,7 @@ docs/testing.md says how tests are laid out and how to add one.
 END
 }
 
-# The flavours that have to be built for the given kinds of test.
+# The flavours that the given kinds of test may need.
 flavours_for() {
     local kind
     for kind in "$@"; do
@@ -36,27 +37,13 @@ flavours_for() {
     done | sort -u
 }
 
-# targets_for PRESET KIND...: what to build of a flavour for the given kinds of test.
-targets_for() {
-    local preset=$1 kind
-    shift
-    for kind in "$@"; do
-        case $preset/$kind in
-            x64/x64 | x86/x86 | native/native) printf 'all\ntests/all\n' ;;
-            x64/script | x86/script) printf 'Paylodge\nrefhost/all\n' ;;
-            x64/package | x86/package) printf 'package_test_programs\nrefhost/all\n' ;;
-            native/fuzz) printf 'fuzzers\n' ;;
-        esac
-    done
-}
-
 run() {
-    local options=() kinds=() preset
+    local options=() filter=() kinds=() preset targets
     while [ $# -gt 0 ]; do
         case $1 in
             --filter)
                 [ $# -ge 2 ] || usage_error "--filter needs a text"
-                options+=("--filter=$2")
+                filter=("--filter=$2")
                 shift
                 ;;
             --time-limit)
@@ -73,12 +60,20 @@ run() {
 
     install_packages
     lock_checkout
+    export PYTHONDONTWRITEBYTECODE=1
     for preset in $(flavours_for "${kinds[@]}"); do
-        build_preset "$preset" $(targets_for "$preset" "${kinds[@]}")
+        configure "$preset"
+    done
+    # A line for each flavour: its name and what to build of it.
+    targets=$(python3 tools/testrun/build_targets.py "${filter[@]}" "${kinds[@]}")
+    for preset in $(cut -d ' ' -f 1 <<<"$targets"); do
+        build_preset "$preset" $(sed -n "s/^$preset //p" <<<"$targets")
     done
     . tools/wine.sh
-    prepare_wine
-    export UBSAN_OPTIONS=print_stacktrace=1 PYTHONDONTWRITEBYTECODE=1
+    if [[ $targets == *x64* || $targets == *x86* ]]; then
+        use_wine
+    fi
+    export UBSAN_OPTIONS=print_stacktrace=1
     say "testing"
-    python3 tools/run_tests.py "${options[@]}" "${kinds[@]}"
+    python3 tools/testrun/run_tests.py "${filter[@]}" "${options[@]}" "${kinds[@]}"
 }

@@ -63,7 +63,7 @@ def read_status(ending: Ending, name: str) -> list[Case]:
 # --- GoogleTest programs
 
 
-def read_gtest(ending: Ending, report: Path, may_be_empty: bool = False) -> list[Case]:
+def read_gtest(ending: Ending, report: Path) -> list[Case]:
     """The cases of a GoogleTest program: from its report, or from its log when it did not live to write one."""
     try:
         cases = list(read_gtest_report(report.read_text(encoding="utf-8", errors="replace")))
@@ -73,7 +73,7 @@ def read_gtest(ending: Ending, report: Path, may_be_empty: bool = False) -> list
     if ending.time_limit_reached is not None or (ending.exit_code != 0 and not failed):
         text = f"the program {ending.describe()} after its last test\n{shorten(ending.log)}"
         cases.append(Case("(end of program)", Outcome.FAILED, text))
-    if not cases and not may_be_empty:
+    if not cases:
         cases.append(Case("(all)", Outcome.FAILED, "the program has no tests"))
     return cases
 
@@ -84,6 +84,19 @@ def read_gtest_report(xml: str) -> Iterator[Case]:
             # A failure outside any test, for example in a suite's own set-up, is a test case without a name.
             name = f"{suite.get('name')}.{element.get('name') or '(set-up)'}"
             yield read_gtest_element(name, element)
+
+
+def read_gtest_list(report: Path) -> list[tuple[str, str]]:
+    """Name and source of each test, from the report of a program that was asked to list them."""
+    try:
+        suites = ElementTree.parse(report).iter("testsuite")
+    except ElementTree.ParseError as error:
+        raise ValueError(f"{report}: {error}") from error
+    return [
+        (f"{suite.get('name')}.{test.get('name')}", test.get("file", ""))
+        for suite in suites
+        for test in suite.iter("testcase")
+    ]
 
 
 def read_gtest_element(name: str, element: ElementTree.Element) -> Case:
