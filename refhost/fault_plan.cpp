@@ -60,8 +60,11 @@ void FaultPlan::Clear() noexcept {
 }
 
 std::optional<HRESULT> FaultPlan::TakeFailure(std::wstring_view call) {
-    if (calls_to_the_end_ > 0 && --calls_to_the_end_ == 0) {
-        ::TerminateProcess(::GetCurrentProcess(), kPlannedExitCode);
+    if (calls_to_the_end_ > 0) {
+        --calls_to_the_end_;
+        if (calls_to_the_end_ == 0) {
+            ::TerminateProcess(::GetCurrentProcess(), kPlannedExitCode);
+        }
     }
     return Take(failures_, call);
 }

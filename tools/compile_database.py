@@ -13,8 +13,9 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
 PRESETS = ("native", "x64")
-# What clang has to be told to stand in for the cross compiler; it does not know all of that one's warnings.
+# What clang has to be told to stand in for the cross compiler, and which of that one's options it does not know.
 CROSS_COMPILER = ["clang++-19", "--target=x86_64-w64-mingw32", "-Wno-unknown-warning-option"]
+CROSS_COMPILER_ONLY = ("-fno-allocation-dce",)
 
 Entry = dict[str, object]
 
@@ -28,7 +29,9 @@ def arguments(preset: str, command: str) -> list[str]:
     if "-include" in words and words[words.index("-include") + 1].endswith("cmake_pch.hxx"):
         where = words.index("-include")
         del words[where : where + 2]
-    return words if preset == "native" else CROSS_COMPILER + words[1:]
+    if preset == "native":
+        return words
+    return CROSS_COMPILER + [word for word in words[1:] if word not in CROSS_COMPILER_ONLY]
 
 
 def read(preset: str) -> list[Entry]:

@@ -111,6 +111,7 @@ class ValueWriter {
         case RegistryEntryKind::kKey:
             return WriteKey(parent, entry);
         case RegistryEntryKind::kValue:
+            // NOLINTNEXTLINE(bugprone-unchecked-optional-access): a value always has data.
             return std::visit(ValueWriter(parent, entry.name), entry.data.value());
         case RegistryEntryKind::kDelete:
             return DeleteTree(parent, entry.name);

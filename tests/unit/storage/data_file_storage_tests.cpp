@@ -540,9 +540,8 @@ class FailingCall : public DataFileStorage, public testing::WithParamInterface<F
     [[nodiscard]] Calls CallsUpToFailure() {
         EXPECT_EQ(kSuccess, Run());
         Calls calls = TakeCalls();
-        const auto failing = std::find_if(calls.begin(), calls.end(), [](const std::string& call) {
-            return call.substr(0, call.find('(')) == GetParam().method;
-        });
+        const auto failing = std::ranges::find_if(
+            calls, [](const std::string& call) { return call.substr(0, call.find('(')) == GetParam().method; });
         calls.erase(failing + 1, calls.end());
         return calls;
     }
