@@ -73,8 +73,9 @@ class Folder {
 }  // namespace
 
 std::optional<std::string> WhyNoScriptEngine() {
-    return OutputOf("node --version 2>&1").starts_with('v') ? std::nullopt
-                                                            : std::optional<std::string>("there is no node");
+    return OutputOf("node --version 2>&1").starts_with('v')
+               ? std::nullopt
+               : std::optional<std::string>("node is missing: the package nodejs brings it");
 }
 
 std::string RunInPage(std::string_view script) {
