@@ -1,7 +1,6 @@
 # GoogleTest is built from the distribution's sources with the compiler of each flavour.
 set(PAYLODGE_GOOGLETEST_SOURCE /usr/src/googletest CACHE PATH "Sources of GoogleTest")
 set(CMAKE_POLICY_DEFAULT_CMP0077 NEW)
-set(gtest_force_shared_crt ON)
 set(INSTALL_GTEST OFF)
 add_subdirectory(${PAYLODGE_GOOGLETEST_SOURCE} ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
 # Optimising it takes longer than all tests together gain.

@@ -23,8 +23,6 @@ TARGET = re.compile(r" -o \S*CMakeFiles/([^/ ]+)\.dir/")
 class TestFile:
     """`path` starts at the top of the checkout; `names` are those of its tests without kind and program."""
 
-    __test__ = False
-
     path: Path
     text: str
     names: tuple[str, ...]
