@@ -41,9 +41,13 @@ std::wstring StringSink::Show() const {
     return text_ == nullptr ? std::wstring(kNull) : std::wstring(View(text_));
 }
 
+// An empty COM string with its length before it, so that it can be passed on.
 BSTR StringSink::Mark() noexcept {
-    static wchar_t mark;
-    return &mark;
+    static struct {
+        DWORD size;
+        wchar_t text;
+    } mark;
+    return &mark.text;
 }
 
 std::wstring BoolSink::Show() const {
