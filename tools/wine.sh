@@ -44,7 +44,8 @@ prepare_wine() {
     [ "$(cat "$WINEPREFIX/.stamp" 2>/dev/null)" = "$stamp" ] && return
     say "making the Wine prefix build/${WINEPREFIX##*/} (about 10 seconds, once)"
     wineserver -k 2>/dev/null || true
-    if ! set_up_prefix </dev/null >build/wine.log 2>&1 9>&-; then
+    # In a shell of its own, so that what happens at Ctrl-C is not printed into the log.
+    if ! (set_up_prefix) </dev/null >build/wine.log 2>&1 9>&-; then
         cat build/wine.log >&2
         fail "Wine could not set up its prefix: the lines above say why"
     fi
@@ -63,11 +64,13 @@ start_wine() {
 }
 
 # run_wine SECONDS FOLDER PROGRAM [ARGUMENT]...: runs a Windows program that finds the host's libraries built in FOLDER.
+# Ctrl-C is no signal to such a program; the shell hears it while it waits, and then has Wine's server end the program.
 run_wine() {
     local seconds=$1 folder=$2
     shift 2
     WINEPATH="$(windows_path "$folder/refhost");$(windows_path "$folder")" \
-        timeout --foreground "$seconds" "$PAYLODGE_WINE" "$@" 9>&- </dev/null
+        timeout "$seconds" "$PAYLODGE_WINE" "$@" 9>&- </dev/null &
+    wait $!
 }
 
 # windows_path FILE: the name under which Windows programs see a file of this machine.

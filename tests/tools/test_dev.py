@@ -25,6 +25,10 @@ NINJA = """#!/bin/bash
 """
 
 
+def hear_ctrl_c() -> None:
+    signal.signal(signal.SIGINT, signal.SIG_DFL)
+
+
 class Checkout(unittest.TestCase):
     def setUp(self) -> None:
         folder = tempfile.TemporaryDirectory()
@@ -58,8 +62,9 @@ class Checkout(unittest.TestCase):
             stderr=subprocess.STDOUT,
             text=True,
             env=os.environ | {"PATH": f"{folder / 'bin'}:{os.environ['PATH']}"},
-            # Ctrl-C reaches the whole group.
+            # Ctrl-C reaches the whole group, also when these tests run where nobody can press it.
             start_new_session=True,
+            preexec_fn=hear_ctrl_c,
         )
         self.addCleanup(self.end, process)
         return process

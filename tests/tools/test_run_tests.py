@@ -322,7 +322,16 @@ class WholeRuns(Folder):
         self.add_program("a_tests", "sleep 50 &\necho $! >\"$report\"\nwait\n")
         self.add_passing_program("b_tests")
         pid_file = self.folder / "build/test-results/native/a_tests.xml"
-        run = subprocess.Popen(self.command("native"), stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+        run = subprocess.Popen(
+            self.command("native"),
+            stdout=subprocess.PIPE,
+            stderr=subprocess.STDOUT,
+            text=True,
+            # Also when these tests run where nobody can press it.
+            preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL),
+        )
+        self.addCleanup(run.communicate)
+        self.addCleanup(run.kill)
         while not pid_file.exists() or not pid_file.read_text().strip():
             self.assertIsNone(run.poll())
             time.sleep(0.02)
