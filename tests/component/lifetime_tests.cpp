@@ -91,6 +91,10 @@ class Lifetime : public ::testing::Test {
     // More than there are thread-local indexes in a process.
     static constexpr int kRounds = 1100;
 
+    // What the compiler's thread library, which is linked in, made when an exception was raised and keeps for ever when
+    // the module is unloaded: 1.5 KB on x64, half of that on x86.
+    static constexpr SIZE_T kLostByThreadLibrary = 2048;
+
     FakeHost host;
 };
 
@@ -112,8 +116,8 @@ TEST_F(Lifetime, LoadingManyTimesLeavesNothingBehind) {
     EXPECT_EQ(thread_local_index, NextThreadLocalIndex());
     const Memory after = UsedMemory();
     EXPECT_EQ(before.mapped, after.mapped);
-    // What heaps and the platform need for their own sake: less than a block for each round, and one more segment.
-    EXPECT_GE(before.allocated + 0x10000, after.allocated);
+    EXPECT_GE(before.allocated + kRounds * kLostByThreadLibrary, after.allocated);
+    // Heaps grow by a segment at a time.
     EXPECT_GE(before.reserved + 0x2000000, after.reserved);
 }
 
