@@ -2,6 +2,7 @@
 
 #include <comdef.h>
 
+#include <string_view>
 #include <utility>
 
 #include "com/ansi_text.hpp"
@@ -32,10 +33,10 @@ constexpr DWORD kMillisecondsBetweenTries = 100;
 constexpr LONG kDataVersion = 1;
 
 // Logs a failure under the method's name. What cannot even be logged stays a failure.
-Status Fail(const char* method, const std::string& message, HRESULT result,
+Status Fail(const char* method, std::string_view message, HRESULT result,
             Status status = CDataFileStorage::kFailure) noexcept {
     static_cast<void>(AtBoundary([&] {
-        CNALogger::LogHResult(method, message, result);
+        CNALogger::LogHResult(method, std::string(message), result);
         return S_OK;
     }));
     return status;

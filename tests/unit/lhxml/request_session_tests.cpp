@@ -54,6 +54,8 @@ constexpr HRESULT kRefused = static_cast<HRESULT>(0x80040400);
 
 [[noreturn]] void RaiseBare() { throw _com_error(kRefused); }
 
+void RaiseAsThePlatformsCompiler() { ::RaiseException(0xE06D7363, EXCEPTION_NONCONTINUABLE, 0, nullptr); }
+
 class SomeObject : public IClassFactory {
   public:
     using Row = InterfaceRow<SomeObject>;
@@ -348,6 +350,16 @@ TEST_P(RaisedError, HasAnEmptyDescriptionWithoutErrorInformation) {
     ExpectFailure("");
 }
 
+// A host that the platform's own compiler built raises its COM errors as structured exceptions.
+TEST_P(RaisedError, OfThePlatformsCompilerEndsTheSessionAlike) {
+    Once(GetParam().method, RaiseAsThePlatformsCompiler);
+    host_.answers = {{.is_null = true}};
+    EXPECT_EQ(E_FAIL, Send());
+    EXPECT_EQ(GetParam().calls, host_.calls);
+    ExpectFailure("");
+    EXPECT_EQ(S_OK, Send()) << "the next request finds everything closed";
+}
+
 TEST_P(RaisedError, LeavesOneReferenceOnTheBroker) {
     Once(GetParam().method, RaiseBare);
     EXPECT_EQ(E_FAIL, Send());
@@ -369,6 +381,14 @@ INSTANTIATE_TEST_SUITE_P(At, RaisedTwice,
                                          Raising{"CloseConnection",
                                                  {kCreate, kOpen, kBegin, kProcess, kEnd, kClose, kClose}}),
                          [](const auto& raising) { return raising.param.method; });
+
+TEST_P(RaisedTwice, OfThePlatformsCompilerFailsAlike) {
+    host_.on_call[GetParam().method] = RaiseAsThePlatformsCompiler;
+    host_.answers = {{.is_null = true}};
+    EXPECT_EQ(E_FAIL, Send());
+    EXPECT_EQ(GetParam().calls, host_.calls);
+    ExpectFailure("");
+}
 
 TEST_P(RaisedTwice, FailsWithTheDescriptionOfTheLater) {
     int count = 0;

@@ -1,8 +1,8 @@
 // What an operation holds at a time beside the document: at most three times the response text as a COM string.
 #include <gtest/gtest.h>
 
+#include "tests/support/peak_memory.hpp"
 #include "tests/unit/operations/operation_fixture.hpp"
-#include "tests/unit/operations/peak_memory.hpp"
 
 namespace paylodge::test {
 namespace {

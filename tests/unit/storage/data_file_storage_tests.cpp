@@ -2,10 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <comdef.h>
+
 #include <algorithm>
 #include <chrono>
 #include <iterator>
+#include <new>
 #include <ostream>
+#include <stdexcept>
 #include <string_view>
 #include <utility>
 
@@ -13,6 +17,7 @@
 #include "tests/support/live_allocations.hpp"
 #include "tests/support/log_files.hpp"
 #include "tests/support/no_application.hpp"
+#include "tests/support/peak_memory.hpp"
 #include "tests/support/recorded_sleeps.hpp"
 
 namespace paylodge::test {
@@ -597,6 +602,59 @@ TEST_P(FailingCall, DoesNotHinderTheNextCall) {
     EXPECT_NE("", log_.Take());
     host_.codes.clear();
     EXPECT_EQ(kSuccess, Run());
+}
+
+// What a host raises, and the HRESULT that the log has for it.
+struct RaisedByHost {
+    const char* name;
+    void (*raise)();
+    HRESULT logged;
+    // Raised by code of this compiler, whose exceptions do not pass the system's creation of an object on x86.
+    bool is_ours;
+};
+const RaisedByHost kRaisedByHost[] = {
+    {"ComError", [] { throw _com_error(kHostFailure); }, kHostFailure, true},
+    {"BadAlloc", [] { throw std::bad_alloc(); }, E_OUTOFMEMORY, true},
+    {"OtherException", [] { throw std::runtime_error("unexpected"); }, E_UNEXPECTED, true},
+    {"PlatformsCompiler", [] { ::RaiseException(0xE06D7363, EXCEPTION_NONCONTINUABLE, 0, nullptr); }, E_FAIL, false},
+};
+
+TEST_P(FailingCall, ThatRaisesIsLoggedOnceAndReturned) {
+    const std::string method = GetParam().method;
+    for (const auto& [name, raise, logged, is_ours] : kRaisedByHost) {
+        SCOPED_TRACE(name);
+        if (is_ours && method == "CreateInstance") {
+            continue;
+        }
+        host_.on_call[method] = raise;
+        EXPECT_EQ(kFailure, Run());
+        EXPECT_EQ(Logged(false, logged), log_.Take());
+        if (method == "Unlock") {
+            // The host raised before it unlocked.
+            host_.held_locks = 0;
+        }
+        EXPECT_EQ(0, host_.held_locks);
+        host_.on_call.clear();
+        EXPECT_EQ(kSuccess, Run()) << "the next call works";
+    }
+}
+
+// Every heap allocation of the operation and of the host in it in turn.
+TEST_P(FailingCall, WithoutMemoryLeavesNoLockAndRaisesNothing) {
+    if (GetParam().operation.run == kSelect.run) {
+        // The host's objects are made by the system, which is not made for exceptions.
+        return;
+    }
+    EXPECT_EQ(kFailure, FailWith(kHostFailure)) << "the log's place is known from here on";
+    bool has_failed = true;
+    for (int number = 1; has_failed; ++number) {
+        host_.calls.clear();
+        const FailingAllocation failing(number);
+        EXPECT_NO_THROW(static_cast<void>(GetParam().operation.run(storage_)));
+        has_failed = failing.HasFailed();
+        EXPECT_EQ(0, host_.held_locks) << number;
+    }
+    static_cast<void>(log_.Take());
 }
 
 INSTANTIATE_TEST_SUITE_P(Host, FailingCall, testing::ValuesIn(kFailures), testing::PrintToStringParamName());

@@ -1,4 +1,4 @@
-#include "tests/unit/operations/peak_memory.hpp"
+#include "tests/support/peak_memory.hpp"
 
 #include <windows.h>
 
