@@ -176,11 +176,14 @@ class ValueWriter {
 }  // namespace
 
 HRESULT WriteEntries(HKEY key, std::span<const RegistryEntry> entries) {
-    return HRESULT_FROM_WIN32(WriteAll(key, entries));
+    // The conversion is a macro that looks at its argument twice.
+    const LSTATUS status = WriteAll(key, entries);
+    return HRESULT_FROM_WIN32(status);
 }
 
 HRESULT RemoveEntries(HKEY key, std::span<const RegistryEntry> entries) {
-    return HRESULT_FROM_WIN32(RemoveAll(key, entries));
+    const LSTATUS status = RemoveAll(key, entries);
+    return HRESULT_FROM_WIN32(status);
 }
 
 HRESULT WriteScript(const RegistryScript& script) {

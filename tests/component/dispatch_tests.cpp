@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <optional>
 #include <vector>
 
@@ -42,6 +43,22 @@ class Dispatch : public Component {
   private:
     std::optional<OwnedVariant> result_;
 };
+
+#ifndef _WIN64
+// Far more than a 32-bit process can convert: the host goes on.
+TEST_F(Dispatch, StringThatNoMemoryIsLeftForIsOutOfMemory) {
+    constexpr UINT kCharacters = 380'000'000;
+    const OwnedBstr text(::SysAllocStringLen(nullptr, kCharacters));
+    if (!text) {
+        GTEST_SKIP() << "this process has no 760 MB in one piece";
+    }
+    std::fill_n(text.Get(), kCharacters, L'x');
+    EXPECT_EQ(E_OUTOFMEMORY, Call(FindMember("GetAccounts"), {Text(text)}));
+    EXPECT_EQ(E_OUTOFMEMORY, Call(FindMember("ProcessLHRequest"), {Text(text)}));
+    EXPECT_THAT(host.calls, IsEmpty());
+    EXPECT_EQ(S_OK, Call(FindMember("GetAccounts"), {Text(first_)}));
+}
+#endif
 
 TEST_F(Dispatch, ArgumentsByPositionComeInReverseOrder) {
     EXPECT_EQ(S_OK, Call(FindMember("OpenTxnForm"), {Text(second_), Text(first_)}));

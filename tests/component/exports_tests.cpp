@@ -80,6 +80,26 @@ TEST_F(Exports, ImportsAreSystemLibrariesOnly) {
     EXPECT_EQ(0U, image.Directory(IMAGE_DIRECTORY_ENTRY_DELAY_IMPORT).Size);
 }
 
+// While a module is being attached, the loader's lock is held: no provider may be loaded and no registry read.
+TEST_F(Exports, NoCryptographicProviderIsAsked) {
+    const Image image(module.Handle());
+    const auto* import =
+        image.At<IMAGE_IMPORT_DESCRIPTOR>(image.Directory(IMAGE_DIRECTORY_ENTRY_IMPORT).VirtualAddress);
+    int count = 0;
+    for (; import->Name != 0; ++import) {
+        const auto* thunk = image.At<IMAGE_THUNK_DATA>(import->OriginalFirstThunk);
+        for (; thunk->u1.AddressOfData != 0; ++thunk, ++count) {
+            if (!IMAGE_SNAP_BY_ORDINAL(thunk->u1.Ordinal)) {
+                const std::string name = reinterpret_cast<const char*>(
+                    image.At<IMAGE_IMPORT_BY_NAME>(static_cast<DWORD>(thunk->u1.AddressOfData))->Name);
+                EXPECT_FALSE(name.starts_with("Crypt") || name.starts_with("SystemFunction") || name == "rand_s")
+                    << name;
+            }
+        }
+    }
+    EXPECT_GT(count, 50);
+}
+
 TEST_F(Exports, SetBrowserInstanceTakesAnyText) {
     auto* const set = module.Export<void __cdecl(const wchar_t*)>("SetBrowserInstance");
     ASSERT_NE(nullptr, set);

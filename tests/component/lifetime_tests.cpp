@@ -7,6 +7,12 @@
 #include <array>
 #include <span>
 
+#include <filesystem>
+#include <functional>
+
+#include "com/module.hpp"
+#include "com/owner.hpp"
+#include "tests/component/control_under_test.hpp"
 #include "tests/component/member_call.hpp"
 #include "tests/component/module_under_test.hpp"
 
@@ -129,6 +135,120 @@ TEST_F(Lifetime, TwoLoadsAreOneModule) {
     EXPECT_EQ(first, ::GetModuleHandleW(L"Paylodge.dll"));
     EXPECT_TRUE(::FreeLibrary(first));
     EXPECT_EQ(nullptr, ::GetModuleHandleW(L"Paylodge.dll"));
+}
+
+// Whoever is released last by an object may ask whether the module can go, and may still use the object.
+class LastWord : public IUnknown {
+  public:
+    STDMETHODIMP QueryInterface(REFIID id, void** object) override {
+        *object = IsEqualIID(id, IID_IUnknown) ? this : nullptr;
+        if (*object != nullptr) {
+            AddRef();
+        }
+        return *object == nullptr ? E_NOINTERFACE : S_OK;
+    }
+    STDMETHODIMP_(ULONG) AddRef() override { return ++references_; }
+    STDMETHODIMP_(ULONG) Release() override {
+        if (--references_ == 0) {
+            on_last_release();
+        }
+        return references_;
+    }
+
+    std::function<void()> on_last_release;
+
+  private:
+    ULONG references_ = 0;
+};
+
+TEST_F(Lifetime, ModuleIsHeldWhileAnObjectReleasesItsSite) {
+    const ModuleUnderTest module;
+    auto paylodge = module.CreatePaylodge();
+    IPaylodge8* const object = paylodge.Get();
+    int last_words = 0;
+    LastWord site;
+    site.on_last_release = [&] {
+        ++last_words;
+        EXPECT_EQ(S_FALSE, module.CanUnloadNow());
+        ComPtr<IDispatch> dispatch;
+        EXPECT_EQ(S_OK, object->QueryInterface(IID_IDispatch, dispatch.ReceiveVoid()));
+        UINT count = 0;
+        EXPECT_EQ(S_OK, dispatch->GetTypeInfoCount(&count));
+        EXPECT_EQ(1U, count);
+    };
+    ComPtr<IObjectWithSite> with_site;
+    ASSERT_EQ(S_OK, paylodge.As(with_site));
+    EXPECT_EQ(S_OK, with_site->SetSite(&site));
+    with_site.Reset();
+    EXPECT_EQ(0, last_words);
+    EXPECT_EQ(0U, paylodge.Detach()->Release());
+    EXPECT_EQ(1, last_words);
+    EXPECT_EQ(S_OK, module.CanUnloadNow());
+}
+
+TEST_F(Lifetime, ModuleIsHeldWhileAControlReleasesItsSite) {
+    const ModuleUnderTest module;
+    auto control = CreateControl(module);
+    IPaylodgeCtrl10* const object = control.Get();
+    int last_words = 0;
+    LastWord site;
+    site.on_last_release = [&] {
+        ++last_words;
+        EXPECT_EQ(S_FALSE, module.CanUnloadNow());
+        EXPECT_EQ(S_OK, object->SubscribeToNotifications());
+        EXPECT_EQ(S_OK, object->UnSubscribeFromNotifications());
+    };
+    ComPtr<IObjectWithSite> with_site;
+    ASSERT_EQ(S_OK, control.As(with_site));
+    EXPECT_EQ(S_OK, with_site->SetSite(&site));
+    with_site.Reset();
+    EXPECT_EQ(0U, control.Detach()->Release());
+    EXPECT_EQ(1, last_words);
+}
+
+// The end code of a program beside this one.
+[[nodiscard]] DWORD ExitCodeOf(const wchar_t* program) {
+    const auto path = std::filesystem::path(Module::Path()).parent_path() / program;
+    std::wstring command = L'"' + path.wstring() + L'"';
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process{};
+    const std::wstring folder = path.parent_path().wstring();
+    EXPECT_TRUE(::CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, folder.c_str(), &startup,
+                                 &process));
+    EXPECT_EQ(WAIT_OBJECT_0, ::WaitForSingleObject(process.hProcess, 60'000));
+    DWORD code = STILL_ACTIVE;
+    EXPECT_TRUE(::GetExitCodeProcess(process.hProcess, &code));
+    ::CloseHandle(process.hThread);
+    ::CloseHandle(process.hProcess);
+    return code;
+}
+
+TEST_F(Lifetime, ObjectsMayBeReleasedAfterTheModuleWasToldOfTheEndOfTheProcess) {
+    EXPECT_EQ(0U, ExitCodeOf(L"process_with_late_release.exe"));
+}
+
+// On x86 that library, where the process has it, would be given the module's unwind tables.
+TEST_F(Lifetime, ExceptionsWorkBesideTheRunTimeLibraryOfAnotherModule) {
+    const ModuleHandle other(::LoadLibraryW(L"libgcc_s_dw2-1.dll"));
+    ASSERT_TRUE(other);
+    const ModuleUnderTest module;
+    const auto paylodge = module.CreatePaylodge();
+    EXPECT_EQ(E_FAIL, CallSlot(*paylodge.Get(), FindMember("ProcessLHRequest")).result)
+        << "a COM error was caught inside";
+}
+
+TEST_F(Lifetime, NoLibraryOfTheHostIsFreedWithTheModule) {
+    const auto folder = std::filesystem::path(Module::Path()).parent_path().parent_path() / L"refhost";
+    ASSERT_TRUE(::SetDllDirectoryW(folder.c_str()));
+    ASSERT_EQ(nullptr, ::GetModuleHandleW(L"Oskerin.dll"));
+    {
+        const ModuleUnderTest module;
+        EXPECT_EQ(S_OK, CreateControl(module)->ConnectDevice());
+        EXPECT_NE(nullptr, ::GetModuleHandleW(L"Oskerin.dll"));
+    }
+    EXPECT_NE(nullptr, ::GetModuleHandleW(L"Oskerin.dll"));
+    ASSERT_TRUE(::SetDllDirectoryW(nullptr));
 }
 
 TEST_F(Lifetime, EveryMemberLeavesTheModuleUnloadable) {

@@ -225,6 +225,18 @@ class RecordingSite : public IOleClientSite,
     Record& record_;
 };
 
+// A site that calls back when its last reference goes.
+class SiteWithLastWord : public RecordingSite {
+  public:
+    using RecordingSite::RecordingSite;
+    void FinalRelease() { on_last_release(); }
+
+    std::function<void()> on_last_release = [] {};
+
+  protected:
+    ~SiteWithLastWord() = default;
+};
+
 // A sink for events of a dispatch interface; writes down each call with its arguments in the caller's order.
 class RecordingSink : public IDispatch {
   public:

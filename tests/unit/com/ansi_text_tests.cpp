@@ -24,6 +24,30 @@ TEST(AnsiText, CharactersOutsideTheCodePageBecomeItsDefault) {
                                   L"b"));
 }
 
+// Full-width and other look-alikes of what XML, script and paths give a meaning to.
+TEST(AnsiText, CharactersThatLookLikeMarkupDoNotBecomeMarkup) {
+    for (const wchar_t look_alike : {L'\uFF1C', L'\uFF1E', L'\uFF06', L'\uFF02', L'\uFF07', L'\u2039', L'\u2329',
+                                     L'\u2032', L'\uFF3C', L'\u2216', L'\uFF0F', L'\u2044'}) {
+        const std::string narrow = AnsiFromWide(std::wstring(1, look_alike));
+        ASSERT_EQ(1U, narrow.size());
+        EXPECT_EQ(std::string::npos, narrow.find_first_of("<>&\"'\\/")) << std::hex << static_cast<int>(look_alike);
+    }
+    EXPECT_EQ("a?b", AnsiFromWide(L"a\uFF1C"
+                                  L"b"));
+}
+
+// Code pages that refuse the flag for that hold every character.
+TEST(AnsiText, CodePagesWithEveryCharacterAreUsedAsTheyAre) {
+    EXPECT_EQ(
+        "a\xEF\xBC\x9C"
+        "b",
+        NarrowFromWide(CP_UTF8,
+                       L"a\uFF1C"
+                       L"b"));
+    EXPECT_EQ("", NarrowFromWide(CP_UTF8, L""));
+    EXPECT_EQ("\xC3\xA9\0z"s, NarrowFromWide(CP_UTF8, L"\xE9\0z"s));
+}
+
 TEST(AnsiText, EmbeddedNulsSurvive) {
     EXPECT_EQ("a\0b\0"s, AnsiFromWide(L"a\0b\0"s));
     EXPECT_EQ("a\0b\0"s, AnsiFromBstr(MakeBstr(L"a\0b\0"s).Get()));

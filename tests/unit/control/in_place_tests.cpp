@@ -371,6 +371,76 @@ TEST_F(InPlace, MayBeReleasedFromWithinItsCalls) {
     EXPECT_FALSE(::IsWindow(window));
 }
 
+// Each call of the container that ends an activation lets go of the control's last reference.
+class LastReference : public InPlace {
+  protected:
+    // The control is gone when the verb or method returns, and nothing of it was used afterwards.
+    template <class Method>
+    void ReleaseAt(const char* call, const Method& method) {
+        ASSERT_EQ(S_OK, Do(OLEIVERB_UIACTIVATE));
+        const HWND window = ControlWindow();
+        IOleObject* const object = object_.Detach();
+        IOleInPlaceObjectWindowless* const in_place = in_place_.Detach();
+        int times = 0;
+        record_.reactions[call] = [&, object, in_place] {
+            ASSERT_EQ(1, ++times);
+            site_->frame->active_object.Reset();
+            control_.Reset();
+            object->Release();
+            in_place->Release();
+        };
+        method(*object, *in_place);
+        EXPECT_EQ(1, times) << call;
+        record_.reactions.clear();
+        EXPECT_FALSE(::IsWindow(window));
+        EXPECT_EQ(1, Module::References() - modules_before_ - 1) << "site and frame alone are left";
+    }
+};
+
+TEST_F(LastReference, GoesWhileTheUserInterfaceIsDeactivated) {
+    ReleaseAt("OnUIDeactivate",
+              [](IOleObject&, IOleInPlaceObjectWindowless& in_place) { EXPECT_EQ(S_OK, in_place.UIDeactivate()); });
+}
+
+TEST_F(LastReference, GoesWhileTheControlIsHidden) {
+    ReleaseAt("OnUIDeactivate", [this](IOleObject& object, IOleInPlaceObjectWindowless&) {
+        EXPECT_EQ(S_OK, object.DoVerb(OLEIVERB_HIDE, nullptr, site_.Get(), 0, site_->parent, nullptr));
+    });
+}
+
+TEST_F(LastReference, GoesWhileTheControlIsDeactivated) {
+    ReleaseAt("OnInPlaceDeactivate", [](IOleObject&, IOleInPlaceObjectWindowless& in_place) {
+        EXPECT_EQ(S_OK, in_place.InPlaceDeactivate());
+    });
+}
+
+TEST_F(LastReference, GoesWhileTheControlIsClosed) {
+    ReleaseAt("OnInPlaceDeactivate",
+              [](IOleObject& object, IOleInPlaceObjectWindowless&) { EXPECT_EQ(S_OK, object.Close(OLECLOSE_NOSAVE)); });
+}
+
+TEST_F(InPlace, PrintingLeavesTheCallersContextAsItWas) {
+    ShowControl();
+    const HDC dc = ::CreateCompatibleDC(nullptr);
+    const HBITMAP bitmap = ::CreateCompatibleBitmap(dc, 300, 200);
+    const HGDIOBJ before = ::SelectObject(dc, bitmap);
+    ::SetTextAlign(dc, TA_RIGHT);
+    const HRGN clip = ::CreateRectRgn(5, 6, 70, 80);
+    ::SelectClipRgn(dc, clip);
+    control_->draw_count = 0;
+    ::SendMessageW(ControlWindow(), WM_PRINTCLIENT, reinterpret_cast<WPARAM>(dc), PRF_CLIENT);
+    EXPECT_EQ(1, control_->draw_count);
+    EXPECT_EQ(static_cast<UINT>(TA_RIGHT), ::GetTextAlign(dc));
+    RECT clipped{};
+    EXPECT_EQ(SIMPLEREGION, ::GetClipBox(dc, &clipped));
+    const RECT expected{5, 6, 70, 80};
+    EXPECT_TRUE(::EqualRect(&expected, &clipped));
+    ::SelectObject(dc, before);
+    ::DeleteObject(clip);
+    ::DeleteObject(bitmap);
+    ::DeleteDC(dc);
+}
+
 TEST_F(InPlace, TwoControlsAreIndependent) {
     Record other_record;
     const auto other_site = ComObject<RecordingSite>::Create(other_record);

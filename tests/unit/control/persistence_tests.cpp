@@ -88,6 +88,30 @@ TEST_F(Persistence, OnlyASaveThatClearsItMakesTheControlClean) {
     EXPECT_EQ(S_FALSE, in_storage_->IsDirty());
 }
 
+TEST_F(Persistence, AStreamOfAnyVersionOfTheFrameworkIsRead) {
+    for (const DWORD version : {0x0001u, 0x0200u, 0x0300u, 0x0700u, 0x0710u, 0x0800u, 0x0B00u, 0x0C00u, 0x0E00u}) {
+        const auto stream = NewStream();
+        EXPECT_EQ(S_OK, stream->Write(&version, sizeof version, nullptr));
+        MoveTo(*stream.Get(), 0);
+        control_->SetControlDirty(true);
+        EXPECT_EQ(S_OK, in_stream_->Load(stream.Get())) << std::hex << version;
+        EXPECT_EQ(S_FALSE, in_stream_->IsDirty());
+        EXPECT_EQ(4u, Position(*stream.Get()));
+    }
+}
+
+TEST_F(Persistence, AStreamOfNoVersionOfTheFrameworkIsRefused) {
+    for (const DWORD version : {0x0000u, 0x0E01u, 0x10000u, 0xFFFFFFFFu}) {
+        const auto stream = NewStream();
+        EXPECT_EQ(S_OK, stream->Write(&version, sizeof version, nullptr));
+        MoveTo(*stream.Get(), 0);
+        control_->SetControlDirty(true);
+        EXPECT_EQ(E_FAIL, in_stream_->Load(stream.Get())) << std::hex << version;
+        EXPECT_EQ(S_OK, in_stream_->IsDirty());
+        control_->SetControlDirty(false);
+    }
+}
+
 TEST_F(Persistence, AStreamOfAnotherKindIsRefused) {
     EXPECT_EQ(E_FAIL, in_stream_->Load(NewStream().Get()));
     const auto stream = NewStream();

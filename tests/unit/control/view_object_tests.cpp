@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <vector>
+
 #include "tests/support/drawing_surface.hpp"
 #include "tests/support/recording_container.hpp"
 #include "tests/unit/control/test_control.hpp"
@@ -98,6 +101,52 @@ TEST_F(ViewObject, DrawsWhereAWorldTransformPutsItsBounds) {
     EXPECT_EQ(S_OK, Draw({0, 0, 50, 25}));
     ExpectRect({10, 10, 110, 60},
                surface_.Around(surface_.All(), [](COLORREF pixel) { return pixel != DrawingSurface::kUntouched; }));
+}
+
+// What a metafile of the old kind records.
+struct Recorded {
+    std::vector<WORD> functions;
+    // The arguments of each RestoreDC.
+    std::vector<SHORT> restored;
+};
+
+[[nodiscard]] Recorded RecordsOf(HMETAFILE metafile) {
+    Recorded recorded;
+    const auto add = [](HDC, HANDLETABLE*, METARECORD* record, int, LPARAM context) -> int {
+        auto& to = *reinterpret_cast<Recorded*>(context);
+        to.functions.push_back(record->rdFunction);
+        if (record->rdFunction == META_RESTOREDC) {
+            to.restored.push_back(static_cast<SHORT>(record->rdParm[0]));
+        }
+        return 1;
+    };
+    const DrawingSurface surface(10, 10);
+    EXPECT_TRUE(::EnumMetaFile(surface.Dc(), metafile, add, reinterpret_cast<LPARAM>(&recorded)));
+    return recorded;
+}
+
+TEST_F(ViewObject, DrawnIntoAnOldMetafileKeepsThePlayersStatesAndClips) {
+    const HDC recording = ::CreateMetaFileW(nullptr);
+    const RECTL bounds{10, 20, 110, 70};
+    EXPECT_EQ(S_OK,
+              view_->Draw(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, recording, &bounds, nullptr, nullptr, 0));
+    const HMETAFILE metafile = ::CloseMetaFile(recording);
+    const Recorded recorded = RecordsOf(metafile);
+    EXPECT_EQ((std::vector<SHORT>{-1}), recorded.restored) << "the state saved last, none of the player's own";
+    EXPECT_EQ(1, std::ranges::count(recorded.functions, META_SAVEDC));
+    EXPECT_EQ(1, std::ranges::count(recorded.functions, META_CREATEREGION));
+    EXPECT_EQ(1, std::ranges::count(recorded.functions, META_RECTANGLE));
+
+    // Two states of the player's own: its text alignment comes back from the first.
+    const int first = ::SaveDC(surface_.Dc());
+    ::SetTextAlign(surface_.Dc(), TA_RIGHT);
+    ::SaveDC(surface_.Dc());
+    EXPECT_TRUE(::PlayMetaFile(surface_.Dc(), metafile));
+    EXPECT_EQ(static_cast<UINT>(TA_RIGHT), ::GetTextAlign(surface_.Dc()));
+    EXPECT_TRUE(::RestoreDC(surface_.Dc(), -1));
+    EXPECT_EQ(static_cast<UINT>(TA_RIGHT), ::GetTextAlign(surface_.Dc()));
+    EXPECT_TRUE(::RestoreDC(surface_.Dc(), first));
+    ::DeleteMetaFile(metafile);
 }
 
 TEST_F(ViewObject, ReportsWhatItsDrawingReports) {
@@ -219,6 +268,33 @@ TEST_F(ViewAdvise, IsHandedOut) {
     EXPECT_EQ(static_cast<DWORD>(ADVF_PRIMEFIRST), flags);
     EXPECT_EQ(static_cast<IAdviseSink*>(site_.Get()), sink.Get());
     EXPECT_EQ(S_OK, view_->GetAdvise(nullptr, nullptr, nullptr));
+}
+
+TEST_F(ViewAdvise, IsReleasedByClosing) {
+    EXPECT_EQ(S_OK, view_->SetAdvise(DVASPECT_CONTENT, ADVF_ONLYONCE, site_.Get()));
+    EXPECT_EQ(S_OK, Query<IOleObject>(control_)->Close(OLECLOSE_NOSAVE));
+    EXPECT_EQ(1u, References(site_));
+    DWORD aspects = 7;
+    DWORD flags = 7;
+    ComPtr<IAdviseSink> sink;
+    EXPECT_EQ(S_OK, view_->GetAdvise(&aspects, &flags, sink.Receive()));
+    EXPECT_EQ(0u, aspects);
+    EXPECT_EQ(0u, flags);
+    EXPECT_FALSE(sink);
+    SetWidth(1);
+    EXPECT_EQ("", record_.Take());
+}
+
+TEST_F(ViewAdvise, StaysWhenClosingFails) {
+    const auto object = Query<IOleObject>(control_);
+    EXPECT_EQ(S_OK, object->SetClientSite(site_.Get()));
+    EXPECT_EQ(S_OK, view_->SetAdvise(DVASPECT_CONTENT, 0, site_.Get()));
+    control_->SetControlDirty(true);
+    site_->answers["SaveObject"] = E_ACCESSDENIED;
+    EXPECT_EQ(E_ACCESSDENIED, object->Close(OLECLOSE_SAVEIFDIRTY));
+    EXPECT_EQ(3u, References(site_));
+    EXPECT_EQ(S_OK, object->Close(OLECLOSE_NOSAVE));
+    EXPECT_EQ(S_OK, object->SetClientSite(nullptr));
 }
 
 TEST_F(ViewAdvise, IsOnlyForTheContent) {

@@ -1,6 +1,59 @@
 #include "frame/registrar/registry_writer.hpp"
 
+#include <iomanip>
+#include <ostream>
+#include <utility>
+
+#include "tests/support/import_slot.hpp"
 #include "tests/support/scratch_registry.hpp"
+
+namespace paylodge {
+namespace {
+
+// What the writer opened, with the access that it asked for.
+struct Opened {
+    std::wstring name;
+    REGSAM access;
+    bool operator==(const Opened&) const = default;
+};
+void PrintTo(const Opened& opened, std::ostream* out) {
+    *out << testing::PrintToString(opened.name) << " for " << std::hex << opened.access;
+}
+std::vector<Opened> g_opened;
+
+void NoteOpened(LPCWSTR name, REGSAM access) {
+    if (name != nullptr) {
+        g_opened.push_back({name, access});
+    }
+}
+
+template <class Function>
+[[nodiscard]] Function* InRegistry(const char* name) {
+    return reinterpret_cast<Function*>(
+        reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleW(L"advapi32.dll"), name)));
+}
+
+LSTATUS WINAPI CreateKey(HKEY parent, LPCWSTR name, DWORD reserved, LPWSTR key_class, DWORD options, REGSAM access,
+                         const LPSECURITY_ATTRIBUTES attributes, PHKEY key, LPDWORD disposition) {
+    NoteOpened(name, access);
+    return InRegistry<decltype(CreateKey)>("RegCreateKeyExW")(parent, name, reserved, key_class, options, access,
+                                                              attributes, key, disposition);
+}
+
+LSTATUS WINAPI OpenKey(HKEY parent, LPCWSTR name, DWORD options, REGSAM access, PHKEY key) {
+    NoteOpened(name, access);
+    return InRegistry<decltype(OpenKey)>("RegOpenKeyExW")(parent, name, options, access, key);
+}
+
+}  // namespace
+}  // namespace paylodge
+
+extern "C" {
+extern decltype(&paylodge::CreateKey) import_of_create_key PAYLODGE_IMPORT_SLOT(RegCreateKeyExW, 36);
+extern decltype(&paylodge::OpenKey) import_of_open_key PAYLODGE_IMPORT_SLOT(RegOpenKeyExW, 20);
+decltype(&paylodge::CreateKey) import_of_create_key = &paylodge::CreateKey;
+decltype(&paylodge::OpenKey) import_of_open_key = &paylodge::OpenKey;
+}
 
 namespace paylodge {
 namespace {
@@ -19,6 +72,29 @@ class RegistryWriter : public ScratchRegistry {
 };
 
 using Bytes = std::vector<BYTE>;
+
+constexpr REGSAM kToGoThrough = KEY_READ;
+constexpr REGSAM kToChange = KEY_READ | KEY_SET_VALUE;
+constexpr auto kTwoKeys = u"NoRemove Shared { Ours = s 'one' { NoRemove Through { Val v = s 'x' } } }";
+
+TEST_F(RegistryWriter, OpensForWritingOnlyTheKeysWhoseValuesItChanges) {
+    ASSERT_EQ(Write(kTwoKeys), S_OK);
+    g_opened.clear();
+    ASSERT_EQ(Write(kTwoKeys), S_OK);
+    const auto opened = std::exchange(g_opened, {});
+    EXPECT_EQ((std::vector<Opened>{{L"Shared", kToGoThrough}, {L"Ours", kToChange}, {L"Through", kToChange}}), opened);
+}
+
+TEST_F(RegistryWriter, RemovesThroughKeysThatItOpensForReading) {
+    ASSERT_EQ(Write(kTwoKeys), S_OK);
+    g_opened.clear();
+    ASSERT_EQ(Remove(u"NoRemove Shared { NoRemove Ours { Through } }"), S_OK);
+    const auto opened = std::exchange(g_opened, {});
+    EXPECT_EQ((std::vector<Opened>{{L"Shared", kToGoThrough}, {L"Ours", kToGoThrough}, {L"Through", kToGoThrough}}),
+              opened);
+    EXPECT_TRUE(HasKey(L"Shared\\Ours"));
+    EXPECT_FALSE(HasKey(L"Shared\\Ours\\Through"));
+}
 
 TEST_F(RegistryWriter, CreatesKeysWithTheirDefaultValues) {
     ASSERT_EQ(Write(u"a = s 'one' { b = s '' c }"), S_OK);
