@@ -6,24 +6,25 @@
 #include <initializer_list>
 
 #include "control/connection_points.hpp"
+#include "idl/event_ids.h"
 #include "paylodge.h"
 
 namespace paylodge {
 
 // The events of _IPaylodgeCtrlEvents by their dispatch ids.
 enum class ControlEvent : DISPID {
-    kTransactionChanged = 1,
-    kReconBatchData = 2,
-    kReconFeeData = 3,
-    kReconPaymentData = 4,
-    kTransactionID = 5,
-    kEInvoicedTransactionData = 6,
-    kOnProcessLHRequest = 7,
-    kCustomerListData = 8,
-    kItemListData = 9,
-    kCustomerData = 10,
-    kCustomerSearchResult = 11,
-    kLineItemsSearchResult = 12,
+    kTransactionChanged = DISPID_TRANSACTION_CHANGED,
+    kReconBatchData = DISPID_RECON_BATCH_DATA,
+    kReconFeeData = DISPID_RECON_FEE_DATA,
+    kReconPaymentData = DISPID_RECON_PAYMENT_DATA,
+    kTransactionID = DISPID_TRANSACTION_ID,
+    kEInvoicedTransactionData = DISPID_EINVOICED_TRANSACTION_DATA,
+    kOnProcessLHRequest = DISPID_ON_PROCESS_LH_REQUEST,
+    kCustomerListData = DISPID_CUSTOMER_LIST_DATA,
+    kItemListData = DISPID_ITEM_LIST_DATA,
+    kCustomerData = DISPID_CUSTOMER_DATA,
+    kCustomerSearchResult = DISPID_CUSTOMER_SEARCH_RESULT,
+    kLineItemsSearchResult = DISPID_LINE_ITEMS_SEARCH_RESULT,
 };
 
 // Raises an event on the sinks of one control, whose arguments stand in the event's own order. Gives the code of the

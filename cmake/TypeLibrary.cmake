@@ -7,8 +7,9 @@ find_path(PAYLODGE_STDOLE stdole2.tlb REQUIRED NO_CMAKE_FIND_ROOT_PATH
     PATHS /usr/lib/x86_64-linux-gnu/wine /usr/lib/i386-linux-gnu/wine /usr/lib/wine
     PATH_SUFFIXES x86_64-windows i386-windows)
 
-# add_type_library(TARGET IDL TLB): an interface library TARGET that gives NAME.h, with the identifiers compiled in,
-# NAME_methods.hpp with the methods of its dual interfaces, and the type library TLB. NAME is the name of the IDL file.
+# add_type_library(TARGET IDL TLB [INCLUDED]...): an interface library TARGET that gives NAME.h, with the identifiers compiled in,
+# NAME_methods.hpp with the methods of its dual interfaces, and the type library TLB. NAME is the name of the IDL file;
+# INCLUDED are the files that it includes.
 function(add_type_library target idl tlb)
     get_filename_component(name ${idl} NAME_WE)
     set(folder ${CMAKE_CURRENT_BINARY_DIR}/${target})
@@ -24,7 +25,7 @@ function(add_type_library target idl tlb)
         COMMAND ${widl} -t -o ${tlb} ${idl}
         COMMAND Python3::Interpreter ${PAYLODGE_UNDATE} ${tlb}
         COMMAND Python3::Interpreter -B ${PAYLODGE_LIST_METHODS} ${header} ${methods}
-        DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${idl} ${PAYLODGE_UNDATE} ${PAYLODGE_LIST_METHODS}
+        DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${idl} ${ARGN} ${PAYLODGE_UNDATE} ${PAYLODGE_LIST_METHODS}
         # The header names the file as it is given here.
         WORKING_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR}
         COMMENT "Interfaces and type library from ${idl}"

@@ -5,6 +5,7 @@
 #include "bridge/misc_status.hpp"
 #include "com/boundary.hpp"
 #include "com/module.hpp"
+#include "frame/module/resource.h"
 #include "frame/registrar/registration_steps.hpp"
 
 namespace paylodge {
@@ -18,7 +19,7 @@ constexpr RegistrationStep kTypeLibrary = {
     [](const Registrar& registrar) { return RegisterTypeLibrary(registrar.Scope()); },
     [](const Registrar& registrar) { return UnregisterTypeLibrary(registrar.Scope()); }};
 
-constexpr std::array kSteps = {kScript<101>, kScript<104>, kTypeLibrary};
+constexpr std::array kSteps = {kScript<IDR_PAYLODGE>, kScript<IDR_PAYLODGE_CTRL>, kTypeLibrary};
 
 [[nodiscard]] std::u16string Text(std::wstring_view text) { return {text.begin(), text.end()}; }
 

@@ -112,7 +112,7 @@ struct Recorded {
 
 [[nodiscard]] Recorded RecordsOf(HMETAFILE metafile) {
     Recorded recorded;
-    const auto add = [](HDC, HANDLETABLE*, METARECORD* record, int, LPARAM context) -> int {
+    const auto add = [](HDC, HANDLETABLE*, METARECORD* record, int, LPARAM context) WINAPI -> int {
         auto& to = *reinterpret_cast<Recorded*>(context);
         to.functions.push_back(record->rdFunction);
         if (record->rdFunction == META_RESTOREDC) {

@@ -1,0 +1,18 @@
+/* The dispatch ids of the control's events, for the interface definitions and for the code that raises the events. */
+#ifndef PAYLODGE_EVENT_IDS_H
+#define PAYLODGE_EVENT_IDS_H
+
+#define DISPID_TRANSACTION_CHANGED 0x1
+#define DISPID_RECON_BATCH_DATA 0x2
+#define DISPID_RECON_FEE_DATA 0x3
+#define DISPID_RECON_PAYMENT_DATA 0x4
+#define DISPID_TRANSACTION_ID 0x5
+#define DISPID_EINVOICED_TRANSACTION_DATA 0x6
+#define DISPID_ON_PROCESS_LH_REQUEST 0x7
+#define DISPID_CUSTOMER_LIST_DATA 0x8
+#define DISPID_ITEM_LIST_DATA 0x9
+#define DISPID_CUSTOMER_DATA 0xa
+#define DISPID_CUSTOMER_SEARCH_RESULT 0xb
+#define DISPID_LINE_ITEMS_SEARCH_RESULT 0xc
+
+#endif
