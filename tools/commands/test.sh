@@ -7,14 +7,15 @@ Usage: ./dev test [--filter TEXT] [--time-limit SECONDS] [KIND]...
 
 Builds and runs the tests of the given kinds; without a KIND all of them:
 
-  x64     programs for 64-bit Windows, under Wine
-  x86     programs for 32-bit Windows, under Wine
-  native  programs for this machine, under sanitizers
-  script  page scripts, on both Windows architectures
-  package what ./dev package makes, installed into a Wine prefix of its own
-  fuzz    a short run of each fuzzer
-  tools   the tests of the tools themselves
-  format  the format of the C++ sources
+  x64          programs for 64-bit Windows, under Wine
+  x86          programs for 32-bit Windows, under Wine
+  x64-checked  those for 64-bit Windows with asserts, traps for undefined behaviour, and a checked standard library
+  native       programs for this machine, under sanitizers
+  script       page scripts, on both Windows architectures
+  package      what ./dev package makes, installed into a Wine prefix of its own
+  fuzz         a short run of each fuzzer
+  tools        the tests of the tools themselves
+  format       the format of the C++ sources
 
   --filter TEXT         only tests with TEXT in their full name, as a failure prints it, or in the name of their file:
                         "payment" or "operations/payment.cpp" for what tests that source; letter case does not count
@@ -30,7 +31,7 @@ flavours_for() {
     local kind
     for kind in "$@"; do
         case $kind in
-            x64 | x86 | native) printf '%s\n' "$kind" ;;
+            x64 | x86 | x64-checked | native) printf '%s\n' "$kind" ;;
             script | package) printf 'x64\nx86\n' ;;
             fuzz) printf 'native\n' ;;
         esac
@@ -51,12 +52,12 @@ run() {
                 options+=("--time-limit=$2")
                 shift
                 ;;
-            x64 | x86 | native | script | package | fuzz | tools | format) kinds+=("$1") ;;
+            x64 | x86 | x64-checked | native | script | package | fuzz | tools | format) kinds+=("$1") ;;
             *) usage_error "'test' does not know '$1'; './dev test --help' says what it knows" ;;
         esac
         shift
     done
-    [ ${#kinds[@]} -gt 0 ] || kinds=(x64 x86 native script package fuzz tools format)
+    [ ${#kinds[@]} -gt 0 ] || kinds=(x64 x86 x64-checked native script package fuzz tools format)
 
     install_packages
     lock_checkout

@@ -16,8 +16,10 @@ from results import Case, Ending, Outcome, read_gtest, read_gtest_list, read_lin
 from sources import Sources, TestFile
 from wine_session import windows_path
 
-KINDS = ("x64", "x86", "native", "script", "package", "fuzz", "tools", "format")
-PROGRAM_KINDS = ("x64", "x86", "native")
+KINDS = ("x64", "x86", "x64-checked", "native", "script", "package", "fuzz", "tools", "format")
+PROGRAM_KINDS = ("x64", "x86", "x64-checked", "native")
+# What a flavour for Windows is compiled for.
+ARCHITECTURES = {"x64": "x64", "x86": "x86", "x64-checked": "x64"}
 WINE_PACKAGES = {"x64": "wine64", "x86": "wine32:i386"}
 
 # The target with the component and the reference host; natively the pure core.
@@ -194,7 +196,7 @@ def program_job(paths: Paths, preset: str, program: Path, chosen: Filter) -> Job
         options.append(f"--gtest_flagfile={report.in_command(paths.gtest_flags(name))}")
 
     def prepare() -> list[Case] | None:
-        instead = check_wine(preset) if under_wine else None
+        instead = check_wine(ARCHITECTURES[preset]) if under_wine else None
         report.file.unlink(missing_ok=True)
         if instead or all_of_them:
             return [instead] if instead else None
