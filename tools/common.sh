@@ -45,7 +45,10 @@ lock_checkout() {
     mkdir -p build
 }
 
-install_packages() { bash tools/setup.sh; }
+install_packages() {
+    bash tools/setup.sh
+    bash tools/third-party.sh
+}
 
 # What a configured build folder was configured for and by. One that a copied or moved checkout brought along names the
 # sources of the old folder, and would build those.
