@@ -9,12 +9,12 @@
 
 #include "com/class_object.hpp"
 #include "frame/registrar/registrar.hpp"
-#include "refhost/application_locator.hpp"
-#include "refhost/boundary.hpp"
-#include "refhost/host.hpp"
-#include "refhost/object_broker.hpp"
-#include "refhost/processor_object.hpp"
-#include "refhost/reference_host.hpp"
+#include "refhost/control/reference_host.hpp"
+#include "refhost/objects/application_locator.hpp"
+#include "refhost/objects/boundary.hpp"
+#include "refhost/objects/host.hpp"
+#include "refhost/objects/object_broker.hpp"
+#include "refhost/objects/processor_object.hpp"
 
 namespace paylodge::refhost {
 namespace {

@@ -8,11 +8,11 @@
 
 #include <string>
 
+#include "refhost/objects/utf8.hpp"
 #include "refhost/oskerin/account_services.hpp"
 #include "refhost/oskerin/script_listener.hpp"
 #include "refhost/oskerin/simulated_reader.hpp"
 #include "refhost/oskerin/tlv.hpp"
-#include "refhost/utf8.hpp"
 
 namespace paylodge::refhost {
 namespace {

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "refhost/xml_writer.hpp"
+#include "refhost/books/xml_writer.hpp"
 #include "tests/refhost/sample_books.hpp"
 
 namespace paylodge::refhost {

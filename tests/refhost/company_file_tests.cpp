@@ -1,4 +1,4 @@
-#include "refhost/company_file.hpp"
+#include "refhost/books/company_file.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,10 +8,10 @@
 #include <fstream>
 #include <set>
 
-#include "refhost/fields.hpp"
-#include "refhost/status.hpp"
-#include "refhost/utf8.hpp"
-#include "refhost/values.hpp"
+#include "refhost/books/fields.hpp"
+#include "refhost/books/status.hpp"
+#include "refhost/books/values.hpp"
+#include "refhost/objects/utf8.hpp"
 #include "tests/refhost/host_server.hpp"
 
 namespace paylodge::refhost {

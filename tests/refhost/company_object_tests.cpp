@@ -1,11 +1,11 @@
-#include "refhost/company_object.hpp"
+#include "refhost/objects/company_object.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "com/variant.hpp"
-#include "refhost/application_locator.hpp"
-#include "refhost/utf8.hpp"
+#include "refhost/objects/application_locator.hpp"
+#include "refhost/objects/utf8.hpp"
 #include "tests/refhost/host_server.hpp"
 
 namespace paylodge::refhost {

@@ -1,4 +1,4 @@
-#include "refhost/data_file_records.hpp"
+#include "refhost/books/data_file_records.hpp"
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,7 @@
 
 #include "com/bstr.hpp"
 #include "paylodge.h"
-#include "refhost/application_locator.hpp"
+#include "refhost/objects/application_locator.hpp"
 #include "tests/refhost/host_server.hpp"
 
 namespace {

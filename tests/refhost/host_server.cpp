@@ -5,7 +5,7 @@
 #include <iterator>
 
 #include "com/module.hpp"
-#include "refhost/utf8.hpp"
+#include "refhost/objects/utf8.hpp"
 
 namespace paylodge::refhost {
 

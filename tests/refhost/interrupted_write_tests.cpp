@@ -8,9 +8,9 @@
 #include <optional>
 #include <vector>
 
-#include "refhost/company_file.hpp"
-#include "refhost/data_file_records.hpp"
-#include "refhost/fault_plan.hpp"
+#include "refhost/books/company_file.hpp"
+#include "refhost/books/data_file_records.hpp"
+#include "refhost/control/fault_plan.hpp"
 #include "tests/refhost/host_server.hpp"
 
 namespace paylodge::refhost {

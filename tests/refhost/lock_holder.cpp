@@ -4,7 +4,7 @@
 
 #include <objbase.h>
 
-#include "refhost/company_file.hpp"
+#include "refhost/books/company_file.hpp"
 
 int wmain(int count, wchar_t** arguments) {
     if (count != 3 || FAILED(::CoInitialize(nullptr))) {

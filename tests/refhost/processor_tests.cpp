@@ -1,8 +1,8 @@
-#include "refhost/processor.hpp"
+#include "refhost/books/processor.hpp"
 
 #include <gtest/gtest.h>
 
-#include "refhost/xml_writer.hpp"
+#include "refhost/books/xml_writer.hpp"
 #include "tests/refhost/sample_books.hpp"
 
 namespace paylodge::refhost {

@@ -1,4 +1,4 @@
-#include "refhost/property_values.hpp"
+#include "refhost/objects/property_values.hpp"
 
 #include <gtest/gtest.h>
 

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 #include <objbase.h>
 
-#include "refhost/utf8.hpp"
-#include "refhost/xml_reader.hpp"
+#include "refhost/books/xml_reader.hpp"
+#include "refhost/objects/utf8.hpp"
 
 namespace paylodge::refhost {
 namespace {

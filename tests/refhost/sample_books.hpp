@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "refhost/processor.hpp"
+#include "refhost/books/processor.hpp"
 
 namespace paylodge::refhost {
 

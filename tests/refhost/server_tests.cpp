@@ -3,9 +3,9 @@
 
 #include <filesystem>
 
-#include "refhost/processor_object.hpp"
-#include "refhost/utf8.hpp"
-#include "refhost/xml_reader.hpp"
+#include "refhost/books/xml_reader.hpp"
+#include "refhost/objects/processor_object.hpp"
+#include "refhost/objects/utf8.hpp"
 #include "tests/refhost/host_server.hpp"
 #include "tests/refhost/sample_books.hpp"
 

@@ -1,4 +1,4 @@
-#include "refhost/values.hpp"
+#include "refhost/books/values.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
-#include "refhost/utf8.hpp"
-#include "refhost/values.hpp"
-#include "refhost/xml_reader.hpp"
-#include "refhost/xml_writer.hpp"
+#include "refhost/books/values.hpp"
+#include "refhost/books/xml_reader.hpp"
+#include "refhost/books/xml_writer.hpp"
+#include "refhost/objects/utf8.hpp"
 #include "tests/refhost/sample_books.hpp"
 
 namespace paylodge::refhost {
