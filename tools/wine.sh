@@ -73,6 +73,16 @@ run_wine() {
     wait $!
 }
 
+# make_sample_company FOLDER: the sample company of examples/ as a company file, build/riverside.lhcompany, made by the
+# program built in FOLDER. Made anew when either is newer.
+make_sample_company() {
+    local program=$1/refhost/company.exe text=examples/riverside.xml file=build/riverside.lhcompany
+    [ ! "$text" -nt "$file" ] && [ ! "$program" -nt "$file" ] && return
+    rm -f "$file"
+    run_wine 120 "$1" "$program" import "$text" "$file" >/dev/null ||
+        fail "the sample company $text cannot be imported: the line above says why"
+}
+
 # windows_path FILE: the name under which Windows programs see a file of this machine.
 windows_path() {
     local path

@@ -1,129 +1,209 @@
 #include "refhost/books/company.hpp"
 
-#include <algorithm>
+#include <array>
+#include <charconv>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
 
-#include "refhost/books/status.hpp"
-#include "refhost/books/values.hpp"
+#include "refhost/books/names.hpp"
+#include "refhost/books/problems.hpp"
+#include "refhost/books/record_reader.hpp"
+#include "refhost/books/schema.hpp"
 
 namespace paylodge::refhost {
 namespace {
 
-constexpr std::string_view kRootName = "CompanyFile";
-constexpr std::string_view kFormat = "1";
-constexpr std::string_view kNextNumber = "nextNumber";
+// The beginning of every SQLite database, and where in it the two numbers stand that tell a company file.
+constexpr size_t kHeaderSize = 100;
+constexpr std::string_view kMagic{"SQLite format 3\0", 16};
+constexpr size_t kVersionOffset = 60;
+constexpr size_t kApplicationOffset = 68;
 
-[[nodiscard]] std::string AttributeText(const Element& element, std::string_view name) {
-    const std::string* const value = FindAttribute(element, name);
-    return value == nullptr ? std::string() : *value;
+[[nodiscard]] std::filesystem::path SystemPath(const std::string& path) {
+    return {std::u8string(path.begin(), path.end())};
 }
 
-// Ids of the two kinds never coincide, so that a mistaken one is noticed.
-[[nodiscard]] std::string MakeId(const ListKind& kind, std::uint32_t number) {
-    return (kind.id == "TxnID" ? "T-" : "L-") + std::to_string(number);
+[[noreturn]] void Refuse(Problem problem, const std::string& path, const std::string& words) {
+    throw HostError(problem, "The company file \"" + path + "\" " + words);
 }
 
-[[nodiscard]] const Element* FindRecord(std::span<const Element> records, const auto& matches) {
-    const auto found = std::ranges::find_if(records, matches);
-    return found == records.end() ? nullptr : &*found;
+// Also for an administrator, whom the system would let write all the same.
+[[nodiscard]] bool IsWriteProtected(const std::string& path) {
+    using std::filesystem::perms;
+    std::error_code error;
+    const perms all = std::filesystem::status(SystemPath(path), error).permissions();
+    return (all & (perms::owner_write | perms::group_write | perms::others_write)) == perms::none;
+}
+
+[[nodiscard]] std::uint32_t BigEndian(std::string_view bytes) noexcept {
+    std::uint32_t number = 0;
+    for (const char byte : bytes.substr(0, 4)) {
+        number = number << 8U | static_cast<unsigned char>(byte);
+    }
+    return number;
+}
+
+// Looks at the first bytes of the file and nothing else, so that a file of another kind is left alone.
+void CheckHeader(const std::string& path) {
+    std::error_code error;
+    const auto status = std::filesystem::status(SystemPath(path), error);
+    if (status.type() == std::filesystem::file_type::not_found) {
+        Refuse(Problem::kMissing, path, "does not exist.");
+    }
+    if (status.type() == std::filesystem::file_type::directory) {
+        Refuse(Problem::kUnreadable, path, "is a folder.");
+    }
+    std::array<char, kHeaderSize> bytes{};
+    std::ifstream file(SystemPath(path), std::ios::binary);
+    if (!file) {
+        Refuse(Problem::kUnreadable, path, "cannot be opened: look at the rights on the file.");
+    }
+    file.read(bytes.data(), bytes.size());
+    const std::string_view header(bytes.data(), static_cast<size_t>(file.gcount()));
+    if (header.size() < kHeaderSize || !header.starts_with(kMagic) ||
+        BigEndian(header.substr(kApplicationOffset)) != kApplicationId) {
+        Refuse(Problem::kForeign, path,
+               "is not a company file. A company that is kept as text is brought into one with "
+               "'./dev company import'.");
+    }
+    if (const std::uint32_t version = BigEndian(header.substr(kVersionOffset)); version > kSchemaVersion) {
+        Refuse(Problem::kNewer, path,
+               "was made by a newer version of the host: it has the format " + std::to_string(version) +
+                   ", and this one reads formats up to " + std::to_string(kSchemaVersion) + '.');
+    }
+}
+
+void CheckWhole(Database& database) {
+    Statement check = database.Prepare("PRAGMA quick_check(1)");
+    if (!check.Step() || check.Text(0) != "ok") {
+        Refuse(Problem::kDamaged, database.Path(),
+               "is damaged; go back to a copy of it: " + std::string(check.Text(0)) + '.');
+    }
+}
+
+void Configure(Database& database) {
+    database.Run("PRAGMA foreign_keys = ON");
+    database.Run("PRAGMA busy_timeout = 500");
+    // Another program that opened the file meanwhile would not know of records that this one has locked.
+    database.Run("PRAGMA locking_mode = EXCLUSIVE");
+    if (!database.IsReadOnly()) {
+        // The change is committed in the moment in which the journal is cut off.
+        database.Run("PRAGMA journal_mode = TRUNCATE");
+        database.Run("PRAGMA synchronous = FULL");
+        database.Run("BEGIN EXCLUSIVE");
+        database.Run("COMMIT");
+    }
+}
+
+void Fill(Database& database, std::string_view name) {
+    database.Run("PRAGMA application_id = " + std::to_string(kApplicationId));
+    database.Run("PRAGMA user_version = " + std::to_string(kSchemaVersion));
+    Transaction transaction(database);
+    database.RunScript(kSchema);
+    database.Run("INSERT INTO company VALUES (1, ?)", name);
+    transaction.Commit();
 }
 
 }  // namespace
 
-Company::Company(Element root) : root_(std::move(root)) {
-    if (root_.name != kRootName) {
-        throw HostError("the document element is " + Quoted(root_.name) + ", not " + Quoted(kRootName));
+std::unique_ptr<Company> Company::Open(const std::string& path) {
+    CheckHeader(path);
+    std::unique_ptr<Company> company(
+        new Company(path, IsWriteProtected(path) ? Database::Access::kRead : Database::Access::kReadAndWrite));
+    Configure(company->database_);
+    CheckWhole(company->database_);
+    return company;
+}
+
+std::unique_ptr<Company> Company::Create(const std::string& path, std::string_view name) {
+    std::error_code error;
+    if (std::filesystem::exists(std::filesystem::symlink_status(SystemPath(path), error))) {
+        Refuse(Problem::kCannotWrite, path, "exists already.");
     }
-    if (AttributeText(root_, "format") != kFormat) {
-        throw HostError("its format is " + Quoted(AttributeText(root_, "format")) + "; this host reads format " +
-                        Quoted(kFormat));
+    std::unique_ptr<Company> company(new Company(path, Database::Access::kCreate));
+    Configure(company->database_);
+    Fill(company->database_, name);
+    return company;
+}
+
+std::unique_ptr<Company> Company::CreateInMemory(std::string_view name) {
+    std::unique_ptr<Company> company(new Company(":memory:", Database::Access::kCreate));
+    company->database_.Run("PRAGMA foreign_keys = ON");
+    Fill(company->database_, name);
+    return company;
+}
+
+Company::~Company() {
+    if (database_.IsReadOnly()) {
+        return;
     }
-    const auto number = ParseCount(AttributeText(root_, kNextNumber));
-    if (!number) {
-        throw HostError("its attribute " + Quoted(kNextNumber) + " is not a whole number above 0");
-    }
-    next_number_ = *number;
-}
-
-std::span<const Element> Company::Records(const ListKind& kind) const {
-    const Element* const section = FindSection(kind);
-    return section == nullptr ? std::span<const Element>() : std::span(section->children);
-}
-
-const Element* Company::FindById(const ListKind& kind, std::string_view id) const {
-    return FindRecord(Records(kind), [&](const Element& record) { return ChildText(record, kind.id) == id; });
-}
-
-const Element* Company::FindByName(const ListKind& kind, std::string_view full_name) const {
-    return FindRecord(Records(kind), [&](const Element& record) { return IsSameName(FullName(record), full_name); });
-}
-
-Element Company::NewRecord(const ListKind& kind, std::string_view now) const {
-    Element record = MakeElement(kind.record);
-    AddText(record, kind.id, MakeId(kind, next_number_));
-    AddText(record, "TimeCreated", now);
-    AddText(record, "TimeModified", now);
-    AddText(record, "EditSequence", "1");
-    return record;
-}
-
-const Element& Company::Add(const ListKind& kind, Element record) {
-    Element& section = Section(kind);
-    section.children.push_back(std::move(record));
-    ++next_number_;
-    std::ranges::find(root_.attributes, kNextNumber, &Attribute::name)->value = std::to_string(next_number_);
-    is_changed_ = true;
-    return section.children.back();
-}
-
-Element& Company::Change(const ListKind& kind, std::string_view id, std::string_view now) {
-    Element& section = Section(kind);
-    Element& record = *std::ranges::find_if(
-        section.children, [&](const Element& candidate) { return ChildText(candidate, kind.id) == id; });
-    const auto sequence = ParseCount(ChildText(record, "EditSequence"));
-    SetChildText(record, "TimeModified", now);
-    SetChildText(record, "EditSequence", std::to_string(sequence.value_or(0) + 1));
-    is_changed_ = true;
-    return record;
-}
-
-const Element* Company::Find(const ListKind& kind, const RecordTest& test) const {
-    return FindRecord(Records(kind), test);
-}
-
-void Company::Put(const ListKind& kind, const RecordTest& test, Element record) {
-    std::vector<Element>& records = Section(kind).children;
-    const auto found = std::ranges::find_if(records, test);
-    if (found == records.end()) {
-        records.push_back(std::move(record));
-    } else {
-        *found = std::move(record);
-    }
-    is_changed_ = true;
-}
-
-void Company::Remove(const ListKind& kind, const RecordTest& test) {
-    if (Element* const section = FindChild(root_, kind.section)) {
-        is_changed_ = std::erase_if(section->children, test) > 0 || is_changed_;
+    try {
+        // Takes the empty journal away.
+        database_.Run("PRAGMA journal_mode = DELETE");
+    } catch (const std::exception&) {
+        // It is in nobody's way.
     }
 }
 
-const Element* Company::FindSection(const ListKind& kind) const noexcept { return FindChild(root_, kind.section); }
+std::string Company::Name() {
+    Statement row = database_.Prepare("SELECT name FROM company");
+    return row.Step() ? std::string(row.Text(0)) : std::string();
+}
 
-Element& Company::Section(const ListKind& kind) {
-    if (Element* const section = FindChild(root_, kind.section)) {
-        return *section;
+std::vector<Element> Company::Records(const ListKind& kind) { return ReadRecords(*this, kind, {}); }
+
+std::optional<Element> Company::FindById(const ListKind& kind, std::string_view id) {
+    const auto number = NumberOfId(kind, id);
+    return number ? std::optional(Record(kind, *number)) : std::nullopt;
+}
+
+std::optional<Element> Company::FindByName(const ListKind& kind, std::string_view full_name) {
+    const auto number = NumberOfName(kind, full_name);
+    return number ? std::optional(Record(kind, *number)) : std::nullopt;
+}
+
+std::optional<std::int64_t> Company::NumberOfId(const ListKind& kind, std::string_view id) {
+    const auto number = NumberFromId(kind, id);
+    std::string sql = "SELECT number FROM " + std::string(kind.table) + " WHERE number = ?";
+    if (kind.IsTransaction()) {
+        sql += " AND kind = '" + std::string(kind.record) + '\'';
     }
-    return root_.children.emplace_back(MakeElement(kind.section));
+    return number ? database_.FindInteger(std::move(sql), *number) : std::nullopt;
 }
 
-std::string_view FullName(const Element& record) noexcept {
-    const std::string_view full_name = ChildText(record, "FullName");
-    return full_name.empty() ? ChildText(record, "Name") : full_name;
+std::optional<std::int64_t> Company::NumberOfName(const ListKind& kind, std::string_view full_name) {
+    return database_.FindInteger("SELECT number FROM " + std::string(kind.table) + " WHERE folded_name = ?",
+                                 Folded(full_name));
 }
 
-void AddToAmount(Element& record, std::string_view name, std::int64_t cents) {
-    const std::int64_t old = ParseCents(ChildText(record, name)).value_or(0);
-    SetChildText(record, name, FormatCents(old + cents));
+Element Company::Record(const ListKind& kind, std::int64_t number) {
+    return ReadRecords(*this, kind, {.conditions = {"t.number = ?"}, .values = {number}}).at(0);
+}
+
+std::int64_t Company::NewNumber(std::string_view now) {
+    database_.Run("INSERT INTO records (time_created, time_modified) VALUES (?, ?)", now, now);
+    return database_.LastInsertedRow();
+}
+
+void Company::Touch(std::int64_t number, std::string_view now) {
+    database_.Run("UPDATE records SET edit_sequence = edit_sequence + 1, time_modified = ?2 WHERE number = ?1", number,
+                  now);
+}
+
+std::string MakeId(const ListKind& kind, std::int64_t number) {
+    return (kind.id == "TxnID" ? "T-" : "L-") + std::to_string(number);
+}
+
+std::optional<std::int64_t> NumberFromId(const ListKind& kind, std::string_view id) noexcept {
+    if (!id.starts_with(kind.id == "TxnID" ? "T-" : "L-")) {
+        return std::nullopt;
+    }
+    id.remove_prefix(2);
+    std::int64_t number = 0;
+    const auto [end, error] = std::from_chars(id.data(), id.data() + id.size(), number);
+    const bool is_number = error == std::errc() && end == id.data() + id.size() && id.front() != '0' && number > 0;
+    return is_number ? std::optional(number) : std::nullopt;
 }
 
 }  // namespace paylodge::refhost

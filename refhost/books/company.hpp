@@ -1,101 +1,66 @@
-// The books of one company: lists of records, each record named and filled as responses show it.
+// The books of one company, in their file or in memory.
 #pragma once
 
 #include <cstdint>
-#include <functional>
-#include <span>
+#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "refhost/books/database.hpp"
 #include "refhost/books/element.hpp"
+#include "refhost/books/list_kinds.hpp"
 
 namespace paylodge::refhost {
 
-// One list of the company file.
-struct ListKind {
-    // The element that holds the list, and the one of each record; responses add "Ret" to the latter.
-    std::string_view section;
-    std::string_view record;
-    // The element that identifies a record.
-    std::string_view id;
-    // For messages.
-    std::string_view noun;
-};
-
-inline constexpr ListKind kAccounts{"Accounts", "Account", "ListID", "account"};
-inline constexpr ListKind kCustomers{"Customers", "Customer", "ListID", "customer"};
-inline constexpr ListKind kItems{"Items", "Item", "ListID", "item"};
-inline constexpr ListKind kPaymentMethods{"PaymentMethods", "PaymentMethod", "ListID", "payment method"};
-inline constexpr ListKind kSalesTaxCodes{"SalesTaxCodes", "SalesTaxCode", "ListID", "sales tax code"};
-inline constexpr ListKind kInvoices{"Invoices", "Invoice", "TxnID", "invoice"};
-inline constexpr ListKind kReceivedPayments{"ReceivedPayments", "ReceivePayment", "TxnID", "received payment"};
-inline constexpr ListKind kSalesReceipts{"SalesReceipts", "SalesReceipt", "TxnID", "sales receipt"};
-inline constexpr ListKind kCreditMemos{"CreditMemos", "CreditMemo", "TxnID", "credit memo"};
-inline constexpr ListKind kDeposits{"Deposits", "Deposit", "TxnID", "deposit"};
-inline constexpr ListKind kChecks{"Checks", "Check", "TxnID", "check"};
-// They have no id: a category and a number say which one is meant.
-inline constexpr ListKind kDataFileRecords{"DataFileRecords", "DataFileRecord", "", "data file record"};
-
-using RecordTest = std::function<bool(const Element& record)>;
+inline constexpr std::uint32_t kApplicationId = 0x4C484346;  // "LHCF"
+inline constexpr std::uint32_t kSchemaVersion = 1;
 
 class Company {
   public:
-    // Takes over what stands in a company file. Raises HostError when it is not the content of one.
-    explicit Company(Element root);
+    // Opens a company file for this process alone; a write-protected one opens for reading. Raises HostError for a file
+    // that is missing, in use, damaged, foreign or of a newer version, and leaves it untouched then.
+    [[nodiscard]] static std::unique_ptr<Company> Open(const std::string& path);
+    // Makes a company file without any records. Raises HostError, also when the file exists.
+    [[nodiscard]] static std::unique_ptr<Company> Create(const std::string& path, std::string_view name);
+    [[nodiscard]] static std::unique_ptr<Company> CreateInMemory(std::string_view name);
 
-    // What has to stand in the company file.
-    [[nodiscard]] const Element& Root() const noexcept { return root_; }
+    ~Company();
+    Company(const Company&) = delete;
+    Company& operator=(const Company&) = delete;
 
-    [[nodiscard]] std::span<const Element> Records(const ListKind& kind) const;
-    // The record with this id or full name (letter case does not matter), or null. Valid until the next addition.
-    [[nodiscard]] const Element* FindById(const ListKind& kind, std::string_view id) const;
-    [[nodiscard]] const Element* FindByName(const ListKind& kind, std::string_view full_name) const;
+    [[nodiscard]] Database& Data() noexcept { return database_; }
+    // As it was given.
+    [[nodiscard]] const std::string& Path() const noexcept { return database_.Path(); }
+    [[nodiscard]] bool IsReadOnly() const noexcept { return database_.IsReadOnly(); }
+    [[nodiscard]] std::string Name();
 
-    // A new record with its id, times and edit sequence, to be filled and then added.
-    [[nodiscard]] Element NewRecord(const ListKind& kind, std::string_view now) const;
-    // The record as it stands in the list afterwards; valid until the next addition.
-    const Element& Add(const ListKind& kind, Element record);
-    // The record with this id for writing; its edit sequence and time are moved on. The id has to exist.
-    [[nodiscard]] Element& Change(const ListKind& kind, std::string_view id, std::string_view now);
+    // The records of a list as responses show them, in the order of their ids.
+    [[nodiscard]] std::vector<Element> Records(const ListKind& kind);
+    // The record with this id, or with this full name, which counts without regard to letter case.
+    [[nodiscard]] std::optional<Element> FindById(const ListKind& kind, std::string_view id);
+    [[nodiscard]] std::optional<Element> FindByName(const ListKind& kind, std::string_view full_name);
 
-    // The same for records that have no id of the company's: the first that passes the test, or null.
-    [[nodiscard]] const Element* Find(const ListKind& kind, const RecordTest& test) const;
-    // Puts the record in the place of the first that passes the test, or at the end when none does.
-    void Put(const ListKind& kind, const RecordTest& test, Element record);
-    void Remove(const ListKind& kind, const RecordTest& test);
+    // The number of that record.
+    [[nodiscard]] std::optional<std::int64_t> NumberOfId(const ListKind& kind, std::string_view id);
+    [[nodiscard]] std::optional<std::int64_t> NumberOfName(const ListKind& kind, std::string_view full_name);
+    // The record with a number that exists.
+    [[nodiscard]] Element Record(const ListKind& kind, std::int64_t number);
 
-    // Whether anything was added or changed since the books were read or saved.
-    [[nodiscard]] bool IsChanged() const noexcept { return is_changed_; }
-    // Does the work and, if that changed the books, saves them. When either raises, the books are as before.
-    template <class Work>
-    auto ChangeAndSave(const Work& work, const std::function<void()>& save) {
-        Company before = *this;
-        try {
-            auto result = work();
-            if (is_changed_) {
-                save();
-                is_changed_ = false;
-            }
-            return result;
-        } catch (...) {
-            *this = std::move(before);
-            throw;
-        }
-    }
+    // Enters a record into the table of those that have an id. `now` is YYYY-MM-DDTHH:MM:SS.
+    [[nodiscard]] std::int64_t NewNumber(std::string_view now);
+    // Moves the edit sequence and the time of a record on.
+    void Touch(std::int64_t number, std::string_view now);
 
   private:
-    [[nodiscard]] const Element* FindSection(const ListKind& kind) const noexcept;
-    [[nodiscard]] Element& Section(const ListKind& kind);
+    explicit Company(const std::string& path, Database::Access access) : database_(path, access) {}
 
-    Element root_;
-    std::uint32_t next_number_ = 1;
-    bool is_changed_ = false;
+    Database database_;
 };
 
-// "Parent:Name" where there is a parent, else the name.
-[[nodiscard]] std::string_view FullName(const Element& record) noexcept;
-
-// Adds to a record's amount of this name.
-void AddToAmount(Element& record, std::string_view name, std::int64_t cents);
+// "L-12" or "T-12". Ids of the two kinds never coincide, so that a mistaken one is noticed.
+[[nodiscard]] std::string MakeId(const ListKind& kind, std::int64_t number);
+[[nodiscard]] std::optional<std::int64_t> NumberFromId(const ListKind& kind, std::string_view id) noexcept;
 
 }  // namespace paylodge::refhost

@@ -3,9 +3,13 @@
 #include <charconv>
 #include <utility>
 
+#include "refhost/books/problems.hpp"
+#include "refhost/books/status.hpp"
+
 namespace paylodge::refhost {
 namespace {
 
+constexpr std::string_view kRecord = "DataFileRecord";
 constexpr std::string_view kCategory = "Category";
 constexpr std::string_view kNumber = "Number";
 constexpr std::string_view kDataVersion = "DataVersion";
@@ -14,32 +18,44 @@ constexpr std::string_view kName = "Name";
 constexpr std::string_view kKind = "Type";
 constexpr std::string_view kValue = "Value";
 
-[[nodiscard]] RecordTest IsRecord(const RecordKey& key) {
-    return [number = std::to_string(key.number), category = key.category](const Element& record) {
-        return ChildText(record, kNumber) == number && ChildText(record, kCategory) == category;
-    };
+[[nodiscard]] DataFileRecord ReadContent(Company& company, const RecordKey& key) {
+    DataFileRecord content;
+    content.data_version = static_cast<std::int32_t>(
+        company.Data()
+            .FindInteger("SELECT data_version FROM data_file_records WHERE category = ? AND number = ?", key.category,
+                         std::int64_t{key.number})
+            .value_or(0));
+    Statement row =
+        company.Data().Prepare("SELECT name, kind, value FROM data_file_properties WHERE category = ? AND number = ?",
+                               key.category, std::int64_t{key.number});
+    while (row.Step()) {
+        content.properties.insert_or_assign(std::string(row.Text(0)),
+                                            PropertyText{std::string(row.Text(1)), std::string(row.Text(2))});
+    }
+    return content;
 }
 
-}  // namespace
+void Remove(Database& data, const RecordKey& key) {
+    data.Run("DELETE FROM data_file_records WHERE category = ? AND number = ?", key.category, std::int64_t{key.number});
+}
 
-DataFileRecord::DataFileRecord(const Element& record) {
-    const std::string_view version = ChildText(record, kDataVersion);
-    std::from_chars(version.data(), version.data() + version.size(), data_version);
-    for (const Element& child : record.children) {
-        if (child.name == kProperty) {
-            properties_.insert_or_assign(
-                std::string(ChildText(child, kName)),
-                PropertyText{std::string(ChildText(child, kKind)), std::string(ChildText(child, kValue))});
-        }
+// Puts the content in the place of what was there.
+void Put(Database& data, const RecordKey& key, const DataFileRecord& content) {
+    Remove(data, key);
+    data.Run("INSERT INTO data_file_records VALUES (?, ?, ?)", key.category, std::int64_t{key.number},
+             std::int64_t{content.data_version});
+    for (const auto& [name, value] : content.properties) {
+        data.Run("INSERT INTO data_file_properties VALUES (?, ?, ?, ?, ?)", key.category, std::int64_t{key.number},
+                 name, value.kind, value.text);
     }
 }
 
-Element DataFileRecord::ToElement(const RecordKey& key) const {
-    Element record = MakeElement(kDataFileRecords.record);
+[[nodiscard]] Element ElementOf(const RecordKey& key, const DataFileRecord& content) {
+    Element record = MakeElement(kRecord);
     SetChildText(record, kCategory, key.category);
     SetChildText(record, kNumber, std::to_string(key.number));
-    SetChildText(record, kDataVersion, std::to_string(data_version));
-    for (const auto& [name, value] : properties_) {
+    SetChildText(record, kDataVersion, std::to_string(content.data_version));
+    for (const auto& [name, value] : content.properties) {
         Element& property = record.children.emplace_back(MakeElement(kProperty));
         SetChildText(property, kName, name);
         SetChildText(property, kKind, value.kind);
@@ -48,29 +64,41 @@ Element DataFileRecord::ToElement(const RecordKey& key) const {
     return record;
 }
 
+[[nodiscard]] std::int32_t ReadNumber(const Element& record, std::string_view name) {
+    const std::string_view text = ChildText(record, name);
+    std::int32_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size()) {
+        throw HostError(Problem::kBadText, std::string(name) + " of a " + record.name + " is " + Quoted(text) +
+                                               ", which is no whole number of 32 bits.");
+    }
+    return number;
+}
+
+}  // namespace
+
 std::optional<PropertyText> DataFileRecord::Find(const std::string& name) const {
-    const auto found = properties_.find(name);
-    return found == properties_.end() ? std::nullopt : std::optional(found->second);
+    const auto found = properties.find(name);
+    return found == properties.end() ? std::nullopt : std::optional(found->second);
 }
 
 void DataFileRecord::Set(const std::string& name, const std::optional<PropertyText>& value) {
     if (value) {
-        properties_.insert_or_assign(name, *value);
+        properties.insert_or_assign(name, *value);
     } else {
-        properties_.erase(name);
+        properties.erase(name);
     }
 }
 
 bool DataFileRecordTable::Exists(const RecordKey& key) const {
-    return added_.contains(key) || books_.Find(kDataFileRecords, IsRecord(key)) != nullptr;
+    return added_.contains(key) ||
+           company_.Data().FindInteger("SELECT 1 FROM data_file_records WHERE category = ? AND number = ?",
+                                       key.category, std::int64_t{key.number});
 }
 
 void DataFileRecordTable::Add(const RecordKey& key) { added_.insert(key); }
 
-DataFileRecord DataFileRecordTable::Content(const RecordKey& key) const {
-    const Element* const record = books_.Find(kDataFileRecords, IsRecord(key));
-    return record == nullptr ? DataFileRecord() : DataFileRecord(*record);
-}
+DataFileRecord DataFileRecordTable::Content(const RecordKey& key) const { return ReadContent(company_, key); }
 
 bool DataFileRecordTable::Lock(const RecordKey& key, RecordHolder holder) {
     return locks_.try_emplace(key, holder).first->second == holder;
@@ -85,13 +113,41 @@ bool DataFileRecordTable::IsLockedBy(const RecordKey& key, RecordHolder holder) 
     return found != locks_.end() && found->second == holder;
 }
 
-void DataFileRecordTable::Put(const RecordKey& key, const DataFileRecord& content) {
-    books_.Put(kDataFileRecords, IsRecord(key), content.ToElement(key));
+void DataFileRecordTable::Save(const RecordKey& key, const DataFileRecord& content) {
+    Transaction transaction(company_.Data());
+    Put(company_.Data(), key, content);
+    transaction.Commit();
 }
 
-void DataFileRecordTable::Remove(const RecordKey& key) {
+void DataFileRecordTable::Delete(const RecordKey& key) {
+    Transaction transaction(company_.Data());
+    Remove(company_.Data(), key);
+    transaction.Commit();
     added_.erase(key);
-    books_.Remove(kDataFileRecords, IsRecord(key));
+}
+
+std::vector<Element> ReadDataFileRecords(Company& company) {
+    std::vector<Element> records;
+    Statement row = company.Data().Prepare("SELECT category, number FROM data_file_records ORDER BY category, number");
+    while (row.Step()) {
+        const RecordKey key{std::string(row.Text(0)), static_cast<std::int32_t>(row.Integer(1))};
+        records.push_back(ElementOf(key, ReadContent(company, key)));
+    }
+    return records;
+}
+
+void WriteDataFileRecords(Company& company, const Element& section) {
+    for (const Element& record : section.children) {
+        const RecordKey key{std::string(ChildText(record, kCategory)), ReadNumber(record, kNumber)};
+        DataFileRecord content{.data_version = ReadNumber(record, kDataVersion)};
+        for (const Element& child : record.children) {
+            if (child.name == kProperty) {
+                content.Set(std::string(ChildText(child, kName)),
+                            PropertyText{std::string(ChildText(child, kKind)), std::string(ChildText(child, kValue))});
+            }
+        }
+        Put(company.Data(), key, content);
+    }
 }
 
 }  // namespace paylodge::refhost

@@ -8,6 +8,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "refhost/books/company.hpp"
 
@@ -30,34 +31,27 @@ struct PropertyText {
 };
 
 // The content of one record, as its holder sees it until it is saved.
-class DataFileRecord {
-  public:
-    DataFileRecord() = default;
-    explicit DataFileRecord(const Element& record);
-
-    // As it stands in the company file.
-    [[nodiscard]] Element ToElement(const RecordKey& key) const;
+struct DataFileRecord {
+    // 0 unless the company file has a number.
+    std::int32_t data_version = 0;
+    std::map<std::string, PropertyText> properties = {};
 
     // The value of this name, or nothing.
     [[nodiscard]] std::optional<PropertyText> Find(const std::string& name) const;
     // Nothing takes the value away.
     void Set(const std::string& name, const std::optional<PropertyText>& value);
 
-    // 0 unless the company file has a number.
-    std::int32_t data_version = 0;
-
-  private:
-    std::map<std::string, PropertyText> properties_;
+    bool operator==(const DataFileRecord&) const = default;
 };
 
 // Who holds a record: no two living holders are equal.
 using RecordHolder = const void*;
 
 // The records of an open company file with what is known of them only while it is open: which ones were added and not
-// saved yet, and who has locked which. The books have to outlive it.
+// saved yet, and who has locked which. The company has to outlive it. Methods that read or write raise HostError.
 class DataFileRecordTable {
   public:
-    explicit DataFileRecordTable(Company& books) noexcept : books_(books) {}
+    explicit DataFileRecordTable(Company& company) noexcept : company_(company) {}
 
     [[nodiscard]] bool Exists(const RecordKey& key) const;
     // The record exists from here on, empty; it stays in the company file once it was saved.
@@ -71,14 +65,18 @@ class DataFileRecordTable {
     bool Unlock(const RecordKey& key, RecordHolder holder);
     [[nodiscard]] bool IsLockedBy(const RecordKey& key, RecordHolder holder) const;
 
-    // Puts the content into the books, which are saved by whoever keeps them.
-    void Put(const RecordKey& key, const DataFileRecord& content);
-    void Remove(const RecordKey& key);
+    // Saves the content in the company file.
+    void Save(const RecordKey& key, const DataFileRecord& content);
+    void Delete(const RecordKey& key);
 
   private:
-    Company& books_;
+    Company& company_;
     std::set<RecordKey> added_;
     std::map<RecordKey, RecordHolder> locks_;
 };
+
+// All of them as they stand in the company's text, and the way back. The latter raises HostError for a malformed one.
+[[nodiscard]] std::vector<Element> ReadDataFileRecords(Company& company);
+void WriteDataFileRecords(Company& company, const Element& section);
 
 }  // namespace paylodge::refhost

@@ -1,8 +1,11 @@
 #include "refhost/books/fields.hpp"
 
 #include <algorithm>
+#include <cstdlib>
+#include <functional>
 #include <string>
 
+#include "refhost/books/names.hpp"
 #include "refhost/books/status.hpp"
 #include "refhost/books/values.hpp"
 
@@ -20,26 +23,46 @@ namespace {
     throw RefusedRequest(Code::kInvalidValue, "The value " + shown + " of " + path + " is not " + expected + '.');
 }
 
-// UTF-8: every byte but the continuation bytes begins a character.
-[[nodiscard]] size_t CountCharacters(std::string_view text) {
-    return static_cast<size_t>(
-        std::ranges::count_if(text, [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));
-}
-
-[[nodiscard]] std::string Listed(std::span<const std::string_view> choices) {
-    std::string text = "one of ";
-    for (const std::string_view choice : choices) {
-        text += std::string(choice) + (choice == choices.back() ? "" : ", ");
+// "A, B, C", with the text that `name_of` takes from each.
+template <class Entries>
+[[nodiscard]] std::string Listed(const Entries& entries, const auto& name_of) {
+    std::string text;
+    for (const auto& entry : entries) {
+        text.append(text.empty() ? "" : ", ").append(name_of(entry));
     }
     return text;
+}
+
+[[nodiscard]] std::string NamesOf(std::span<const Field> fields) {
+    return Listed(fields, [](const Field& field) { return field.name; });
+}
+
+void CheckText(const std::string& value, const Field& field, const std::string& path) {
+    if (CountCharacters(value) > field.longest) {
+        RefuseValue(path, value, "at most " + std::to_string(field.longest) + " characters long");
+    }
+    if (field.form == Form::kName && HasControlCharacter(value)) {
+        throw RefusedRequest(Code::kInvalidValue,
+                             path + " holds a control character, a line end or a tab, which no name may have.");
+    }
+}
+
+void CheckAmount(const std::string& value, const std::string& path) {
+    const auto cents = ParseCents(value);
+    if (!cents) {
+        RefuseValue(path, value, "an amount such as 12.50");
+    }
+    if (std::abs(*cents) > kLargestAmount) {
+        throw RefusedRequest(Code::kBeyondLimit,
+                             "The amount of " + path + " is beyond the limit of " + FormatCents(kLargestAmount) + '.');
+    }
 }
 
 void CheckValue(const std::string& value, const Field& field, const std::string& path) {
     switch (field.form) {
         case Form::kText:
-            if (CountCharacters(value) > field.longest) {
-                RefuseValue(path, value, "at most " + std::to_string(field.longest) + " characters long");
-            }
+        case Form::kName:
+            CheckText(value, field, path);
             return;
         case Form::kBoolean:
             if (value != "true" && value != "false") {
@@ -47,9 +70,7 @@ void CheckValue(const std::string& value, const Field& field, const std::string&
             }
             return;
         case Form::kAmount:
-            if (!ParseCents(value)) {
-                RefuseValue(path, value, "an amount such as 12.50");
-            }
+            CheckAmount(value, path);
             return;
         case Form::kDate:
             if (!IsDate(value)) {
@@ -68,7 +89,7 @@ void CheckValue(const std::string& value, const Field& field, const std::string&
             return;
         case Form::kChoice:
             if (CanonicalChoice(field.choices, value).empty()) {
-                RefuseValue(path, value, Listed(field.choices));
+                RefuseValue(path, value, "one of " + Listed(field.choices, std::identity()));
             }
             return;
         case Form::kAggregate:
@@ -107,20 +128,36 @@ void CheckOccurrences(const Element& element, const Field& field, const std::str
     }
 }
 
+// Where a child stands in the table. Raises RefusedRequest for one that is not in it.
+[[nodiscard]] size_t PositionOf(const Element& child, std::span<const Field> fields, const std::string& path) {
+    const auto field = std::ranges::find(fields, child.name, &Field::name);
+    if (field == fields.end()) {
+        throw RefusedRequest(Code::kUnknownField, PathTo(path, child.name) + " is unknown here; expected: " +
+                                                      (fields.empty() ? "nothing" : NamesOf(fields)) + '.');
+    }
+    return static_cast<size_t>(field - fields.begin());
+}
+
 void CheckAggregate(const Element& element, std::span<const Field> fields, const std::string& path) {
     if (!Trimmed(element.text).empty()) {
         throw RefusedRequest(Code::kUnknownField,
                              (path.empty() ? element.name : path) + " holds text where elements belong.");
     }
     for (const Element& child : element.children) {
-        const auto field = std::ranges::find(fields, child.name, &Field::name);
-        if (field == fields.end()) {
-            throw RefusedRequest(Code::kUnknownField, PathTo(path, child.name) + " is unknown here.");
-        }
-        CheckField(child, *field, PathTo(path, child.name));
+        CheckField(child, fields[PositionOf(child, fields, path)], PathTo(path, child.name));
     }
     for (const Field& field : fields) {
         CheckOccurrences(element, field, PathTo(path, field.name));
+    }
+    size_t last = 0;
+    for (const Element& child : element.children) {
+        const size_t position = PositionOf(child, fields, path);
+        if (position < last) {
+            throw RefusedRequest(Code::kMisplacedField, PathTo(path, child.name) + " stands behind " +
+                                                            std::string(fields[last].name) +
+                                                            "; the order is: " + NamesOf(fields) + '.');
+        }
+        last = position;
     }
 }
 

@@ -9,18 +9,19 @@
 
 namespace paylodge::refhost {
 
-enum class Form { kText, kBoolean, kAmount, kDate, kDateTime, kCount, kChoice, kAggregate };
+enum class Form { kText, kName, kBoolean, kAmount, kDate, kDateTime, kCount, kChoice, kAggregate };
 enum class Occurs { kOptional, kOnce, kRepeated };
 
 inline constexpr size_t kLongestName = 100;
 inline constexpr size_t kLongestText = 4095;
+inline constexpr size_t kLongestNumber = 30;
 
 // One element that a request may hold.
 struct Field {
     std::string_view name;
     Form form = Form::kText;
     Occurs occurs = Occurs::kOptional;
-    // Of a text: the longest one, in characters.
+    // Of a text or name: the longest one, in characters.
     size_t longest = kLongestText;
     // Of a choice: the values, whose letter case does not matter.
     std::span<const std::string_view> choices = {};
@@ -28,7 +29,8 @@ struct Field {
     std::span<const Field> fields = {};
 };
 
-// Raises RefusedRequest, with the name of the field, when the element does not hold what the table says.
+// Raises RefusedRequest, with the name of the field, when the element does not hold what the table says, in the order
+// of the table.
 void CheckFields(const Element& element, std::span<const Field> fields);
 
 // The value of a checked choice as the table spells it.
@@ -48,6 +50,9 @@ inline constexpr std::array kReferenceFields{Field{.name = "ListID"}, Field{.nam
                                         Occurs occurs = Occurs::kOptional) {
     return {.name = name, .form = Form::kAggregate, .occurs = occurs, .fields = fields};
 }
+
+// A request may name the elements that it wants of each record.
+inline constexpr Field kIncludeRetElement{.name = "IncludeRetElement", .occurs = Occurs::kRepeated, .longest = 100};
 
 inline constexpr std::array<std::string_view, 16> kAccountTypes{"AccountsPayable",
                                                                 "AccountsReceivable",

@@ -3,18 +3,54 @@
 #include <algorithm>
 #include <array>
 
-#include "refhost/books/changes.hpp"
+#include "refhost/books/names.hpp"
+#include "refhost/books/references.hpp"
 #include "refhost/books/status.hpp"
 #include "refhost/books/values.hpp"
 
 namespace paylodge::refhost {
 namespace {
 
-constexpr Field kName{.name = "Name", .occurs = Occurs::kOnce, .longest = kLongestName};
+constexpr Field kName{.name = "Name", .form = Form::kName, .occurs = Occurs::kOnce, .longest = kLongestName};
 constexpr Field kIsActive{.name = "IsActive", .form = Form::kBoolean};
 
-void AddIsActive(Element& record, const Element& add) {
-    AddText(record, "IsActive", ChildText(add, "IsActive") == "false" ? "false" : "true");
+// What is empty is not stored.
+[[nodiscard]] std::optional<std::string> Given(const Element& element, std::string_view field) {
+    const std::string_view text = ChildText(element, field);
+    return text.empty() ? std::nullopt : std::optional(std::string(text));
+}
+
+[[nodiscard]] std::int64_t IsActive(const Element& element) {
+    return ChildText(element, "IsActive") == "false" ? 0 : 1;
+}
+
+// A name that a new record can have.
+struct NewName {
+    std::string name;
+    // With the parent's in front.
+    std::string full_name;
+    std::optional<RecordNumber> parent;
+};
+
+// Raises RefusedRequest with the status for a name that exists, and for a name that cannot be used.
+[[nodiscard]] NewName ReadName(const RequestContext& context, const ListKind& kind, const Element& add,
+                               Code exists = Code::kNameExists) {
+    NewName name{std::string(Trimmed(ChildText(add, "Name"))), {}, {}};
+    if (name.name.find(':') != std::string::npos) {
+        throw RefusedRequest(Code::kInvalidValue, "Name has a colon, which stands between a parent and its part.");
+    }
+    const auto parent = Refer(context.company, kind, add, "ParentRef");
+    name.parent = NumberOf(parent);
+    name.full_name = (parent ? parent->full_name + ':' : std::string()) + name.name;
+    if (context.company.NumberOfName(kind, name.full_name)) {
+        throw RefusedRequest(exists,
+                             "Name: the " + std::string(kind.noun) + ' ' + Quoted(name.full_name) + " exists already.");
+    }
+    return name;
+}
+
+[[nodiscard]] Answer AnswerWithRecord(const RequestContext& context, const ListKind& kind, RecordNumber number) {
+    return AnswerWith(context.company.Record(kind, number), context.request);
 }
 
 // Accounts
@@ -24,49 +60,27 @@ constexpr std::array kAccountAddFields{
     kIsActive,
     Reference("ParentRef"),
     Choice("AccountType", kAccountTypes, Occurs::kOnce),
-    Field{.name = "AccountNumber", .longest = kLongestNumber},
-    Field{.name = "BankNumber", .longest = kLongestNumber},
+    Field{.name = "AccountNumber", .form = Form::kName, .longest = kLongestNumber},
+    Field{.name = "BankNumber", .form = Form::kName, .longest = kLongestNumber},
     Field{.name = "Desc"},
 };
 constexpr std::array kAccountAddRequest{Aggregate("AccountAdd", kAccountAddFields, Occurs::kOnce), kIncludeRetElement};
 
-// The name with its parents' in front. Raises RefusedRequest when the name cannot be used.
-[[nodiscard]] std::string NewFullName(const Company& company, const ListKind& kind, std::string_view name,
-                                      const Element* parent, Code exists = Code::kNameExists) {
-    if (name.find(':') != std::string_view::npos) {
-        throw RefusedRequest(Code::kInvalidValue, "Name has a colon, which stands between a parent and its part.");
-    }
-    std::string full_name = parent == nullptr ? std::string() : std::string(FullName(*parent)) + ':';
-    full_name += name;
-    if (company.FindByName(kind, full_name) != nullptr) {
-        throw RefusedRequest(exists,
-                             "Name: the " + std::string(kind.noun) + ' ' + Quoted(full_name) + " exists already.");
-    }
-    return full_name;
-}
-
 [[nodiscard]] Answer AddAccount(const RequestContext& context) {
     const Element& add = *FindChild(context.request, "AccountAdd");
     const std::string_view type = CanonicalChoice(kAccountTypes, ChildText(add, "AccountType"));
-    const std::string_view name = Trimmed(ChildText(add, "Name"));
-    const Element* const parent = Resolve(context.company, kAccounts, add, "ParentRef");
-    if (parent != nullptr && ChildText(*parent, "AccountType") != type) {
-        throw RefusedRequest(Code::kInvalidValue, "AccountType differs from the one of the account in ParentRef.");
+    const NewName name = ReadName(context, kAccounts, add);
+    if (const auto parent = Refer(context.company, kAccounts, add, "ParentRef"); parent && parent->type != type) {
+        throw RefusedRequest(Code::kUnfitAccount,
+                             "AccountType differs from the one of the account in ParentRef, " + parent->type + '.');
     }
-    const std::string full_name = NewFullName(context.company, kAccounts, name, parent);
-
-    Element account = context.company.NewRecord(kAccounts, context.now);
-    AddText(account, "Name", name);
-    AddText(account, "FullName", full_name);
-    AddIsActive(account, add);
-    AddReference(account, "ParentRef", parent);
-    AddText(account, "Sublevel", std::to_string(std::ranges::count(full_name, ':')));
-    AddText(account, "AccountType", type);
-    AddText(account, "AccountNumber", ChildText(add, "AccountNumber"));
-    AddText(account, "BankNumber", ChildText(add, "BankNumber"));
-    AddText(account, "Desc", ChildText(add, "Desc"));
-    AddText(account, "Balance", "0.00");
-    return AnswerWith(context.company.Add(kAccounts, std::move(account)), context.request);
+    const RecordNumber number = context.company.NewNumber(context.now);
+    context.company.Data().Run(
+        "INSERT INTO accounts (number, parent, name, full_name, folded_name, is_active, type, account_number,"
+        " bank_number, description) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
+        number, name.parent, name.name, name.full_name, Folded(name.full_name), IsActive(add), type,
+        Given(add, "AccountNumber"), Given(add, "BankNumber"), Given(add, "Desc"));
+    return AnswerWithRecord(context, kAccounts, number);
 }
 
 // What a change of an account may say; the balance is none of it.
@@ -74,33 +88,47 @@ constexpr std::array kAccountModFields{
     Field{.name = "ListID", .occurs = Occurs::kOnce},
     Field{.name = "EditSequence", .form = Form::kCount, .occurs = Occurs::kOnce},
     kIsActive,
-    Field{.name = "AccountNumber", .longest = kLongestNumber},
-    Field{.name = "BankNumber", .longest = kLongestNumber},
+    Field{.name = "AccountNumber", .form = Form::kName, .longest = kLongestNumber},
+    Field{.name = "BankNumber", .form = Form::kName, .longest = kLongestNumber},
     Field{.name = "Desc"},
 };
 constexpr std::array kAccountModRequest{Aggregate("AccountMod", kAccountModFields, Occurs::kOnce), kIncludeRetElement};
+
+// The fields of a change that are texts, and the columns that hold them.
+struct TextField {
+    std::string_view element;
+    std::string_view column;
+};
+constexpr std::array kAccountTexts{TextField{"AccountNumber", "account_number"}, TextField{"BankNumber", "bank_number"},
+                                   TextField{"Desc", "description"}};
 
 // Refuses a change that was made from an older state of the account than the books have.
 [[nodiscard]] Answer ModifyAccount(const RequestContext& context) {
     const Element& mod = *FindChild(context.request, "AccountMod");
     const std::string_view id = ChildText(mod, "ListID");
-    const Element* const account = context.company.FindById(kAccounts, id);
-    if (account == nullptr) {
+    Database& data = context.company.Data();
+    const auto number = context.company.NumberOfId(kAccounts, id);
+    if (!number) {
         throw RefusedRequest(Code::kUnknownReference,
                              "AccountMod/ListID names the account " + Quoted(id) + ", which does not exist.");
     }
-    if (ChildText(*account, "EditSequence") != ChildText(mod, "EditSequence")) {
+    const auto sequence = data.FindInteger("SELECT edit_sequence FROM records WHERE number = ?", *number);
+    if (std::to_string(*sequence) != ChildText(mod, "EditSequence")) {
         throw RefusedRequest(Code::kStaleEditSequence, "AccountMod/EditSequence is " +
                                                            Quoted(ChildText(mod, "EditSequence")) +
                                                            ", but the account was changed since; query it again.");
     }
-    Element& changed = context.company.Change(kAccounts, id, context.now);
-    for (const std::string_view field : {"IsActive", "AccountNumber", "BankNumber", "Desc"}) {
-        if (FindChild(mod, field) != nullptr) {
-            SetChildText(changed, field, ChildText(mod, field));
+    if (FindChild(mod, "IsActive") != nullptr) {
+        data.Run("UPDATE accounts SET is_active = ? WHERE number = ?", IsActive(mod), *number);
+    }
+    for (const TextField& field : kAccountTexts) {
+        if (FindChild(mod, field.element) != nullptr) {
+            data.Run("UPDATE accounts SET " + std::string(field.column) + " = ? WHERE number = ?",
+                     Given(mod, field.element), *number);
         }
     }
-    return AnswerWith(changed, context.request);
+    context.company.Touch(*number, context.now);
+    return AnswerWithRecord(context, kAccounts, *number);
 }
 
 // Customers
@@ -108,27 +136,25 @@ constexpr std::array kAccountModRequest{Aggregate("AccountMod", kAccountModField
 constexpr std::array kCustomerAddFields{
     kName,
     kIsActive,
-    Field{.name = "CompanyName", .longest = kLongestName},
-    Field{.name = "Phone", .longest = kLongestNumber},
-    Field{.name = "Email", .longest = kLongestName},
+    Reference("ParentRef"),
+    Field{.name = "CompanyName", .form = Form::kName, .longest = kLongestName},
+    Field{.name = "Contact", .form = Form::kName, .longest = kLongestName},
+    Field{.name = "Phone", .form = Form::kName, .longest = kLongestNumber},
+    Field{.name = "Email", .form = Form::kName, .longest = kLongestName},
 };
 constexpr std::array kCustomerAddRequest{Aggregate("CustomerAdd", kCustomerAddFields, Occurs::kOnce),
                                          kIncludeRetElement};
 
 [[nodiscard]] Answer AddCustomer(const RequestContext& context) {
     const Element& add = *FindChild(context.request, "CustomerAdd");
-    const std::string_view name = Trimmed(ChildText(add, "Name"));
-    const std::string full_name = NewFullName(context.company, kCustomers, name, nullptr);
-
-    Element customer = context.company.NewRecord(kCustomers, context.now);
-    AddText(customer, "Name", name);
-    AddText(customer, "FullName", full_name);
-    AddIsActive(customer, add);
-    for (const std::string_view field : {"CompanyName", "Phone", "Email"}) {
-        AddText(customer, field, ChildText(add, field));
-    }
-    AddText(customer, "Balance", "0.00");
-    return AnswerWith(context.company.Add(kCustomers, std::move(customer)), context.request);
+    const NewName name = ReadName(context, kCustomers, add);
+    const RecordNumber number = context.company.NewNumber(context.now);
+    context.company.Data().Run(
+        "INSERT INTO customers (number, parent, name, full_name, folded_name, is_active, company_name, contact, phone,"
+        " email) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
+        number, name.parent, name.name, name.full_name, Folded(name.full_name), IsActive(add),
+        Given(add, "CompanyName"), Given(add, "Contact"), Given(add, "Phone"), Given(add, "Email"));
+    return AnswerWithRecord(context, kCustomers, number);
 }
 
 // Payment items
@@ -144,25 +170,22 @@ constexpr std::array kItemPaymentAddRequest{Aggregate("ItemPaymentAdd", kItemPay
 
 [[nodiscard]] Answer AddPaymentItem(const RequestContext& context) {
     const Element& add = *FindChild(context.request, "ItemPaymentAdd");
-    const std::string_view name = Trimmed(ChildText(add, "Name"));
-    const std::string full_name = NewFullName(context.company, kItems, name, nullptr, Code::kPaymentItemExists);
-    const Element* const method = Resolve(context.company, kPaymentMethods, add, "PaymentMethodRef");
-
-    Element item = context.company.NewRecord(kItems, context.now);
-    AddText(item, "Name", name);
-    AddText(item, "FullName", full_name);
-    AddIsActive(item, add);
-    AddText(item, "Type", "Payment");
-    AddText(item, "ItemDesc", ChildText(add, "ItemDesc"));
-    AddReference(item, "PaymentMethodRef", method);
-    return AnswerWith(context.company.Add(kItems, std::move(item)), context.request);
+    const NewName name = ReadName(context, kItems, add, Code::kPaymentItemExists);
+    const auto method = Refer(context.company, kPaymentMethods, add, "PaymentMethodRef");
+    const RecordNumber number = context.company.NewNumber(context.now);
+    context.company.Data().Run(
+        "INSERT INTO items (number, name, full_name, folded_name, is_active, type, description, payment_method)"
+        " VALUES (?, ?, ?, ?, ?, 'Payment', ?, ?)",
+        number, name.name, name.full_name, Folded(name.full_name), IsActive(add), Given(add, "ItemDesc"),
+        NumberOf(method));
+    return AnswerWithRecord(context, kItems, number);
 }
 
 constexpr std::array kListEntries{
-    RequestKind{"AccountAddRq", kAccountAddRequest, AddAccount},
-    RequestKind{"AccountModRq", kAccountModRequest, ModifyAccount},
-    RequestKind{"CustomerAddRq", kCustomerAddRequest, AddCustomer},
-    RequestKind{"ItemPaymentAddRq", kItemPaymentAddRequest, AddPaymentItem},
+    RequestKind{"AccountAddRq", kAccountAddRequest, AddAccount, true},
+    RequestKind{"AccountModRq", kAccountModRequest, ModifyAccount, true},
+    RequestKind{"CustomerAddRq", kCustomerAddRequest, AddCustomer, true},
+    RequestKind{"ItemPaymentAddRq", kItemPaymentAddRequest, AddPaymentItem, true},
 };
 
 }  // namespace

@@ -92,6 +92,18 @@ void CheckAttributes(const Element& request) {
     }
 }
 
+// A change is made as a whole or not at all.
+[[nodiscard]] Answer ChangeBooks(const RequestKind& kind, const RequestContext& context) {
+    if (context.company.IsReadOnly()) {
+        throw RefusedRequest(Code::kReadOnly, "The company file " + Quoted(context.company.Path()) +
+                                                  " is write-protected, so that nothing can be changed.");
+    }
+    Savepoint savepoint(context.company.Data());
+    Answer answer = kind.answer(context);
+    savepoint.Keep();
+    return answer;
+}
+
 [[nodiscard]] Element AnswerRequest(const RequestContext& context) {
     const Element& request = context.request;
     const RequestKind* const kind = FindRequestKind(request.name);
@@ -100,7 +112,7 @@ void CheckAttributes(const Element& request) {
     }
     CheckAttributes(request);
     CheckFields(request, kind->fields);
-    Answer answer = kind->answer(context);
+    Answer answer = kind->changes_books ? ChangeBooks(*kind, context) : kind->answer(context);
     const Status status = answer.not_found.empty() ? Status() : Status{Code::kNotFound, std::move(answer.not_found)};
     Element response = RefusedResponse(request, status);
     response.children = std::move(answer.records);
@@ -129,9 +141,15 @@ class DocumentRun {
         try {
             return AnswerRequest({request, company_, now_});
         } catch (const RefusedRequest& refused) {
-            is_stopped_ = stops_on_error_;
-            return RefusedResponse(request, refused.GetStatus());
+            return Refuse(request, refused.GetStatus());
+        } catch (const BrokenRule& broken) {
+            return Refuse(request, {Code::kBrokenRule, std::string("The books forbid it: ") + broken.what() + '.'});
         }
+    }
+
+    [[nodiscard]] Element Refuse(const Element& request, const Status& status) {
+        is_stopped_ = stops_on_error_;
+        return RefusedResponse(request, status);
     }
 
     Company& company_;
@@ -148,21 +166,36 @@ class DocumentRun {
     return responses;
 }
 
-// Queries leave the books alone, so that no copy of them has to be kept.
 [[nodiscard]] bool MayChangeBooks(const Element& requests) {
-    return !std::ranges::all_of(requests.children,
-                                [](const Element& request) { return request.name.ends_with("QueryRq"); });
+    return std::ranges::any_of(requests.children, [](const Element& request) {
+        const RequestKind* const kind = FindRequestKind(request.name);
+        return kind != nullptr && kind->changes_books;
+    });
 }
 
-[[nodiscard]] Element AnswerAndSave(const Element& requests, Company& company, std::string_view now,
-                                    const std::function<void()>& save) {
+[[nodiscard]] Element AnswerAndCommit(const Element& requests, Company& company, std::string_view now) {
     if (!MayChangeBooks(requests)) {
         return DocumentRun(company, now).Answer(requests);
     }
-    try {
-        return company.ChangeAndSave([&] { return DocumentRun(company, now).Answer(requests); }, save);
-    } catch (const HostError& error) {
-        return AnswerAllWith(requests, {Code::kNotSaved, error.what()});
+    Transaction transaction(company.Data());
+    Element responses = DocumentRun(company, now).Answer(requests);
+    transaction.Commit();
+    return responses;
+}
+
+// The status for what happened to the company file.
+[[nodiscard]] Code CodeFor(Problem problem) noexcept {
+    switch (problem) {
+        case Problem::kReadOnly:
+            return Code::kReadOnly;
+        case Problem::kDiskFull:
+            return Code::kDiskFull;
+        case Problem::kCannotWrite:
+            return Code::kNotSaved;
+        case Problem::kDamaged:
+            return Code::kDamaged;
+        default:
+            return Code::kNoCompanyFile;
     }
 }
 
@@ -191,13 +224,16 @@ void CheckEnvelope(const Document& document) {
     CheckOnError(root.children.front());
 }
 
-Element ProcessDocument(const Document& document, Company& company, std::string_view now,
-                        const std::function<void()>& save) {
-    return Enveloped(AnswerAndSave(document.root.children.front(), company, now, save));
+Element ProcessDocument(const Document& document, Company& company, std::string_view now) {
+    try {
+        return Enveloped(AnswerAndCommit(document.root.children.front(), company, now));
+    } catch (const HostError& error) {
+        return RefuseRequests(document, error);
+    }
 }
 
-Element RefuseRequests(const Document& document, const Status& status) {
-    return Enveloped(AnswerAllWith(document.root.children.front(), status));
+Element RefuseRequests(const Document& document, const HostError& error) {
+    return Enveloped(AnswerAllWith(document.root.children.front(), {CodeFor(error.GetProblem()), error.what()}));
 }
 
 Element ErrorResponse(const Status& status) {

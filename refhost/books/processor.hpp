@@ -1,39 +1,27 @@
 // Answers one request document from the books of a company.
 #pragma once
 
-#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "refhost/books/company.hpp"
-#include "refhost/books/element.hpp"
+#include "refhost/books/document.hpp"
+#include "refhost/books/problems.hpp"
 #include "refhost/books/status.hpp"
 
 namespace paylodge::refhost {
-
-struct Instruction {
-    std::string target;
-    std::string data;
-};
-
-// An XML document as its reader found it; the XML declaration counts as an instruction.
-struct Document {
-    std::vector<Instruction> instructions;
-    Element root;
-};
 
 // Raises RefusedRequest when the document is not a request document of a version that the host knows. The functions
 // below that take a document need one that was checked.
 void CheckEnvelope(const Document& document);
 
-// The response document's element. What the requests change is handed to `save` once, after the last request; when that
-// raises HostError, the books are as before and every request is answered with the error. `now` is YYYY-MM-DDTHH:MM:SS.
-[[nodiscard]] Element ProcessDocument(const Document& document, Company& company, std::string_view now,
-                                      const std::function<void()>& save);
+// The response document's element. What the requests change is committed once, after the last request; when that cannot
+// be, the books are as before and every request is answered with the reason. `now` is YYYY-MM-DDTHH:MM:SS.
+[[nodiscard]] Element ProcessDocument(const Document& document, Company& company, std::string_view now);
 
 // The response that answers each request with the same error.
-[[nodiscard]] Element RefuseRequests(const Document& document, const Status& status);
+[[nodiscard]] Element RefuseRequests(const Document& document, const HostError& error);
 
 // The response to a document that cannot be processed at all: one ErrorRs.
 [[nodiscard]] Element ErrorResponse(const Status& status);

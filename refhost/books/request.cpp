@@ -11,11 +11,21 @@ namespace {
 
 [[nodiscard]] bool IsWanted(const Element& field, const Element& request) {
     return std::ranges::any_of(request.children, [&](const Element& child) {
-        return child.name == "IncludeRetElement" && child.text == field.name;
+        return child.name == kIncludeRetElement.name && child.text == field.name;
     });
 }
 
 }  // namespace
+
+std::vector<const RequestKind*> RequestKinds() {
+    std::vector<const RequestKind*> all;
+    for (const std::span<const RequestKind> kinds : {Queries(), ListEntries(), Transactions()}) {
+        for (const RequestKind& kind : kinds) {
+            all.push_back(&kind);
+        }
+    }
+    return all;
+}
 
 const RequestKind* FindRequestKind(std::string_view name) noexcept {
     for (const std::span<const RequestKind> kinds : {Queries(), ListEntries(), Transactions()}) {
@@ -29,13 +39,17 @@ const RequestKind* FindRequestKind(std::string_view name) noexcept {
 
 Element MakeReturned(const Element& record, const Element& request) {
     Element returned = MakeElement(record.name + "Ret");
-    const bool has_choice = FindChild(request, "IncludeRetElement") != nullptr;
+    const bool has_choice = FindChild(request, kIncludeRetElement.name) != nullptr;
     for (const Element& field : record.children) {
         if (!has_choice || IsWanted(field, request)) {
             returned.children.push_back(field);
         }
     }
     return returned;
+}
+
+Answer AnswerWith(const Element& record, const Element& request) {
+    return {.records = {MakeReturned(record, request)}, .not_found = {}};
 }
 
 }  // namespace paylodge::refhost

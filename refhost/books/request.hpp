@@ -30,15 +30,21 @@ struct Answer {
 struct RequestKind {
     std::string_view name;
     std::span<const Field> fields;
-    // The request was checked against the fields. Raises RefusedRequest before anything is changed, or answers.
+    // The request was checked against the fields. Raises RefusedRequest; what was changed until then is taken back.
     Answer (*answer)(const RequestContext& context);
+    bool changes_books = false;
 };
 
+// All of them.
+[[nodiscard]] std::vector<const RequestKind*> RequestKinds();
 // The row for a request element of this name, or null.
 [[nodiscard]] const RequestKind* FindRequestKind(std::string_view name) noexcept;
 
 // The record as a response shows it: named after its list, and only with those fields that the request's
 // IncludeRetElement elements name, if it has any.
 [[nodiscard]] Element MakeReturned(const Element& record, const Element& request);
+
+// The answer to a request that added or changed one record.
+[[nodiscard]] Answer AnswerWith(const Element& record, const Element& request);
 
 }  // namespace paylodge::refhost

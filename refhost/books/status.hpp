@@ -1,7 +1,7 @@
 // The status that each response element carries.
 #pragma once
 
-#include <stdexcept>
+#include <exception>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -21,16 +21,24 @@ enum class Code {
     kNotProcessed = 1110,
     kMissingField = 2000,
     kUnknownField = 2010,
+    kMisplacedField = 2015,
     kRepeatedField = 2020,
     kInvalidValue = 2030,
+    kBeyondLimit = 2035,
     kUnknownReference = 2040,
+    kUnfitAccount = 2045,
     kNotFound = 2050,
     kNameExists = 3100,
     kPaymentItemExists = 3180,
     kStaleEditSequence = 3200,
+    kInactive = 3210,
+    kBrokenRule = 3220,
     // The company file.
     kNoCompanyFile = 4000,
     kNotSaved = 4010,
+    kReadOnly = 4020,
+    kDiskFull = 4030,
+    kDamaged = 4040,
 };
 
 struct Status {
@@ -42,12 +50,6 @@ struct Status {
         return code == Code::kOk ? "Info" : code == Code::kNotFound ? "Warn" : "Error";
     }
     [[nodiscard]] bool IsError() const noexcept { return Severity() == "Error"; }
-};
-
-// What keeps the host from doing its work, in words for the person in front of it.
-class HostError : public std::runtime_error {
-  public:
-    using std::runtime_error::runtime_error;
 };
 
 // A request that is refused with a status.

@@ -3,17 +3,37 @@
 #include <algorithm>
 #include <array>
 
-#include "refhost/books/changes.hpp"
+#include "refhost/books/record_reader.hpp"
+#include "refhost/books/references.hpp"
 #include "refhost/books/status.hpp"
-#include "refhost/books/transaction_kinds.hpp"
+#include "refhost/books/transaction_entries.hpp"
 
 namespace paylodge::refhost {
 namespace {
 
 constexpr Field kTxnDate{.name = "TxnDate", .form = Form::kDate};
-constexpr Field kRefNumber{.name = "RefNumber", .longest = kLongestNumber};
+constexpr Field kRefNumber{.name = "RefNumber", .form = Form::kName, .longest = kLongestNumber};
 constexpr Field kMemo{.name = "Memo"};
 constexpr Field kAmount{.name = "Amount", .form = Form::kAmount, .occurs = Occurs::kOnce};
+
+constexpr std::array kCardInputFields{
+    Field{.name = "CreditCardNumber", .longest = kLongestNumber},
+    Field{.name = "ExpirationMonth", .longest = kLongestNumber},
+    Field{.name = "ExpirationYear", .longest = kLongestNumber},
+    Field{.name = "NameOnCard"},
+};
+constexpr std::array kCardResultFields{
+    Field{.name = "ResultCode"},           Field{.name = "ResultMessage"},
+    Field{.name = "CreditCardTransID"},    Field{.name = "MerchantAccountNumber"},
+    Field{.name = "AuthorizationCode"},    Field{.name = "ReconBatchID"},
+    Field{.name = "PaymentGroupingCode"},  Field{.name = "PaymentStatus"},
+    Field{.name = "TxnAuthorizationTime"}, Field{.name = "TxnAuthorizationStamp"},
+    Field{.name = "ClientTransID"},
+};
+constexpr std::array kCardFields{Aggregate("CreditCardTxnInputInfo", kCardInputFields),
+                                 Aggregate("CreditCardTxnResultInfo", kCardResultFields)};
+// The card data that a transaction may carry.
+constexpr Field kCardInfo = Aggregate(kCardElement, kCardFields);
 
 constexpr std::array kReceivePaymentFields{
     Reference("CustomerRef", Occurs::kOnce),
@@ -55,7 +75,7 @@ constexpr std::array kCreditMemoFields{
 constexpr std::array kCreditMemoRequest{Aggregate("CreditMemoAdd", kCreditMemoFields, Occurs::kOnce),
                                         kIncludeRetElement};
 
-constexpr std::array kAccountLineFields{Reference("AccountRef", Occurs::kOnce), kMemo, kAmount};
+constexpr std::array kAccountLineFields{Reference("AccountRef", Occurs::kOnce), Reference("EntityRef"), kMemo, kAmount};
 
 constexpr std::array kDepositFields{
     kTxnDate,
@@ -78,12 +98,12 @@ constexpr std::array kCheckRequest{Aggregate("CheckAdd", kCheckFields, Occurs::k
 // The forms that the host can show, and the transactions that each shows.
 struct FormKind {
     std::string_view type;
-    const ListKind& transactions;
+    const ListKind* transactions;
 };
 constexpr std::array kForms{
-    FormKind{"Invoice", kInvoices},           FormKind{"ReceivePayment", kReceivedPayments},
-    FormKind{"SalesReceipt", kSalesReceipts}, FormKind{"CreditMemo", kCreditMemos},
-    FormKind{"Deposit", kDeposits},           FormKind{"Check", kChecks},
+    FormKind{"Invoice", &kInvoices},           FormKind{"ReceivePayment", &kReceivedPayments},
+    FormKind{"SalesReceipt", &kSalesReceipts}, FormKind{"CreditMemo", &kCreditMemos},
+    FormKind{"Deposit", &kDeposits},           FormKind{"Check", &kChecks},
 };
 constexpr auto kFormTypes = [] {
     std::array<std::string_view, kForms.size()> types;
@@ -94,14 +114,15 @@ constexpr auto kFormTypes = [] {
 constexpr std::array kDisplayRequest{
     Choice("TxnDisplayModType", kFormTypes, Occurs::kOnce),
     Field{.name = "TxnID", .occurs = Occurs::kOnce},
+    kIncludeRetElement,
 };
 
 // Shows a transaction in its form: there is no window here, so that the request itself is the record of it.
 [[nodiscard]] Answer DisplayTransaction(const RequestContext& context) {
     const std::string_view type = CanonicalChoice(kFormTypes, ChildText(context.request, "TxnDisplayModType"));
     const std::string_view id = ChildText(context.request, "TxnID");
-    const ListKind& kind = std::ranges::find(kForms, type, &FormKind::type)->transactions;
-    if (context.company.FindById(kind, id) == nullptr) {
+    const ListKind& kind = *std::ranges::find(kForms, type, &FormKind::type)->transactions;
+    if (!context.company.NumberOfId(kind, id)) {
         throw RefusedRequest(Code::kUnknownReference, "TxnID names the " + std::string(kind.noun) + ' ' + Quoted(id) +
                                                           ", which does not exist.");
     }
@@ -112,11 +133,11 @@ constexpr std::array kDisplayRequest{
 }
 
 constexpr std::array kTransactions{
-    RequestKind{"ReceivePaymentAddRq", kReceivePaymentRequest, AddReceivedPayment},
-    RequestKind{"SalesReceiptAddRq", kSalesReceiptRequest, AddSalesReceipt},
-    RequestKind{"CreditMemoAddRq", kCreditMemoRequest, AddCreditMemo},
-    RequestKind{"DepositAddRq", kDepositRequest, AddDeposit},
-    RequestKind{"CheckAddRq", kCheckRequest, AddCheck},
+    RequestKind{"ReceivePaymentAddRq", kReceivePaymentRequest, AddReceivedPayment, true},
+    RequestKind{"SalesReceiptAddRq", kSalesReceiptRequest, AddSalesReceipt, true},
+    RequestKind{"CreditMemoAddRq", kCreditMemoRequest, AddCreditMemo, true},
+    RequestKind{"DepositAddRq", kDepositRequest, AddDeposit, true},
+    RequestKind{"CheckAddRq", kCheckRequest, AddCheck, true},
     RequestKind{"TxnDisplayModRq", kDisplayRequest, DisplayTransaction},
 };
 

@@ -7,7 +7,8 @@
 namespace paylodge::refhost {
 namespace {
 
-constexpr size_t kMostWholeDigits = 13;
+constexpr size_t kMostWholeDigits = 15;
+constexpr std::int64_t kBeyondEveryLimit = 1'000'000'000'000'000'000;
 constexpr size_t kMostCountDigits = 9;
 
 [[nodiscard]] bool IsDigits(std::string_view text) noexcept {
@@ -19,10 +20,6 @@ template <class Number>
     Number number = 0;
     std::from_chars(digits.data(), digits.data() + digits.size(), number);
     return number;
-}
-
-[[nodiscard]] constexpr char FoldedLetter(char c) noexcept {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
 // HH:MM:SS
@@ -38,11 +35,13 @@ std::optional<std::int64_t> ParseCents(std::string_view text) noexcept {
     const bool is_negative = text.starts_with('-');
     text.remove_prefix(is_negative ? 1 : 0);
     const size_t point = text.find('.');
-    const std::string_view whole = text.substr(0, point);
-    if (!IsDigits(whole) || whole.size() > kMostWholeDigits) {
+    std::string_view whole = text.substr(0, point);
+    if (!IsDigits(whole)) {
         return std::nullopt;
     }
-    std::int64_t cents = NumberFromDigits<std::int64_t>(whole) * 100;
+    whole.remove_prefix(std::min(whole.find_first_not_of('0'), whole.size() - 1));
+    std::int64_t cents =
+        whole.size() > kMostWholeDigits ? kBeyondEveryLimit : NumberFromDigits<std::int64_t>(whole) * 100;
     if (point != std::string_view::npos) {
         const std::string_view fraction = text.substr(point + 1);
         if (!IsDigits(fraction) || fraction.size() > 2) {
@@ -84,16 +83,6 @@ std::optional<std::uint32_t> ParseCount(std::string_view text) noexcept {
     }
     const auto count = NumberFromDigits<std::uint32_t>(text);
     return count == 0 ? std::nullopt : std::optional(count);
-}
-
-std::string Folded(std::string_view name) {
-    std::string folded(name);
-    std::ranges::transform(folded, folded.begin(), FoldedLetter);
-    return folded;
-}
-
-bool IsSameName(std::string_view left, std::string_view right) noexcept {
-    return std::ranges::equal(left, right, {}, FoldedLetter, FoldedLetter);
 }
 
 std::string_view Trimmed(std::string_view text) noexcept {

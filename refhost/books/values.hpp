@@ -8,7 +8,12 @@
 
 namespace paylodge::refhost {
 
-// Amounts are counted in whole cents. "12", "12.5" and "-12.50" are amounts of up to 13 digits before the point.
+// The largest amount of a line or a transaction, and the largest balance, in cents.
+inline constexpr std::int64_t kLargestAmount = 9'999'999'999'999;
+inline constexpr std::int64_t kLargestBalance = 999'999'999'999'999;
+
+// Amounts are counted in whole cents: "12", "12.5" and "-12.50". One of more digits than any limit comes back as a
+// number beyond all limits.
 [[nodiscard]] std::optional<std::int64_t> ParseCents(std::string_view text) noexcept;
 [[nodiscard]] std::string FormatCents(std::int64_t cents);
 
@@ -18,10 +23,6 @@ namespace paylodge::refhost {
 [[nodiscard]] bool IsDateTime(std::string_view text) noexcept;
 // A whole number from 1 to 999999999.
 [[nodiscard]] std::optional<std::uint32_t> ParseCount(std::string_view text) noexcept;
-
-// Names differ in more than the case of the letters A to Z, or they are the same.
-[[nodiscard]] std::string Folded(std::string_view name);
-[[nodiscard]] bool IsSameName(std::string_view left, std::string_view right) noexcept;
 
 // Without blanks, tabs and line ends around it.
 [[nodiscard]] std::string_view Trimmed(std::string_view text) noexcept;

@@ -1,147 +1,177 @@
 #include "refhost/books/xml_reader.hpp"
 
-#include <windows.h>
+#include <expat.h>
 
-#include <comdef.h>
+#include <algorithm>
+#include <array>
+#include <exception>
+#include <limits>
+#include <memory>
+#include <new>
+#include <string>
+#include <type_traits>
+#include <vector>
 
-#include "com/bstr.hpp"
-#include "com/com_ptr.hpp"
-#include "com/variant.hpp"
+#include "refhost/books/status.hpp"
 #include "refhost/books/values.hpp"
-#include "refhost/libraries/dom_document.hpp"
-#include "refhost/objects/utf8.hpp"
 
 namespace paylodge::refhost {
 namespace {
 
 // Far deeper than any document of the host, and shallow enough for every recursion over one.
-constexpr int kDeepest = 64;
+constexpr size_t kDeepest = 64;
+// A company's text is large, but not as large as this; no request comes near it.
+constexpr size_t kLongest = std::numeric_limits<int>::max() / 2;
 
-void Check(HRESULT result) {
-    if (FAILED(result)) {
-        _com_issue_error(result);
-    }
-}
+struct FreeParser {
+    void operator()(XML_Parser parser) const noexcept { ::XML_ParserFree(parser); }
+};
+using ParserHandle = std::unique_ptr<std::remove_pointer_t<XML_Parser>, FreeParser>;
 
-[[noreturn]] void Refuse(const std::string& reason) {
-    throw RefusedRequest(Code::kMalformedDocument, "The document is not well-formed XML: " + reason);
-}
+// What the parser's errors mean to the person who wrote the text.
+struct Explanation {
+    XML_Error error;
+    std::string_view words;
+};
+constexpr std::array kExplanations{
+    Explanation{XML_ERROR_NO_ELEMENTS, "the document element is missing: an element such as <LHXML> is expected"},
+    Explanation{
+        XML_ERROR_INVALID_TOKEN,
+        "this character cannot stand here: a name, a text or the end of a tag is expected; an ampersand in a text "
+        "is written &amp;, a less-than sign &lt;"},
+    Explanation{XML_ERROR_UNCLOSED_TOKEN, "this tag does not end: > is expected"},
+    Explanation{XML_ERROR_PARTIAL_CHAR, "the text ends within a character"},
+    Explanation{XML_ERROR_DUPLICATE_ATTRIBUTE, "the attribute is given twice: once is expected"},
+    Explanation{XML_ERROR_JUNK_AFTER_DOC_ELEMENT,
+                "something stands behind the document element: the end of the document is expected"},
+    Explanation{XML_ERROR_UNDEFINED_ENTITY,
+                "the entity is unknown: &amp;, &lt;, &gt;, &quot;, &apos; or a number such as &#233; is expected"},
+    Explanation{XML_ERROR_BAD_CHAR_REF, "no character has this number"},
+    Explanation{XML_ERROR_MISPLACED_XML_PI, "the XML declaration is expected at the very beginning"},
+    Explanation{XML_ERROR_XML_DECL, "the XML declaration is malformed: <?xml version=\"1.0\"?> is expected"},
+    Explanation{XML_ERROR_UNCLOSED_CDATA_SECTION, "the CDATA section does not end: ]]> is expected"},
+    Explanation{XML_ERROR_UNBOUND_PREFIX, "the prefix is not declared"},
+};
 
-[[noreturn]] void RefuseUnparsed(IXMLDOMDocument2& document) {
-    ComPtr<IXMLDOMParseError> error;
-    OwnedBstr reason;
-    LONG line = 0;
-    if (SUCCEEDED(document.get_parseError(error.Receive())) && error) {
-        static_cast<void>(error->get_reason(reason.Receive()));
-        static_cast<void>(error->get_line(&line));
-    }
-    Refuse(std::string(Trimmed(Utf8FromWide(View(reason)))) +
-           (line > 0 ? " (line " + std::to_string(line) + ')' : std::string()));
-}
-
-[[nodiscard]] ComPtr<IXMLDOMDocument2> Load(std::wstring_view text) {
-    if (text.find(L'\0') != std::wstring_view::npos) {
-        Refuse("it holds a null character");
-    }
-    ComPtr<IXMLDOMDocument2> document;
-    Check(CreateDomDocument(document.Receive()));
-    Check(document->put_preserveWhiteSpace(VARIANT_TRUE));
-    VARIANT_BOOL is_loaded = VARIANT_FALSE;
-    Check(document->loadXML(MakeBstr(text).Get(), &is_loaded));
-    if (is_loaded != VARIANT_TRUE) {
-        RefuseUnparsed(*document.Get());
-    }
-    return document;
-}
-
-template <class Node>
-[[nodiscard]] std::string Name(Node& node) {
-    OwnedBstr name;
-    Check(node.get_nodeName(name.Receive()));
-    return Utf8FromWide(View(name));
-}
-
-template <class Node>
-[[nodiscard]] std::string Value(Node& node) {
-    OwnedVariant value;
-    Check(node.get_nodeValue(value.Receive()));
-    return value.Type() == VT_BSTR ? Utf8FromWide(View(value.Bstr())) : std::string();
-}
-
-[[nodiscard]] DOMNodeType Type(IXMLDOMNode& node) {
-    DOMNodeType type = NODE_INVALID;
-    Check(node.get_nodeType(&type));
-    return type;
-}
-
-void ForEachChild(IXMLDOMNode& node, const auto& visit) {
-    ComPtr<IXMLDOMNode> child;
-    Check(node.get_firstChild(child.Receive()));
-    while (child) {
-        visit(*child.Get());
-        ComPtr<IXMLDOMNode> next;
-        Check(child->get_nextSibling(next.Receive()));
-        child = std::move(next);
-    }
-}
-
-[[nodiscard]] std::vector<Attribute> ReadAttributes(IXMLDOMNode& node) {
-    std::vector<Attribute> attributes;
-    ComPtr<IXMLDOMNamedNodeMap> map;
-    Check(node.get_attributes(map.Receive()));
-    if (!map) {
-        return attributes;
-    }
-    for (;;) {
-        ComPtr<IXMLDOMNode> attribute;
-        Check(map->nextNode(attribute.Receive()));
-        if (!attribute) {
-            return attributes;
+class Reader {
+  public:
+    explicit Reader(std::string_view text) : text_(text), parser_(::XML_ParserCreate("UTF-8")) {
+        if (!parser_) {
+            throw std::bad_alloc();
         }
-        attributes.push_back({Name(*attribute.Get()), Value(*attribute.Get())});
+        ::XML_SetUserData(parser_.get(), this);
+        ::XML_SetElementHandler(parser_.get(), Call<&Reader::Open>, Call<&Reader::Close>);
+        ::XML_SetCharacterDataHandler(parser_.get(), Call<&Reader::AddText>);
+        ::XML_SetProcessingInstructionHandler(parser_.get(), Call<&Reader::AddInstruction>);
+        ::XML_SetXmlDeclHandler(parser_.get(), Call<&Reader::Declare>);
+        ::XML_SetStartDoctypeDeclHandler(parser_.get(), Call<&Reader::RefuseDoctype>);
     }
-}
 
-[[nodiscard]] Element ReadElement(IXMLDOMNode& node, int depth) {
-    if (depth > kDeepest) {
-        throw RefusedRequest(Code::kMalformedDocument,
-                             "The document is nested more than " + std::to_string(kDeepest) + " levels deep.");
-    }
-    Element element = MakeElement(Name(node));
-    element.attributes = ReadAttributes(node);
-    ForEachChild(node, [&](IXMLDOMNode& child) {
-        const DOMNodeType type = Type(child);
-        if (type == NODE_ELEMENT) {
-            element.children.push_back(ReadElement(child, depth + 1));
-        } else if (type == NODE_TEXT || type == NODE_CDATA_SECTION) {
-            element.text += Value(child);
+    [[nodiscard]] Document Read() && {
+        if (text_.size() > kLongest) {
+            Refuse("it is too long.");
         }
-    });
-    if (!element.children.empty() && Trimmed(element.text).empty()) {
-        element.text.clear();
+        const XML_Status status = ::XML_Parse(parser_.get(), text_.data(), static_cast<int>(text_.size()), XML_TRUE);
+        if (failure_) {
+            std::rethrow_exception(failure_);
+        }
+        if (status != XML_STATUS_OK) {
+            RefuseAt(Explain(::XML_GetErrorCode(parser_.get())));
+        }
+        return std::move(document_);
     }
-    return element;
-}
+
+  private:
+    // No exception may pass through the parser: it is kept until the parser has returned.
+    template <auto method, class... Arguments>
+    static void Call(void* reader, Arguments... arguments) noexcept {
+        auto& self = *static_cast<Reader*>(reader);
+        try {
+            (self.*method)(arguments...);
+        } catch (...) {
+            self.failure_ = std::current_exception();
+            ::XML_StopParser(self.parser_.get(), XML_FALSE);
+        }
+    }
+
+    void Open(const XML_Char* name, const XML_Char** attributes) {
+        if (open_.size() == kDeepest) {
+            RefuseAt("the elements are nested more than " + std::to_string(kDeepest) + " levels deep");
+        }
+        Element& element = open_.empty() ? document_.root : open_.back()->children.emplace_back();
+        element.name = name;
+        for (; *attributes != nullptr; attributes += 2) {
+            element.attributes.push_back({attributes[0], attributes[1]});
+        }
+        open_.push_back(&element);
+    }
+
+    void Close(const XML_Char* /*name*/) {
+        Element& element = *open_.back();
+        if (!element.children.empty() && Trimmed(element.text).empty()) {
+            element.text.clear();
+        }
+        open_.pop_back();
+    }
+
+    void AddText(const XML_Char* text, int size) { open_.back()->text.append(text, static_cast<size_t>(size)); }
+
+    void AddInstruction(const XML_Char* target, const XML_Char* data) {
+        // Those within the document element say nothing about the document.
+        if (document_.root.name.empty()) {
+            document_.instructions.push_back({target, data});
+        }
+    }
+
+    void Declare(const XML_Char* version, const XML_Char* /*encoding*/, int /*standalone*/) {
+        document_.instructions.push_back({"xml", "version=\"" + std::string(version == nullptr ? "" : version) + '"'});
+    }
+
+    void RefuseDoctype(const XML_Char* /*name*/, const XML_Char* /*system*/, const XML_Char* /*public_id*/,
+                       int /*has_subset*/) {
+        RefuseAt("a document type declaration stands here: the document element is expected");
+    }
+
+    [[nodiscard]] std::string Explain(XML_Error error) const {
+        if (!open_.empty() && error == XML_ERROR_TAG_MISMATCH) {
+            return "this end tag closes nothing: </" + open_.back()->name + "> is expected";
+        }
+        if (!open_.empty() && (error == XML_ERROR_NO_ELEMENTS || error == XML_ERROR_UNCLOSED_TOKEN) && IsAtEnd()) {
+            return "the document ends here: </" + open_.back()->name + "> is expected";
+        }
+        const auto found = std::ranges::find(kExplanations, error, &Explanation::error);
+        return std::string(found == kExplanations.end() ? ::XML_ErrorString(error) : found->words);
+    }
+
+    [[nodiscard]] bool IsAtEnd() const {
+        return ::XML_GetCurrentByteIndex(parser_.get()) >= static_cast<XML_Index>(text_.size());
+    }
+
+    [[noreturn]] static void Refuse(const std::string& reason) {
+        throw RefusedRequest(Code::kMalformedDocument, "The document is not well-formed XML: " + reason);
+    }
+
+    [[noreturn]] void RefuseAt(const std::string& reason) const {
+        Refuse("line " + std::to_string(::XML_GetCurrentLineNumber(parser_.get())) + ", column " +
+               std::to_string(::XML_GetCurrentColumnNumber(parser_.get()) + 1) + ": " + reason + '.');
+    }
+
+    std::string_view text_;
+    ParserHandle parser_;
+    Document document_;
+    // From the document element down to the one that is being read. None of them gets a sibling while it is open.
+    std::vector<Element*> open_;
+    std::exception_ptr failure_;
+};
 
 }  // namespace
 
-Document ReadXml(std::wstring_view text) {
-    Document document;
-    ForEachChild(*Load(text).Get(), [&](IXMLDOMNode& node) {
-        switch (Type(node)) {
-            case NODE_PROCESSING_INSTRUCTION:
-                document.instructions.push_back({Name(node), Value(node)});
-                break;
-            case NODE_DOCUMENT_TYPE:
-                throw RefusedRequest(Code::kMalformedDocument, "The document has a document type declaration.");
-            case NODE_ELEMENT:
-                document.root = ReadElement(node, 1);
-                break;
-            default:
-                break;
-        }
-    });
-    return document;
+Document ReadXml(std::string_view text) {
+    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+    if (text.starts_with(kByteOrderMark)) {
+        text.remove_prefix(kByteOrderMark.size());
+    }
+    return Reader(text).Read();
 }
 
 }  // namespace paylodge::refhost

@@ -1,15 +1,15 @@
-// Reads XML text with the platform's parser, which is strict about well-formedness.
+// Reads XML text strictly: what is not well-formed is refused with its place and what belongs there.
 #pragma once
 
 #include <string_view>
 
-#include "refhost/books/processor.hpp"
+#include "refhost/books/document.hpp"
 
 namespace paylodge::refhost {
 
-// White space between elements is dropped; texts of elements without children are kept as they are. Raises
-// RefusedRequest for text that is not well-formed, has a document type declaration or is nested too deeply, and a COM
-// error when the parser cannot be had.
-[[nodiscard]] Document ReadXml(std::wstring_view text);
+// The text is UTF-8, whatever its declaration says. White space between elements is dropped; texts of elements without
+// children are kept as they are. Raises RefusedRequest for text that is not well-formed, has a document type
+// declaration or is nested too deeply.
+[[nodiscard]] Document ReadXml(std::string_view text);
 
 }  // namespace paylodge::refhost

@@ -4,7 +4,8 @@
 #include <array>
 #include <utility>
 
-#include "refhost/books/company_file.hpp"
+#include "refhost/books/watched_vfs.hpp"
+#include "refhost/objects/utf8.hpp"
 
 namespace paylodge::refhost {
 namespace {
@@ -30,16 +31,22 @@ constexpr std::array kCalls{kCreateObjectCall,
                             kDeleteCall,
                             kGetBagCall,
                             kReadCall,
-                            kWriteCall,
-                            kCreateNewFileStep,
-                            kWriteFileStep,
-                            kFlushFileStep,
-                            kReplaceFileStep};
+                            kWriteCall};
 
 }  // namespace
 
+std::vector<std::wstring> PlannableNames() {
+    std::vector<std::wstring> names(kCalls.begin(), kCalls.end());
+    for (const FileStep step : {FileStep::kOpen, FileStep::kWrite, FileStep::kSync, FileStep::kCommit}) {
+        names.push_back(WideFromUtf8(NameOf(step)));
+    }
+    std::ranges::sort(names);
+    return names;
+}
+
 bool FaultPlan::FailCall(std::wstring_view call, HRESULT code, LONG nth) {
-    const bool is_known = std::ranges::find(kCalls, call) != kCalls.end();
+    const std::vector<std::wstring> names = PlannableNames();
+    const bool is_known = std::ranges::find(names, call) != names.end();
     if (is_known) {
         failures_.push_back({std::wstring(call), nth, code});
     }

@@ -44,9 +44,13 @@ struct PlannedAnswer {
     HRESULT code = S_OK;
 };
 
+// The names that can be planned to fail, in alphabetical order.
+[[nodiscard]] std::vector<std::wstring> PlannableNames();
+
 class FaultPlan {
   public:
-    // The nth call of this name from now fails with the code; 0 stands for every one. False for an unknown name.
+    // The nth call or step of this name from now fails with the HRESULT; 0 stands for every one. False for an unknown
+    // name.
     [[nodiscard]] bool FailCall(std::wstring_view call, HRESULT code, LONG nth);
     // The nth ProcessRequest from now answers this; 0 stands for every one.
     void AnswerNth(PlannedAnswer answer, LONG nth);

@@ -1,7 +1,10 @@
 #include "refhost/control/reference_host.hpp"
 
+#include <cmath>
 #include <cstdint>
+#include <optional>
 
+#include "refhost/books/status.hpp"
 #include "refhost/objects/boundary.hpp"
 #include "refhost/objects/company_object.hpp"
 #include "refhost/objects/host.hpp"
@@ -16,8 +19,22 @@ constexpr char kOtherUser = 0;
 [[nodiscard]] RecordKey Key(BSTR category, LONG number) { return {EscapedText(View(category)), number}; }
 
 // Scripts write 0x80004005, which is too large for a LONG, as well as its signed value.
-[[nodiscard]] HRESULT ResultFromNumber(DOUBLE number) {
+[[nodiscard]] std::optional<HRESULT> ResultFromNumber(DOUBLE number) {
+    constexpr DOUBLE kSmallest = -2147483648.0;
+    constexpr DOUBLE kLargest = 4294967295.0;
+    if (!(number >= kSmallest && number <= kLargest) || number != std::floor(number)) {
+        return std::nullopt;
+    }
     return static_cast<HRESULT>(static_cast<std::uint32_t>(static_cast<std::int64_t>(number)));
+}
+
+[[nodiscard]] HRESULT ReportUnknownCall(BSTR name) {
+    std::string names;
+    for (const std::wstring& known : PlannableNames()) {
+        names.append(names.empty() ? "" : ", ").append(Utf8FromWide(known));
+    }
+    return Report(E_INVALIDARG,
+                  "FailCall knows no call " + Quoted(Utf8FromWide(View(name))) + ". It knows: " + names + '.');
 }
 
 [[nodiscard]] HRESULT PlanAnswer(PlannedAnswer answer, LONG nth) {
@@ -69,8 +86,11 @@ HRESULT CReferenceHost::get_CompanyFile(BSTR* path) {
 
 HRESULT CReferenceHost::FailCall(BSTR name, DOUBLE result, LONG nth) {
     return Guarded([&]() -> HRESULT {
-        const bool is_planned = nth >= 0 && Host::Get().Plan().FailCall(View(name), ResultFromNumber(result), nth);
-        return is_planned ? S_OK : E_INVALIDARG;
+        const auto planned = ResultFromNumber(result);
+        if (!planned || nth < 0) {
+            return Report(E_INVALIDARG, "FailCall takes a name, an HRESULT such as 0x80004005 and a number from 0 on.");
+        }
+        return Host::Get().Plan().FailCall(View(name), *planned, nth) ? S_OK : ReportUnknownCall(name);
     });
 }
 

@@ -2,10 +2,9 @@
 
 #include <windows.h>
 
-#include <comdef.h>
-
 #include <algorithm>
 
+#include "refhost/books/status.hpp"
 #include "refhost/books/xml_reader.hpp"
 #include "refhost/books/xml_writer.hpp"
 #include "refhost/objects/host.hpp"
@@ -19,15 +18,13 @@ namespace {
 // Text that is no document is shown as it is.
 [[nodiscard]] std::string Readable(std::wstring_view text) {
     try {
-        const Document document = ReadXml(text);
+        const Document document = ReadXml(Utf8FromWide(text));
         std::string lines;
         for (const Instruction& instruction : document.instructions) {
             lines += "<?" + instruction.target + ' ' + instruction.data + "?>\n";
         }
         return lines + IndentedXml(document.root);
     } catch (const RefusedRequest&) {
-        return Utf8FromWide(text) + '\n';
-    } catch (const _com_error&) {
         return Utf8FromWide(text) + '\n';
     }
 }

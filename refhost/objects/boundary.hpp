@@ -6,19 +6,52 @@
 #include <comdef.h>
 #include <oleauto.h>
 
+#include <algorithm>
+#include <array>
 #include <new>
+#include <string>
 #include <utility>
 
 #include "com/bstr.hpp"
 #include "com/com_ptr.hpp"
 #include "com/object_root.hpp"
-#include "refhost/books/status.hpp"
+#include "refhost/books/problems.hpp"
 #include "refhost/objects/utf8.hpp"
 
 namespace paylodge::refhost {
 
-// Leaves the message where scripts find the description of an error. Answers E_FAIL.
-inline HRESULT Report(const std::string& message) {
+// Each problem of the company file has an HRESULT of its own, so that a caller's log leads to the cause.
+struct ProblemResult {
+    Problem problem;
+    HRESULT result;
+};
+inline constexpr HRESULT kNoCompanyOpen = MAKE_HRESULT(SEVERITY_ERROR, FACILITY_ITF, 0x0421);
+inline constexpr HRESULT kNewerCompanyFile = MAKE_HRESULT(SEVERITY_ERROR, FACILITY_ITF, 0x0422);
+inline constexpr HRESULT kForeignCompanyFile = MAKE_HRESULT(SEVERITY_ERROR, FACILITY_ITF, 0x0423);
+inline constexpr HRESULT kOtherCompanyOpen = MAKE_HRESULT(SEVERITY_ERROR, FACILITY_ITF, 0x0424);
+inline constexpr std::array kProblemResults{
+    ProblemResult{Problem::kOtherFileOpen, kOtherCompanyOpen},
+    ProblemResult{Problem::kNoFileOpen, kNoCompanyOpen},
+    ProblemResult{Problem::kNewer, kNewerCompanyFile},
+    ProblemResult{Problem::kForeign, kForeignCompanyFile},
+    // The system's own results, as HRESULT_FROM_WIN32 makes them.
+    ProblemResult{Problem::kMissing, static_cast<HRESULT>(0x80070002)},
+    ProblemResult{Problem::kUnreadable, static_cast<HRESULT>(0x80070005)},
+    ProblemResult{Problem::kReadOnly, static_cast<HRESULT>(0x80070013)},
+    ProblemResult{Problem::kCannotWrite, static_cast<HRESULT>(0x8007001D)},
+    ProblemResult{Problem::kLocked, static_cast<HRESULT>(0x80070020)},
+    ProblemResult{Problem::kDiskFull, static_cast<HRESULT>(0x80070070)},
+    ProblemResult{Problem::kDamaged, static_cast<HRESULT>(0x80070570)},
+};
+
+// The one that a test planned, or the problem's own.
+[[nodiscard]] inline HRESULT ResultOf(const HostError& error) {
+    const auto* const found = std::ranges::find(kProblemResults, error.GetProblem(), &ProblemResult::problem);
+    return error.PlannedResult().value_or(found == kProblemResults.end() ? E_FAIL : found->result);
+}
+
+// Leaves the message where scripts find the description of an error. Returns the HRESULT.
+inline HRESULT Report(HRESULT result, const std::string& message) {
     ComPtr<ICreateErrorInfo> creation;
     ComPtr<IErrorInfo> info;
     std::wstring text = WideFromUtf8(message);
@@ -26,7 +59,7 @@ inline HRESULT Report(const std::string& message) {
         SUCCEEDED(creation->QueryInterface(IID_IErrorInfo, info.ReceiveVoid()))) {
         ::SetErrorInfo(0, info.Get());
     }
-    return E_FAIL;
+    return result;
 }
 
 // What the work answers, or the HRESULT for what it raises.
@@ -35,7 +68,7 @@ template <class Work>
     try {
         return work();
     } catch (const HostError& error) {
-        return Report(error.what());
+        return Report(ResultOf(error), error.what());
     } catch (const _com_error& error) {
         return error.Error();
     } catch (const std::bad_alloc&) {

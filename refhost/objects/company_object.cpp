@@ -34,7 +34,7 @@ class CDataFileRecord : public IHostDataFileRecord {
     // kNotLocked when this object does not hold the lock.
     STDMETHODIMP PutDataVersion(LONG version) override;
     STDMETHODIMP Unlock() override;
-    // E_FAIL with a description when the company file cannot be saved; it is as before then.
+    // An HRESULT with a description when the company file cannot be saved; it is as before then.
     STDMETHODIMP Save() override;
     STDMETHODIMP Delete() override;
 
@@ -60,7 +60,7 @@ class CDataFileRecord : public IHostDataFileRecord {
     }
 
   private:
-    // `change` gets the table of records; the books are saved then. kNotLocked.
+    // `change` gets the table of records. kNotLocked.
     [[nodiscard]] HRESULT ChangeBooks(const auto& change);
 
     WeakCompany company_;
@@ -137,12 +137,12 @@ HRESULT CDataFileRecord::Unlock() {
 
 HRESULT CDataFileRecord::Save() {
     return Serve(kSaveCall,
-                 [&] { return ChangeBooks([this](DataFileRecordTable& records) { records.Put(key_, content_); }); });
+                 [&] { return ChangeBooks([this](DataFileRecordTable& records) { records.Save(key_, content_); }); });
 }
 
 HRESULT CDataFileRecord::Delete() {
     return Serve(kDeleteCall,
-                 [&] { return ChangeBooks([this](DataFileRecordTable& records) { records.Remove(key_); }); });
+                 [&] { return ChangeBooks([this](DataFileRecordTable& records) { records.Delete(key_); }); });
 }
 
 HRESULT CDataFileRecord::GetPropertyBag(IHostPropertyBag** bag) {
@@ -154,11 +154,8 @@ HRESULT CDataFileRecord::ChangeBooks(const auto& change) {
     if (!company->Records().IsLockedBy(key_, this)) {
         return kNotLocked;
     }
-    const auto change_records = [&]() -> HRESULT {
-        change(company->Records());
-        return S_OK;
-    };
-    return company->Books().ChangeAndSave(change_records, [&company] { company->Save(); });
+    change(company->Records());
+    return S_OK;
 }
 
 HRESULT CPropertyBag::Read(BSTR name, VARIANT* value) {

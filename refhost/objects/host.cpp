@@ -7,6 +7,8 @@
 #include "com/module.hpp"
 #include "hostapi/libraries.hpp"
 #include "refhost/books/processor.hpp"
+#include "refhost/books/status.hpp"
+#include "refhost/books/watched_vfs.hpp"
 #include "refhost/books/xml_reader.hpp"
 #include "refhost/objects/utf8.hpp"
 
@@ -22,6 +24,24 @@ void LoadOwnLibraries() {
     for (const wchar_t* const name : {kUtilityLibrary, kFeatureFlagLibrary}) {
         static_cast<void>(::LoadLibraryW((folder / name).c_str()));
     }
+}
+
+// Raises HostError.
+[[nodiscard]] std::wstring FullPath(const std::wstring& path) {
+    const DWORD size = ::GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
+    std::wstring full_path(size, L'\0');
+    const DWORD length = ::GetFullPathNameW(path.c_str(), size, full_path.data(), nullptr);
+    if (length == 0 || length >= size) {
+        throw HostError(Problem::kMissing,
+                        "The path " + Quoted(Utf8FromWide(path)) + " of the company file cannot be used.");
+    }
+    full_path.resize(length);
+    return full_path;
+}
+
+// Both are full paths.
+[[nodiscard]] bool IsSamePath(const std::wstring& left, const std::wstring& right) {
+    return ::CompareStringOrdinal(left.c_str(), -1, right.c_str(), -1, TRUE) == CSTR_EQUAL;
 }
 
 // Plain data, so that nothing is run for it when the module goes.
@@ -48,23 +68,23 @@ Host& Host::Get() {
 
 bool Host::Exists() noexcept { return g_host != nullptr; }
 
-void Host::Destroy() noexcept { delete std::exchange(g_host, nullptr); }
+void Host::Destroy() noexcept {
+    WatchSteps({});
+    delete std::exchange(g_host, nullptr);
+}
 
-void OpenCompany::Save() const {
-    file_->Save([this](std::wstring_view step) {
-        if (Host::Get().Plan().TakeFailure(step)) {
-            throw HostError("The company file " + Quoted(Utf8FromWide(file_->Path())) + " cannot be saved: the step " +
-                            Utf8FromWide(step) + " was planned to fail.");
-        }
-    });
+Host::Host() {
+    WatchSteps([this](FileStep step) { return plan_.TakeFailure(WideFromUtf8(NameOf(step))); });
 }
 
 void Host::OpenCompanyFile(const std::wstring& path) {
-    if (company_ && IsSamePath(company_->Path(), path)) {
-        // Read again: the lock has to be free for that.
+    std::wstring full_path = FullPath(path);
+    if (company_ && IsSamePath(company_->Path(), full_path)) {
+        // Read again: the file has to be free for that.
         company_.reset();
     }
-    company_ = std::make_shared<OpenCompany>(CompanyFile::Open(path));
+    auto books = Company::Open(Utf8FromWide(full_path));
+    company_ = std::make_shared<OpenCompany>(std::move(full_path), std::move(books));
 }
 
 void Host::CloseCompanyFile() noexcept { company_.reset(); }
@@ -74,9 +94,9 @@ std::wstring Host::CompanyFilePath() const { return company_ ? company_->Path() 
 void Host::RequireCompanyFile(const std::wstring& path) {
     if (!company_) {
         OpenCompanyFile(path);
-    } else if (!IsSamePath(company_->Path(), path)) {
-        throw HostError("The company file " + Quoted(Utf8FromWide(company_->Path())) +
-                        " is open; close it before a session with another one begins.");
+    } else if (!IsSamePath(company_->Path(), FullPath(path))) {
+        throw HostError(Problem::kOtherFileOpen, "The company file " + Quoted(Utf8FromWide(company_->Path())) +
+                                                     " is open; close it before a session with another one begins.");
     }
 }
 
@@ -85,6 +105,7 @@ std::shared_ptr<OpenCompany> Host::CurrentCompany() {
         const std::wstring path = EnvironmentValue(kCompanyFileVariable);
         if (path.empty()) {
             throw HostError(
+                Problem::kNoFileOpen,
                 "No company file is open: open one with OpenCompanyFile of the class Ledgerhall.ReferenceHost, or name "
                 "one in the environment variable LEDGERHALL_COMPANY_FILE.");
         }
@@ -96,13 +117,13 @@ std::shared_ptr<OpenCompany> Host::CurrentCompany() {
 std::wstring Host::Process(std::wstring_view request) {
     Element response;
     try {
-        const Document document = ReadXml(request);
+        const Document document = ReadXml(Utf8FromWide(request));
         CheckEnvelope(document);
         try {
             const auto company = CurrentCompany();
-            response = ProcessDocument(document, company->Books(), LocalTime(), [&company] { company->Save(); });
+            response = ProcessDocument(document, company->Books(), LocalTime());
         } catch (const HostError& error) {
-            response = RefuseRequests(document, {Code::kNoCompanyFile, error.what()});
+            response = RefuseRequests(document, error);
         }
     } catch (const RefusedRequest& refused) {
         response = ErrorResponse(refused.GetStatus());

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "refhost/books/company_file.hpp"
+#include "refhost/books/company.hpp"
 #include "refhost/books/data_file_records.hpp"
 #include "refhost/control/fault_plan.hpp"
 
@@ -20,19 +20,20 @@ struct Exchange {
     std::wstring response;
 };
 
-// A company file with what the host knows of it while it is open.
+// A company with what the host knows of it while it is open.
 class OpenCompany {
   public:
-    explicit OpenCompany(std::unique_ptr<CompanyFile> file) noexcept : file_(std::move(file)), records_(Books()) {}
+    OpenCompany(std::wstring path, std::unique_ptr<Company> books) noexcept
+        : path_(std::move(path)), books_(std::move(books)), records_(*books_) {}
 
-    [[nodiscard]] const std::wstring& Path() const noexcept { return file_->Path(); }
-    [[nodiscard]] Company& Books() noexcept { return file_->Books(); }
+    // The full path of the company file.
+    [[nodiscard]] const std::wstring& Path() const noexcept { return path_; }
+    [[nodiscard]] Company& Books() noexcept { return *books_; }
     [[nodiscard]] DataFileRecordTable& Records() noexcept { return records_; }
-    // Raises HostError, also where a step was planned to fail; the file is as before then.
-    void Save() const;
 
   private:
-    std::unique_ptr<CompanyFile> file_;
+    std::wstring path_;
+    std::unique_ptr<Company> books_;
     DataFileRecordTable records_;
 };
 
@@ -69,6 +70,8 @@ class Host {
     [[nodiscard]] std::wstring NewTicket();
 
   private:
+    Host();
+
     std::shared_ptr<OpenCompany> company_;
     FaultPlan plan_;
     std::vector<std::wstring> calls_;

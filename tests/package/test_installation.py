@@ -47,7 +47,7 @@ class Installation(unittest.TestCase):
     def list_bank_accounts(self, architecture: str) -> str:
         """What a script of the given architecture gets, on a machine with Ledgerhall."""
         host = BUILDS[architecture] / "refhost" / "refhost.dll"
-        shutil.copy(TOP / "examples" / "riverside.lhcompany", SCRATCH / "company.lhcompany")
+        shutil.copy(TOP / "build" / "riverside.lhcompany", SCRATCH / "company.lhcompany")
         script = SCRATCH / "accounts.js"
         script.write_text(SCRIPT)
         self.assertEqual(regsvr32(architecture, host), 0)

@@ -60,7 +60,7 @@ class RegistrationFree(unittest.TestCase):
 
     def register_host(self) -> None:
         host = self.build / "refhost" / "refhost.dll"
-        shutil.copy(TOP / "examples" / "riverside.lhcompany", SCRATCH / "company.lhcompany")
+        shutil.copy(TOP / "build" / "riverside.lhcompany", SCRATCH / "company.lhcompany")
         self.assertEqual(regsvr32(self.architecture, host), 0)
         self.addCleanup(regsvr32, self.architecture, host, "/u")
 

@@ -33,7 +33,7 @@ test("the working day says what came of each step", function () {
         "Batch: totals 80.00, 45.50, 20.00.",
         "Deposit: 125.50 to Credit Card Holding Account.",
         "Check: 159.90 of Eastgate Library pays invoice 1008.",
-        "  recorded as T-130; unused: 0.00.",
+        "  recorded as T-136; unused: 0.00.",
         "Evening: Riverside Checking holds 28538.05; Credit Card Holding Account holds 0.00."
     ].join("\n"));
 });
@@ -54,10 +54,9 @@ test("the check paid its invoice", function () {
     contains(record("ReceivePayment", "<RefNumber>CHK-1</RefNumber>"), "<TotalAmount>159.90</TotalAmount>");
 });
 
-test("the company file itself has what the host answers", function () {
-    var text = readFile(companyFile());
-    contains(text, "<DepositTotal>125.50</DepositTotal>");
-    contains(text, "<Memo>Settlement</Memo>");
-    contains(text, "<Value>5247710000123456</Value>");
-    contains(text, "<FullName>Credit Card Holding Account</FullName>");
+test("every account that the day concerns has its part of it", function () {
+    contains(record("Account", "<FullName>Plant Sales</FullName>"), "<Balance>66493.55</Balance>");
+    contains(record("Account", "<FullName>Undeposited Funds</FullName>"), "<Balance>785.70</Balance>");
+    contains(record("Account", "<FullName>Accounts Receivable</FullName>"), "<Balance>14819.70</Balance>");
+    contains(record("Deposit", "<Memo>Settlement</Memo>"), "<DepositTotal>125.50</DepositTotal>");
 });

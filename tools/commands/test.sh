@@ -74,6 +74,9 @@ run() {
     if [[ $targets == *x64* || $targets == *x86* ]]; then
         use_wine
     fi
+    for preset in $(cut -d ' ' -f 1 <<<"$targets"); do
+        [ "$preset" = native ] || make_sample_company "build/$preset"
+    done
     export UBSAN_OPTIONS=print_stacktrace=1
     say "testing"
     python3 tools/testrun/run_tests.py "${filter[@]}" "${options[@]}" "${kinds[@]}"

@@ -49,7 +49,9 @@ class Paths:
         return self.build / "test-scratch" / job_name
 
     def sample_company_file(self) -> Path | None:
-        return next(iter(sorted((self.root / "examples").glob("*.lhcompany"))), None)
+        """The sample company as wine.sh has made it of its text."""
+        file = self.build / "riverside.lhcompany"
+        return file if file.exists() else None
 
 
 @dataclass(frozen=True)
@@ -275,7 +277,7 @@ def script_job(paths: Paths, architecture: str, script: Path) -> Job:
     return Job(
         name,
         [*host, "//nologo", windows_path(harness), windows_path(script)],
-        read_lines,
+        lambda ending: read_lines(ending) + check_books(paths, architecture, name),
         prepare,
         environment={
             **wine_environment(paths, architecture, name),
@@ -283,6 +285,22 @@ def script_job(paths: Paths, architecture: str, script: Path) -> Job:
         },
         under_wine=True,
     )
+
+
+def check_books(paths: Paths, architecture: str, job_name: str) -> list[Case]:
+    """Whatever a page did, the books that it leaves are true."""
+    sample = paths.sample_company_file()
+    if not sample:
+        return []
+    program = paths.build / architecture / "refhost" / "company.exe"
+    company_file = paths.scratch(job_name) / sample.name
+    command = [*wine_session.wine_command(str(program)), "check", windows_path(company_file)]
+    try:
+        result = wine_session.run_and_read(command)
+    except subprocess.TimeoutExpired:
+        return [Case("the books are true afterwards", Outcome.FAILED, "the check did not end")]
+    outcome = Outcome.PASSED if result.returncode == 0 else Outcome.FAILED
+    return [Case("the books are true afterwards", outcome, "" if outcome is Outcome.PASSED else result.stdout)]
 
 
 @functools.cache

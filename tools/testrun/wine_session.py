@@ -42,6 +42,20 @@ def run_quietly(command: list[str]) -> int:
     ).returncode
 
 
+def run_and_read(command: list[str]) -> subprocess.CompletedProcess[str]:
+    """A short program with what it printed; raises OSError or subprocess.TimeoutExpired when there is no end of it."""
+    return subprocess.run(
+        command,
+        check=False,
+        stdin=subprocess.DEVNULL,
+        stdout=subprocess.PIPE,
+        stderr=subprocess.STDOUT,
+        encoding="utf-8",
+        errors="replace",
+        timeout=TIME_LIMIT_SECONDS,
+    )
+
+
 @functools.cache
 def works(architecture: str) -> bool:
     """Whether programs of this architecture can run on this machine."""

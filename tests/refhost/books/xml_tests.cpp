@@ -1,0 +1,127 @@
+#include <gtest/gtest.h>
+
+#include "refhost/books/status.hpp"
+#include "refhost/books/values.hpp"
+#include "refhost/books/xml_reader.hpp"
+#include "refhost/books/xml_writer.hpp"
+
+namespace paylodge::refhost {
+namespace {
+
+[[nodiscard]] Element Tricky() {
+    Element root = MakeElement("Root");
+    root.attributes = {{"a", "1 < 2 & \"three\"\r\n\tend"}};
+    root.children = {MakeElement("Text", " \r\nx\ny\t]]> & <tag> 'q' \"d\" "), MakeElement("Blank", "  \n "),
+                     MakeElement("Empty"), MakeElement("Wide", "\xE2\x82\xAC \xC3\xA9 \xF0\x9F\x98\x80")};
+    return root;
+}
+
+TEST(XmlText, IsReadBackAsItWasWritten) {
+    EXPECT_EQ(ReadXml(CompactXml(Tricky())).root, Tricky());
+    EXPECT_EQ(ReadXml(IndentedXml(Tricky())).root, Tricky());
+}
+
+TEST(XmlText, IsIndentedByTwoBlanksALevel) {
+    Element root = MakeElement("A");
+    root.children = {MakeElement("B", "x"), MakeElement("C")};
+    EXPECT_EQ(IndentedXml(root), "<A>\n  <B>x</B>\n  <C/>\n</A>\n");
+    EXPECT_EQ(CompactXml(root), "<A><B>x</B><C/></A>");
+}
+
+TEST(XmlReader, KeepsInstructionsAndJoinsCharacterData) {
+    const Document document =
+        ReadXml("<?xml version=\"1.0\"?><?lhxml version=\"7.0\" ?><A>x<!-- y --><![CDATA[<z>]]></A>");
+    ASSERT_EQ(document.instructions.size(), 2U);
+    EXPECT_EQ(document.instructions[1].target, "lhxml");
+    EXPECT_EQ(Trimmed(document.instructions[1].data), "version=\"7.0\"");
+    EXPECT_EQ(document.root.text, "x<z>");
+}
+
+TEST(XmlReader, RefusesWhatIsNotWellFormed) {
+    using namespace std::string_literals;
+    const std::string entities = "<!DOCTYPE A [<!ENTITY e 'x'>]><A>&e;</A>";
+    for (const std::string& text :
+         {""s, " "s, "text"s, "<A>"s, "<A></B>"s, "<A/><B/>"s, "<A>&nothing;</A>"s, "<A b='1' b='2'/>"s, "<A b=1/>"s,
+          "<A>\x01</A>"s, "<A>\0</A>"s, "<A/>\0<B/>"s, "<A>]]></A>"s, "<?xml version=\"1.0\"?>"s, entities}) {
+        EXPECT_THROW(static_cast<void>(ReadXml(text)), RefusedRequest) << text;
+    }
+    EXPECT_THROW(static_cast<void>(ReadXml("<A>\xED\xA0\x80</A>")), RefusedRequest);
+}
+
+TEST(XmlReader, RefusesEntitiesThatGrow) {
+    std::string text = "<!DOCTYPE A [<!ENTITY e0 \"grow\">";
+    for (int level = 1; level < 12; ++level) {
+        text += "<!ENTITY e" + std::to_string(level) + " \"";
+        for (int copy = 0; copy < 10; ++copy) {
+            text += "&e" + std::to_string(level - 1) + ';';
+        }
+        text += "\">";
+    }
+    EXPECT_THROW(static_cast<void>(ReadXml(text + "]><A>&e11;</A>")), RefusedRequest);
+}
+
+TEST(XmlReader, RefusesDeepNesting) {
+    const auto nested = [](size_t depth) {
+        std::string text;
+        for (size_t level = 0; level < depth; ++level) {
+            text += "<A>";
+        }
+        for (size_t level = 0; level < depth; ++level) {
+            text += "</A>";
+        }
+        return text;
+    };
+    EXPECT_NO_THROW(static_cast<void>(ReadXml(nested(64))));
+    for (const size_t depth : {65U, 200U, 100'000U}) {
+        EXPECT_THROW(static_cast<void>(ReadXml(nested(depth))), RefusedRequest) << depth;
+    }
+}
+
+struct PlaceCase {
+    const char* name;
+    const char* text;
+    const char* message;
+};
+
+void PrintTo(const PlaceCase& place, std::ostream* output) { *output << place.name; }
+
+class MalformedXml : public ::testing::TestWithParam<PlaceCase> {};
+
+TEST_P(MalformedXml, IsRefusedWithLineColumnAndWhatBelongsThere) {
+    try {
+        static_cast<void>(ReadXml(GetParam().text));
+        FAIL() << "was read";
+    } catch (const RefusedRequest& refused) {
+        EXPECT_EQ(refused.GetStatus().code, Code::kMalformedDocument);
+        EXPECT_EQ(refused.GetStatus().message,
+                  "The document is not well-formed XML: " + std::string(GetParam().message));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , MalformedXml,
+    ::testing::Values(
+        PlaceCase{"OtherEndTag", "<A>\n  <B></C>\n</A>",
+                  "line 2, column 8: this end tag closes nothing: </B> is expected."},
+        PlaceCase{"NoEnd", "<A>\n<B>x", "line 2, column 5: the document ends here: </B> is expected."},
+        PlaceCase{"Nothing", "",
+                  "line 1, column 1: the document element is missing: an element such as <LHXML> is expected."},
+        PlaceCase{
+            "TwoElements", "<A/>\n<B/>",
+            "line 2, column 1: something stands behind the document element: the end of the document is expected."},
+        PlaceCase{"Doctype", "<!DOCTYPE A><A/>",
+                  "line 1, column 12: a document type declaration stands here: the document element is expected."},
+        PlaceCase{
+            "BareAmpersand", "<A>Juniper & Sons</A>",
+            "line 1, column 13: this character cannot stand here: a name, a text or the end of a tag is expected; an "
+            "ampersand in a text is written &amp;, a less-than sign &lt;."},
+        PlaceCase{
+            "UnknownEntity", "<A>&nbsp;</A>",
+            "line 1, column 4: the entity is unknown: &amp;, &lt;, &gt;, &quot;, &apos; or a number such as &#233; is "
+            "expected."},
+        PlaceCase{"AttributeTwice", "<A b='1' b='2'/>",
+                  "line 1, column 10: the attribute is given twice: once is expected."}),
+    [](const auto& test) { return test.param.name; });
+
+}  // namespace
+}  // namespace paylodge::refhost

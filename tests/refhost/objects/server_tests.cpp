@@ -1,0 +1,400 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "refhost/books/xml_reader.hpp"
+#include "refhost/objects/boundary.hpp"
+#include "refhost/objects/processor_object.hpp"
+#include "refhost/objects/utf8.hpp"
+#include "tests/refhost/books/sample_books.hpp"
+#include "tests/refhost/objects/host_server.hpp"
+
+namespace paylodge::refhost {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+class Server : public HostTest {
+  protected:
+    // A processor as the broker makes it, without a connection.
+    [[nodiscard]] ComPtr<IRequestProcessor> Processor() const {
+        const auto broker = host_.Create<IHostObjectBroker>(kHostObjectBrokerClass);
+        ComPtr<IUnknown> object;
+        ComPtr<IRequestProcessor> processor;
+        EXPECT_EQ(broker->CreateObjectFromClassId(MakeBstr(L"{45F5708E-3B43-4FA8-BE7E-A5F1849214CB}").Get(),
+                                                  object.Receive()),
+                  S_OK);
+        EXPECT_EQ(object.As(processor), S_OK);
+        return processor;
+    }
+
+    // The same with an open connection.
+    [[nodiscard]] ComPtr<IRequestProcessor> Connected() const {
+        auto processor = Processor();
+        EXPECT_EQ(processor->OpenConnection(MakeBstr(L"").Get(), MakeBstr(L"Ledgerhall Paylodge").Get()), S_OK);
+        return processor;
+    }
+
+    [[nodiscard]] static OwnedBstr Begin(IRequestProcessor& processor) {
+        OwnedBstr ticket;
+        EXPECT_EQ(processor.BeginSession(MakeBstr(L"").Get(), 2, ticket.Receive()), S_OK);
+        return ticket;
+    }
+
+    // The answer to a whole document in a session of its own.
+    HRESULT Exchange(std::string_view document, OwnedBstr& response) const {
+        const auto processor = Connected();
+        const OwnedBstr ticket = Begin(*processor.Get());
+        const HRESULT result =
+            processor->ProcessRequest(ticket.Get(), MakeBstr(WideFromUtf8(document)).Get(), response.Receive());
+        EXPECT_EQ(processor->EndSession(ticket.Get()), S_OK);
+        EXPECT_EQ(processor->CloseConnection(), S_OK);
+        return result;
+    }
+
+    // The response elements to these requests.
+    [[nodiscard]] std::vector<Element> Ask(std::string_view requests) const {
+        OwnedBstr response;
+        EXPECT_EQ(Exchange(Envelope(requests), response), S_OK);
+        return Responses(response);
+    }
+
+    // What the last error says of itself.
+    [[nodiscard]] static std::string LastDescription() {
+        ComPtr<IErrorInfo> info;
+        OwnedBstr description;
+        EXPECT_EQ(::GetErrorInfo(0, info.Receive()), S_OK);
+        if (info) {
+            EXPECT_EQ(info->GetDescription(description.Receive()), S_OK);
+        }
+        return Text(description);
+    }
+
+    [[nodiscard]] static std::vector<Element> Responses(const OwnedBstr& response) {
+        EXPECT_THAT(Text(response), StartsWith("<?xml version=\"1.0\" ?><LHXML><LHXMLMsgsRs"));
+        return ReadXml(Text(response)).root.children.front().children;
+    }
+};
+
+TEST_F(Server, AnswersAQueryFromTheCompanyFile) {
+    const auto responses =
+        Ask("<AccountQueryRq requestID=\"requestID_7\"><ActiveStatus>ActiveOnly</ActiveStatus>"
+            "<AccountType>Bank</AccountType></AccountQueryRq>");
+    ASSERT_EQ(responses.size(), 1U);
+    EXPECT_EQ(responses[0].name, "AccountQueryRs");
+    EXPECT_EQ(*FindAttribute(responses[0], "requestID"), "requestID_7");
+    EXPECT_THAT(Texts(responses[0], "FullName"),
+                ElementsAre("Riverside Checking", "Riverside Savings", "Card Settlement", "Petty Cash"));
+}
+
+TEST_F(Server, KeepsAnAddedAccountInTheFile) {
+    const std::string add =
+        "<AccountAddRq><AccountAdd><Name>Holding</Name><AccountType>Bank</AccountType></AccountAdd></AccountAddRq>";
+    EXPECT_EQ(StatusCode(Ask(add).at(0)), "0");
+    EXPECT_TRUE(sample_.Bytes().find("Holding") != std::string::npos);
+    ASSERT_EQ(control_->CloseCompanyFile(), S_OK);
+    ASSERT_EQ(control_->OpenCompanyFile(MakeBstr(sample_.Path()).Get()), S_OK);
+    EXPECT_EQ(StatusCode(Ask(add).at(0)), "3100");
+}
+
+TEST_F(Server, LeavesFileAndBooksAsTheyWereWhenSavingFails) {
+    const std::string before = sample_.Bytes();
+    const std::string requests =
+        "<AccountAddRq requestID=\"1\"><AccountAdd><Name>Holding</Name><AccountType>Bank</AccountType></AccountAdd>"
+        "</AccountAddRq><AccountQueryRq requestID=\"2\"><FullName>Holding</FullName></AccountQueryRq>";
+    ASSERT_EQ(control_->FailCall(MakeBstr(L"CompanyFile.Commit").Get(), 0x8007001D, 1), S_OK);
+    const auto responses = Ask(requests);
+    ASSERT_EQ(responses.size(), 2U);
+    EXPECT_EQ(StatusCode(responses[0]), "4010");
+    EXPECT_EQ(StatusCode(responses[1]), "4010");
+    EXPECT_THAT(StatusMessage(responses[0]), HasSubstr("CompanyFile.Commit was planned to fail with 0x8007001D"));
+    EXPECT_TRUE(sample_.Bytes() == before);
+    EXPECT_EQ(StatusCode(Ask(requests).at(0)), "0");
+}
+
+TEST_F(Server, KeepsCharactersOfAllLanguages) {
+    const std::string name = "Caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80 &amp; &lt;&#13;&#10;&gt;";
+    const auto responses = Ask("<AccountAddRq><AccountAdd><Name>N</Name><AccountType>Bank</AccountType><Desc>" + name +
+                               "</Desc></AccountAdd></AccountAddRq>");
+    EXPECT_THAT(Texts(responses.at(0), "Desc"), ElementsAre("Caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80 & <\r\n>"));
+}
+
+TEST_F(Server, AnswersHostileTextWithAnErrorResponse) {
+    std::string deep;
+    for (int level = 0; level < 50'000; ++level) {
+        deep += "<LHXML>";
+    }
+    const std::string huge(4'000'000, 'x');
+    for (const std::string& text :
+         {std::string(), std::string(" "), std::string("<LHXML>"), deep, huge, "<?xml version=\"1.0\"?>" + huge,
+          std::string("\0", 1), std::string("<!DOCTYPE A [<!ENTITY e SYSTEM 'file:///etc/passwd'>]><A>&e;</A>")}) {
+        OwnedBstr response;
+        EXPECT_EQ(Exchange(text, response), S_OK);
+        const auto responses = Responses(response);
+        ASSERT_EQ(responses.size(), 1U);
+        EXPECT_EQ(responses[0].name, "ErrorRs");
+        EXPECT_EQ(*FindAttribute(responses[0], "statusSeverity"), "Error");
+        EXPECT_EQ(StatusCode(responses[0]), "1000");
+    }
+}
+
+TEST_F(Server, AnswersAHugeRequestWithAnErrorStatus) {
+    const auto responses = Ask("<AccountAddRq><AccountAdd><Name>" + std::string(3'000'000, 'x') +
+                               "</Name><AccountType>Bank</AccountType></AccountAdd></AccountAddRq>");
+    EXPECT_EQ(StatusCode(responses.at(0)), "2030");
+    EXPECT_LT(StatusMessage(responses.at(0)).size(), 200U);
+}
+
+TEST_F(Server, ReadsANullRequestAsAnEmptyOne) {
+    const auto processor = Connected();
+    OwnedBstr response;
+    EXPECT_EQ(processor->ProcessRequest(Begin(*processor.Get()).Get(), nullptr, response.Receive()), S_OK);
+    EXPECT_EQ(StatusCode(Responses(response).at(0)), "1000");
+}
+
+TEST_F(Server, SaysWhatToDoWithoutACompanyFile) {
+    ASSERT_EQ(control_->CloseCompanyFile(), S_OK);
+    ::SetEnvironmentVariableW(L"LEDGERHALL_COMPANY_FILE", nullptr);
+    const auto responses = Ask("<AccountQueryRq requestID=\"5\"/><ItemQueryRq/>");
+    ASSERT_EQ(responses.size(), 2U);
+    EXPECT_EQ(responses[0].name, "AccountQueryRs");
+    EXPECT_EQ(StatusCode(responses[0]), "4000");
+    EXPECT_THAT(StatusMessage(responses[0]), HasSubstr("LEDGERHALL_COMPANY_FILE"));
+    EXPECT_EQ(StatusCode(responses[1]), "4000");
+}
+
+TEST_F(Server, OpensTheFileThatTheEnvironmentNames) {
+    ASSERT_EQ(control_->CloseCompanyFile(), S_OK);
+    ::SetEnvironmentVariableW(L"LEDGERHALL_COMPANY_FILE", sample_.Path().c_str());
+    EXPECT_EQ(StatusCode(Ask("<AccountQueryRq/>").at(0)), "0");
+    OwnedBstr path;
+    EXPECT_EQ(control_->get_CompanyFile(path.Receive()), S_OK);
+    EXPECT_EQ(View(path), sample_.Path());
+    ASSERT_EQ(control_->CloseCompanyFile(), S_OK);
+    ::SetEnvironmentVariableW(L"LEDGERHALL_COMPANY_FILE", L"nowhere.lhcompany");
+    const auto responses = Ask("<AccountQueryRq/>");
+    EXPECT_EQ(StatusCode(responses.at(0)), "4000");
+    EXPECT_THAT(StatusMessage(responses.at(0)), HasSubstr("nowhere.lhcompany"));
+    ::SetEnvironmentVariableW(L"LEDGERHALL_COMPANY_FILE", nullptr);
+}
+
+TEST_F(Server, DescribesWhyAFileCannotBeOpenedAndKeepsTheOldOne) {
+    EXPECT_EQ(control_->OpenCompanyFile(MakeBstr(L"nowhere.lhcompany").Get()), static_cast<HRESULT>(0x80070002));
+    EXPECT_THAT(LastDescription(), HasSubstr("nowhere.lhcompany"));
+    EXPECT_EQ(StatusCode(Ask("<AccountQueryRq/>").at(0)), "0");
+}
+
+TEST_F(Server, RefusesCallsOutOfOrder) {
+    const auto processor = Processor();
+    OwnedBstr ticket;
+    OwnedBstr response;
+    EXPECT_EQ(processor->BeginSession(nullptr, 2, ticket.Receive()), kNotConnected);
+    EXPECT_FALSE(ticket);
+    EXPECT_EQ(processor->ProcessRequest(nullptr, nullptr, response.Receive()), kNotConnected);
+    EXPECT_FALSE(response);
+    EXPECT_EQ(processor->EndSession(nullptr), kNotConnected);
+    EXPECT_EQ(processor->CloseConnection(), kNotConnected);
+    EXPECT_EQ(processor->OpenConnection(nullptr, nullptr), E_INVALIDARG);
+    EXPECT_EQ(processor->OpenConnection(nullptr, MakeBstr(L"Test").Get()), S_OK);
+    EXPECT_EQ(processor->OpenConnection(nullptr, MakeBstr(L"Test").Get()), kAlreadyConnected);
+    EXPECT_EQ(processor->BeginSession(nullptr, 3, ticket.Receive()), E_INVALIDARG);
+    EXPECT_EQ(processor->BeginSession(nullptr, 2, nullptr), E_POINTER);
+    EXPECT_EQ(processor->ProcessRequest(nullptr, nullptr, nullptr), E_POINTER);
+}
+
+TEST_F(Server, RefusesTicketsThatAreNotOfAnOpenSession) {
+    const auto processor = Connected();
+    const auto other = Connected();
+    const OwnedBstr ticket = Begin(*processor.Get());
+    const OwnedBstr ended = Begin(*processor.Get());
+    const OwnedBstr foreign = Begin(*other.Get());
+    ASSERT_EQ(processor->EndSession(ended.Get()), S_OK);
+    const OwnedBstr unknown = MakeBstr(L"ticket");
+    for (const BSTR wrong : {BSTR(nullptr), unknown.Get(), ended.Get(), foreign.Get()}) {
+        OwnedBstr response;
+        EXPECT_EQ(processor->ProcessRequest(wrong, nullptr, response.Receive()), kUnknownTicket);
+        EXPECT_FALSE(response);
+        EXPECT_EQ(processor->EndSession(wrong), kUnknownTicket);
+    }
+    OwnedBstr response;
+    EXPECT_EQ(processor->ProcessRequest(ticket.Get(), nullptr, response.Receive()), S_OK);
+}
+
+TEST_F(Server, EndsTheSessionsOfAClosedConnection) {
+    const auto processor = Connected();
+    const OwnedBstr ticket = Begin(*processor.Get());
+    ASSERT_EQ(processor->CloseConnection(), S_OK);
+    ASSERT_EQ(processor->OpenConnection(nullptr, MakeBstr(L"Test").Get()), S_OK);
+    EXPECT_EQ(processor->EndSession(ticket.Get()), kUnknownTicket);
+}
+
+TEST_F(Server, BeginsASessionWithTheOpenFileOnly) {
+    const auto processor = Connected();
+    OwnedBstr same;
+    EXPECT_EQ(processor->BeginSession(MakeBstr(sample_.Path()).Get(), 2, same.Receive()), S_OK);
+    OwnedBstr another;
+    EXPECT_EQ(processor->BeginSession(MakeBstr(L"another.lhcompany").Get(), 2, another.Receive()), kOtherCompanyOpen);
+    EXPECT_FALSE(another);
+}
+
+TEST_F(Server, RecordsTheCallsInTheirOrder) {
+    OwnedBstr response;
+    ASSERT_EQ(Exchange("<x/>", response), S_OK);
+    const auto calls = Calls();
+    ASSERT_EQ(calls.size(), 6U);
+    EXPECT_EQ(calls[0], "ObjectBroker.CreateObjectFromClassId(\"{45F5708E-3B43-4FA8-BE7E-A5F1849214CB}\")");
+    EXPECT_EQ(calls[1], "RequestProcessor.OpenConnection(\"\", \"Ledgerhall Paylodge\")");
+    EXPECT_EQ(calls[2], "RequestProcessor.BeginSession(\"\", 2)");
+    EXPECT_THAT(calls[3], StartsWith("RequestProcessor.ProcessRequest(\"ticket-"));
+    EXPECT_THAT(calls[3], EndsWith("\", \"<x/>\")"));
+    EXPECT_THAT(calls[4], StartsWith("RequestProcessor.EndSession(\"ticket-"));
+    EXPECT_EQ(calls[5], "RequestProcessor.CloseConnection()");
+}
+
+TEST_F(Server, RecordsRequestsAndResponses) {
+    OwnedBstr response;
+    ASSERT_EQ(Exchange("<x/>", response), S_OK);
+    LONG count = 0;
+    ASSERT_EQ(control_->get_RequestCount(&count), S_OK);
+    ASSERT_EQ(count, 1);
+    OwnedBstr recorded_request;
+    OwnedBstr recorded_response;
+    ASSERT_EQ(control_->Request(0, recorded_request.Receive()), S_OK);
+    ASSERT_EQ(control_->Response(0, recorded_response.Receive()), S_OK);
+    EXPECT_EQ(Text(recorded_request), "<x/>");
+    EXPECT_EQ(View(recorded_response), View(response));
+    OwnedBstr beyond;
+    EXPECT_EQ(control_->Request(1, beyond.Receive()), DISP_E_BADINDEX);
+    EXPECT_EQ(control_->Call(-1, beyond.Receive()), DISP_E_BADINDEX);
+    ASSERT_EQ(control_->ClearCalls(), S_OK);
+    EXPECT_EQ(control_->Request(0, beyond.Receive()), DISP_E_BADINDEX);
+    EXPECT_TRUE(Calls().empty());
+}
+
+TEST_F(Server, FailsEachCallAsPlanned) {
+    ASSERT_EQ(control_->FailCall(MakeBstr(L"RequestProcessor.ProcessRequest").Get(), 0x80070005, 2), S_OK);
+    OwnedBstr first;
+    EXPECT_EQ(Exchange(Envelope(""), first), S_OK);
+    OwnedBstr second;
+    EXPECT_EQ(Exchange(Envelope(""), second), E_ACCESSDENIED);
+    EXPECT_FALSE(second);
+    OwnedBstr third;
+    EXPECT_EQ(Exchange(Envelope(""), third), S_OK);
+}
+
+TEST_F(Server, FailsEveryCallOfANameUntilThePlanIsCleared) {
+    const auto broker = host_.Create<IHostObjectBroker>(kHostObjectBrokerClass);
+    const OwnedBstr id = MakeBstr(L"{45F5708E-3B43-4FA8-BE7E-A5F1849214CB}");
+    ASSERT_EQ(control_->FailCall(MakeBstr(L"ObjectBroker.CreateObjectFromClassId").Get(), E_OUTOFMEMORY, 0), S_OK);
+    for (int time = 0; time < 3; ++time) {
+        ComPtr<IUnknown> object;
+        EXPECT_EQ(broker->CreateObjectFromClassId(id.Get(), object.Receive()), E_OUTOFMEMORY);
+        EXPECT_FALSE(object);
+    }
+    ASSERT_EQ(control_->ClearFaults(), S_OK);
+    ComPtr<IUnknown> object;
+    EXPECT_EQ(broker->CreateObjectFromClassId(id.Get(), object.Receive()), S_OK);
+}
+
+TEST_F(Server, CanFailEveryCallOfTheProcessor) {
+    for (const wchar_t* call :
+         {L"RequestProcessor.OpenConnection", L"RequestProcessor.CloseConnection", L"RequestProcessor.BeginSession",
+          L"RequestProcessor.EndSession", L"RequestProcessor.ProcessRequest"}) {
+        ASSERT_EQ(control_->FailCall(MakeBstr(call).Get(), E_ABORT, 1), S_OK);
+    }
+    const auto processor = Processor();
+    OwnedBstr text;
+    EXPECT_EQ(processor->OpenConnection(nullptr, MakeBstr(L"Test").Get()), E_ABORT);
+    EXPECT_EQ(processor->BeginSession(nullptr, 2, text.Receive()), E_ABORT);
+    EXPECT_EQ(processor->ProcessRequest(nullptr, nullptr, text.Receive()), E_ABORT);
+    EXPECT_EQ(processor->EndSession(nullptr), E_ABORT);
+    EXPECT_EQ(processor->CloseConnection(), E_ABORT);
+}
+
+TEST_F(Server, RefusesPlansThatCannotBe) {
+    EXPECT_EQ(control_->FailCall(MakeBstr(L"RequestProcessor.Dance").Get(), E_FAIL, 1), E_INVALIDARG);
+    EXPECT_THAT(LastDescription(), StartsWith("FailCall knows no call \"RequestProcessor.Dance\". It knows: "
+                                              "AddInGoodies.AttachToCurrentCompany, "));
+    EXPECT_EQ(control_->FailCall(MakeBstr(L"RequestProcessor.EndSession").Get(), 1e300, 1), E_INVALIDARG);
+    EXPECT_EQ(control_->FailCall(MakeBstr(L"RequestProcessor.EndSession").Get(), 0.5, 1), E_INVALIDARG);
+    EXPECT_EQ(control_->FailCall(MakeBstr(L"RequestProcessor.EndSession").Get(), E_FAIL, -1), E_INVALIDARG);
+    EXPECT_EQ(control_->AnswerEmpty(-1), E_INVALIDARG);
+}
+
+TEST_F(Server, AnswersAsPlanned) {
+    ASSERT_EQ(control_->AnswerEmpty(1), S_OK);
+    ASSERT_EQ(control_->AnswerNull(2), S_OK);
+    ASSERT_EQ(control_->AnswerNext(MakeBstr(L"<first/>").Get(), S_FALSE), S_OK);
+    ASSERT_EQ(control_->AnswerNext(MakeBstr(L"second").Get(), S_OK), S_OK);
+    const std::string add = Envelope(
+        "<AccountAddRq><AccountAdd><Name>Holding</Name><AccountType>Bank</AccountType></AccountAdd></AccountAddRq>");
+    OwnedBstr empty;
+    EXPECT_EQ(Exchange(add, empty), S_OK);
+    EXPECT_TRUE(empty);
+    EXPECT_EQ(Text(empty), "");
+    OwnedBstr null;
+    EXPECT_EQ(Exchange(add, null), S_OK);
+    EXPECT_FALSE(null);
+    OwnedBstr first;
+    EXPECT_EQ(Exchange(add, first), S_FALSE);
+    EXPECT_EQ(Text(first), "<first/>");
+    OwnedBstr second;
+    EXPECT_EQ(Exchange(add, second), S_OK);
+    EXPECT_EQ(Text(second), "second");
+    // None of these were processed.
+    EXPECT_EQ(StatusCode(Ask("<AccountQueryRq><FullName>Holding</FullName></AccountQueryRq>").at(0)), "2050");
+}
+
+TEST_F(Server, BrokerKnowsNoOtherClasses) {
+    const auto broker = host_.Create<IHostObjectBroker>(kHostObjectBrokerClass);
+    ComPtr<IUnknown> object;
+    EXPECT_EQ(
+        broker->CreateObjectFromClassId(MakeBstr(L"{00000000-0000-0000-C000-000000000046}").Get(), object.Receive()),
+        REGDB_E_CLASSNOTREG);
+    EXPECT_EQ(broker->CreateObjectFromClassId(MakeBstr(L"RequestProcessor").Get(), object.Receive()), CO_E_CLASSSTRING);
+    EXPECT_EQ(broker->CreateObjectFromClassId(nullptr, object.Receive()), CO_E_CLASSSTRING);
+    EXPECT_EQ(broker->CreateObjectFromClassId(nullptr, nullptr), E_POINTER);
+    EXPECT_FALSE(object);
+}
+
+TEST_F(Server, ObjectsOfTheProcessorAreCalledThroughSlotsOnly) {
+    const auto processor = Processor();
+    ComPtr<IDispatch> dispatch;
+    ASSERT_EQ(processor.As(dispatch), S_OK);
+    UINT count = 9;
+    EXPECT_EQ(dispatch->GetTypeInfoCount(&count), S_OK);
+    EXPECT_EQ(count, 0U);
+    ComPtr<ITypeInfo> info;
+    EXPECT_EQ(dispatch->GetTypeInfo(0, 0, info.Receive()), E_NOTIMPL);
+}
+
+TEST_F(Server, ControlIsReachedByName) {
+    ComPtr<IDispatch> dispatch;
+    ASSERT_EQ(control_.As(dispatch), S_OK);
+    std::wstring name = L"companyfile";
+    LPOLESTR names = name.data();
+    DISPID id = 0;
+    ASSERT_EQ(dispatch->GetIDsOfNames(IID_NULL, &names, 1, LOCALE_USER_DEFAULT, &id), S_OK);
+    EXPECT_EQ(id, 3);
+    DISPPARAMS none = {};
+    VARIANT result;
+    ::VariantInit(&result);
+    ASSERT_EQ(
+        dispatch->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYGET, &none, &result, nullptr, nullptr),
+        S_OK);
+    ASSERT_EQ(V_VT(&result), VT_BSTR);
+    EXPECT_EQ(View(V_BSTR(&result)), sample_.Path());
+    ::VariantClear(&result);
+}
+
+TEST_F(Server, HasNoOtherClasses) {
+    ComPtr<IClassFactory> factory;
+    EXPECT_EQ(host_.GetClassObject(IID_IUnknown, factory), CLASS_E_CLASSNOTAVAILABLE);
+}
+
+TEST_F(Server, StaysLoadedWhileItHasSomethingToRemember) { EXPECT_EQ(host_.CanUnloadNow(), S_FALSE); }
+
+}  // namespace
+}  // namespace paylodge::refhost
