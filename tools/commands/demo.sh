@@ -16,7 +16,6 @@ the last time.
 END
 }
 
-sample=examples/riverside.lhcompany
 company_file=build/demo/riverside.lhcompany
 time_limit_seconds=60
 
@@ -31,8 +30,8 @@ register_library() {
 run_script() {
     export LEDGERHALL_COMPANY_FILE LEDGERHALL_TRANSCRIPT=$2
     LEDGERHALL_COMPANY_FILE=$(windows_path "$company_file")
-    run_system_program cscript.exe //nologo "$(windows_path "$1")" | tr -d '\r' ||
-        fail "the page script $1 did not end within $time_limit_seconds s"
+    run_wine "$time_limit_seconds" build/x64 build/x64/refhost/run.exe "$1" | tr -d '\r' ||
+        fail "the page script $1 failed: the lines above say why"
 }
 
 run() {
@@ -50,12 +49,14 @@ run() {
     build_preset x64 Paylodge refhost/all
     . tools/wine.sh
     use_wine
+    start_wine
+    make_sample_company build/x64
     mkdir -p build/demo
     if [ -n "$fresh" ] || [ ! -f "$company_file" ]; then
-        cp "$sample" "$company_file"
+        rm -f "$company_file"-journal
+        cp build/riverside.lhcompany "$company_file"
     fi
 
-    start_wine
     register_library build/x64/refhost/refhost.dll
     register_library build/x64/Paylodge.dll
     cp "$company_file" "$company_file.before"
@@ -66,5 +67,7 @@ run() {
     ! cmp -s "$company_file" "$company_file.before" ||
         fail "the page script recorded nothing in $company_file: what it printed above should say why"
     say ""
+    run_wine "$time_limit_seconds" build/x64 build/x64/refhost/company.exe check "$company_file" ||
+        fail "the books are not true any more: the lines above say why"
     say "The company file is $company_file. './dev demo' goes on with it; './dev demo --fresh' starts over."
 }

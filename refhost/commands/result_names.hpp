@@ -1,0 +1,13 @@
+// What an HRESULT is called.
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+
+namespace paylodge::refhost {
+
+// "0x80004005 E_FAIL", with the system's words for it where it has any.
+[[nodiscard]] std::string DescribeResult(HRESULT result);
+
+}  // namespace paylodge::refhost
