@@ -1,0 +1,57 @@
+#include "refhost/books/request_guide.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+
+#include "refhost/books/company_text.hpp"
+#include "refhost/books/request.hpp"
+#include "tests/refhost/books/sample_books.hpp"
+
+namespace paylodge::refhost {
+namespace {
+
+[[nodiscard]] std::string ReadFile(const char* path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+[[nodiscard]] std::unique_ptr<Company> SampleCompany() {
+    const std::string text = ReadFile(REFHOST_SAMPLE_COMPANY);
+    auto company = Company::CreateInMemory(CompanyNameIn(text));
+    ImportText(*company, text);
+    return company;
+}
+
+TEST(RequestGuide, IsThePageInDocs) {
+    EXPECT_TRUE(ReadFile(REFHOST_REQUESTS_PAGE) == RequestGuide())
+        << "docs/requests.md is out of date: build/native/refhost/request_guide prints it anew";
+}
+
+TEST(RequestGuide, DescribesEachRequestOnceAndNoOther) {
+    EXPECT_EQ(Notes().size(), RequestKinds().size());
+    for (const RequestKind* const kind : RequestKinds()) {
+        EXPECT_EQ(std::ranges::count(Notes(), kind->name, &RequestNotes::request), 1) << kind->name;
+    }
+}
+
+class RequestExample : public ::testing::TestWithParam<RequestNotes> {};
+
+TEST_P(RequestExample, WorksWithTheSampleCompany) {
+    const auto company = SampleCompany();
+    const Element response = SendOne(*company, GetParam().example);
+    EXPECT_EQ(response.name.substr(0, response.name.size() - 1) + 'q', GetParam().request);
+    EXPECT_EQ(StatusCode(response), "0") << StatusMessage(response);
+    const RequestKind& kind = *FindRequestKind(GetParam().request);
+    EXPECT_EQ(GetParam().changes.empty(), !kind.changes_books);
+    EXPECT_EQ(ExportText(*company) == ExportText(*SampleCompany()), !kind.changes_books);
+}
+
+INSTANTIATE_TEST_SUITE_P(, RequestExample, ::testing::ValuesIn(Notes().begin(), Notes().end()),
+                         [](const auto& test) { return std::string(test.param.request); });
+
+}  // namespace
+}  // namespace paylodge::refhost
