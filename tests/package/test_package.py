@@ -14,7 +14,7 @@ from expected_registry import CONTROL, DISPATCH, DUAL, EVENTS, INTERFACES, LIBRA
 from package import NO_TIME, TRIPLETS, write_package
 from package_support import BUILDS, TOP, fresh_folder, package, unpacked
 
-FILES = """CHANGELOG.md README.md SHA256SUMS docs/host-integration.md docs/script-reference.md
+FILES = """CHANGELOG.md README.md SHA256SUMS docs/host-integration.md docs/page-kit/paylodge.d.ts docs/script-reference.md
 examples/registration-free/registration_free.cpp examples/registration-free/registration_free.exe.manifest
 include/paylodge.h register.cmd unregister.cmd
 x64/Paylodge.dll x64/Paylodge.dll.debug x64/Paylodge.manifest x64/Paylodge.tlb

@@ -14,6 +14,7 @@ from pathlib import Path
 
 TRIPLETS = {"x64": "x86_64-w64-mingw32", "x86": "i686-w64-mingw32"}
 DOCUMENTS = ("docs/host-integration.md", "docs/script-reference.md")
+PAGE_KIT = "docs/page-kit/paylodge.d.ts"
 COMMANDS = ("register.cmd", "unregister.cmd")
 EXAMPLE = "examples/registration-free"
 # The first moment that a zip file can name.
@@ -77,6 +78,7 @@ def example_content(top: Path) -> Content:
 
 def collect(top: Path, builds: dict[str, Path], version: str) -> Content:
     content = {"include/paylodge.h": (builds["x64"] / "idl/paylodge_idl/paylodge.h").read_bytes()}
+    content |= {PAGE_KIT: (top / PAGE_KIT).read_bytes()}
     for architecture, build in builds.items():
         content |= architecture_content(architecture, build)
     content |= document_content(top, version) | command_content(top) | example_content(top)
