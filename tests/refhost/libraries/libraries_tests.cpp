@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <msxml2.h>
+#include <objbase.h>
 
 #include "com/bstr.hpp"
 #include "com/com_ptr.hpp"
@@ -35,8 +36,14 @@ class Export {
 
 class Utilities : public ::testing::Test {
   protected:
-    void SetUp() override { ASSERT_NE(create_.Get(), nullptr); }
-    void TearDown() override { ::SetEnvironmentVariableA("LHUTILITIES_FAIL", nullptr); }
+    void SetUp() override {
+        ASSERT_EQ(::CoInitialize(nullptr), S_OK);
+        ASSERT_NE(create_.Get(), nullptr);
+    }
+    void TearDown() override {
+        ::SetEnvironmentVariableA("LHUTILITIES_FAIL", nullptr);
+        ::CoUninitialize();
+    }
 
     Export<HRESULT __cdecl(IXMLDOMDocument2**)> create_{L"../refhost/LHUtilities.dll", kCreateDOMDocument};
 };
