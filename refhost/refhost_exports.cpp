@@ -11,8 +11,8 @@
 #include "frame/registrar/registrar.hpp"
 #include "refhost/control/reference_host.hpp"
 #include "refhost/objects/application_locator.hpp"
-#include "refhost/objects/boundary.hpp"
 #include "refhost/objects/host.hpp"
+#include "refhost/objects/host_boundary.hpp"
 #include "refhost/objects/object_broker.hpp"
 #include "refhost/objects/processor_object.hpp"
 

@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "refhost/books/values.hpp"
-#include "refhost/objects/boundary.hpp"
+#include "refhost/objects/host_boundary.hpp"
 #include "refhost/objects/utf8.hpp"
 
 namespace paylodge::refhost {

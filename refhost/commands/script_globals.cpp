@@ -5,7 +5,7 @@
 
 #include "com/bstr.hpp"
 #include "com/variant.hpp"
-#include "refhost/objects/boundary.hpp"
+#include "refhost/objects/host_boundary.hpp"
 #include "refhost/objects/utf8.hpp"
 
 namespace paylodge::refhost {

@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-#include "refhost/objects/boundary.hpp"
+#include "refhost/objects/host_boundary.hpp"
 
 namespace paylodge::refhost {
 

@@ -5,9 +5,9 @@
 #include <optional>
 
 #include "refhost/books/status.hpp"
-#include "refhost/objects/boundary.hpp"
 #include "refhost/objects/company_object.hpp"
 #include "refhost/objects/host.hpp"
+#include "refhost/objects/host_boundary.hpp"
 #include "refhost/objects/property_values.hpp"
 
 namespace paylodge::refhost {

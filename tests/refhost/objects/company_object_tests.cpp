@@ -6,7 +6,7 @@
 #include "com/variant.hpp"
 #include "refhost/books/company_text.hpp"
 #include "refhost/objects/application_locator.hpp"
-#include "refhost/objects/boundary.hpp"
+#include "refhost/objects/host_boundary.hpp"
 #include "refhost/objects/utf8.hpp"
 #include "tests/refhost/objects/host_server.hpp"
 

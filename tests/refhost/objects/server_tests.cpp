@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "refhost/books/xml_reader.hpp"
-#include "refhost/objects/boundary.hpp"
+#include "refhost/objects/host_boundary.hpp"
 #include "refhost/objects/processor_object.hpp"
 #include "refhost/objects/utf8.hpp"
 #include "tests/refhost/books/sample_books.hpp"
