@@ -27,8 +27,8 @@ enum class ControlEvent : DISPID {
     kLineItemsSearchResult = DISPID_LINE_ITEMS_SEARCH_RESULT,
 };
 
-// Raises an event on the sinks of one control, whose arguments stand in the event's own order. Gives the code of the
-// last sink that was called, S_OK without sinks. Raises E_OUTOFMEMORY.
+// Raises an event on the sinks of one control, whose arguments stand in the event's own order. Returns the
+// HRESULT of the last sink that was called, S_OK without sinks. Raises E_OUTOFMEMORY.
 inline HRESULT Fire(ConnectionPoint& sinks, ControlEvent event, std::initializer_list<EventArgument> arguments) {
     return RaiseEvent(sinks, static_cast<DISPID>(event), arguments);
 }

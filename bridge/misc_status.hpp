@@ -1,4 +1,4 @@
-// What containers are told about the control, registered or not.
+// The control's status bits, which containers read from the registry or ask the control for.
 #pragma once
 
 #include <windows.h>

@@ -123,7 +123,7 @@ STDMETHODIMP CPaylodgeCtrl::SetReconPaymentData(BSTR paymentData, BSTR undepFund
     });
 }
 
-// Always an event. Nothing is written back: the caller keeps the response that it handed in.
+// Always an event. Nothing is written back: the caller keeps the response that it passed in.
 STDMETHODIMP CPaylodgeCtrl::ProcessLHRequestData(BSTR bstrRequestStr, BSTR* bstrResponseStr) {
     const Receiver receiver = FindReceiver();
     if (!receiver) {

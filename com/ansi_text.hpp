@@ -14,7 +14,7 @@ namespace paylodge {
 // In the given code page, which the two below name.
 [[nodiscard]] std::string NarrowFromWide(UINT code_page, std::wstring_view text);
 [[nodiscard]] std::string AnsiFromWide(std::wstring_view text);
-// A null string gives the empty string.
+// A null string becomes the empty string.
 [[nodiscard]] std::string AnsiFromBstr(BSTR text);
 [[nodiscard]] OwnedBstr BstrFromAnsi(std::string_view text);
 [[nodiscard]] OwnedBstr BstrFromThreadAnsi(std::string_view text);

@@ -13,7 +13,7 @@
 
 namespace paylodge {
 
-// Base of a class that is created through a class object; gives its class id.
+// Base of a class that is created through a class object; knows its class id.
 template <class Class, const CLSID* id>
 class CComCoClass {
   public:
@@ -73,7 +73,7 @@ template <class Class>
             }};
 }
 
-// What DllGetClassObject answers for a module with these classes.
+// What DllGetClassObject returns for a module with these classes.
 [[nodiscard]] inline HRESULT GetClassObject(std::span<const ClassEntry> classes, REFCLSID class_id, REFIID id,
                                             void** object) {
     if (object == nullptr) {

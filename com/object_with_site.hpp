@@ -18,7 +18,7 @@ class IObjectWithSiteImpl : public IObjectWithSite {
         return S_OK;
     }
 
-    // E_POINTER without a slot, E_FAIL without a site, else what the site's QueryInterface answers.
+    // E_POINTER without a slot, E_FAIL without a site, else what the site's QueryInterface returns.
     STDMETHODIMP GetSite(REFIID id, void** site) override {
         if (site == nullptr) {
             return E_POINTER;

@@ -159,7 +159,7 @@ STDMETHODIMP ConnectionPoint::EnumConnections(IEnumConnections** connections) tr
 }
 
 HRESULT RaiseEvent(ConnectionPoint& point, DISPID event, std::initializer_list<EventArgument> arguments) {
-    // A sink may let go of the last reference to the object that raises the event.
+    // A sink may release the last reference to the object that raises the event.
     const ComPtr<IConnectionPoint> keep_alive(&point);
     HRESULT last = S_OK;
     const size_t count = point.SlotCount();

@@ -98,7 +98,7 @@ struct ConnectionPointTable {
     }
 };
 
-// What IConnectionPointContainer answers for an object with these connection points.
+// What IConnectionPointContainer returns for an object with these connection points.
 [[nodiscard]] HRESULT EnumConnectionPointsOf(std::span<ConnectionPoint* const> points, IEnumConnectionPoints** created);
 [[nodiscard]] HRESULT FindConnectionPointOf(std::span<ConnectionPoint* const> points, REFIID id,
                                             IConnectionPoint** found);

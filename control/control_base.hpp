@@ -37,15 +37,15 @@ class ControlBase : private InPlaceOwner {
     // A yes-or-no ambient property of the container, or `otherwise` where the container does not have it.
     [[nodiscard]] bool AmbientFlag(DISPID property, bool otherwise) const;
 
-    // Both only for DVASPECT_CONTENT (DV_E_DVASPECT). Sizes are in HIMETRIC units. A new size is told to view and data
-    // sinks; one that is negative gives E_INVALIDARG.
+    // Both only for DVASPECT_CONTENT (DV_E_DVASPECT). Sizes are in HIMETRIC units. View and data sinks are notified
+    // of a new size; a negative one is refused with E_INVALIDARG.
     [[nodiscard]] HRESULT SetControlExtent(DWORD aspect, const SIZEL& size);
     [[nodiscard]] HRESULT GetControlExtent(DWORD aspect, SIZEL& size) const;
-    // The size that a control has before its container gives it one.
+    // The size that a control has before its container sets one.
     [[nodiscard]] static SIZEL NaturalExtent() noexcept;
 
-    // `active_site` and `position` may be null. A verb that shows the control gives OLEOBJ_S_CANNOT_DOVERB_NOW without
-    // a site; an unknown verb shows it too and gives OLEOBJ_S_INVALIDVERB; an unknown negative verb gives E_NOTIMPL.
+    // `active_site` and `position` may be null. A verb that shows the control returns OLEOBJ_S_CANNOT_DOVERB_NOW
+    // without a site; an unknown verb shows it too and returns OLEOBJ_S_INVALIDVERB; an unknown negative one E_NOTIMPL.
     [[nodiscard]] HRESULT ExecuteVerb(LONG verb, IOleClientSite* active_site, const RECT* position);
     // Saves through the site what has to be saved, deactivates, notifies the advise sinks and releases the view sink.
     // E_INVALIDARG, or why saving failed; the control then stays as it is.
@@ -61,7 +61,7 @@ class ControlBase : private InPlaceOwner {
     [[nodiscard]] HRESULT SetViewAdvise(DWORD aspects, DWORD flags, IAdviseSink* sink);
     // Each pointer may be null. The sink comes with a reference.
     void GetViewAdvise(DWORD* aspects, DWORD* flags, IAdviseSink** sink) const noexcept;
-    // For when the control would draw something else than before: redraws the window and tells the view sink.
+    // For when the control would draw something else than before: redraws the window and notifies the view sink.
     void FireViewChange();
     void FireDataChange();
     void FireSaved();

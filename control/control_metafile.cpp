@@ -15,7 +15,7 @@ struct MetafileTraits {
 };
 using Metafile = Owner<MetafileTraits>;
 
-// A metafile that is being recorded. Only closing it gives its context free.
+// A metafile that is being recorded. Only closing it frees its context.
 struct MetafileRecordingTraits {
     using Type = HDC;
     static constexpr Type None() noexcept { return nullptr; }

@@ -14,7 +14,7 @@ struct WindowStyles {
     DWORD extended_style;
 };
 
-// What the window tells its control.
+// What the window notifies its control of.
 class ControlWindowEvents {
   public:
     virtual void OnWindowPaint(HDC dc, const RECT& client) = 0;

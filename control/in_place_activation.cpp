@@ -127,7 +127,7 @@ void InPlaceActivation::Hide() {
     window_.Show(false);
 }
 
-// Tells frame and document who gets the user's keys (null: nobody), and that no room for tools is wanted.
+// Sets the object that gets the user's keys (null for none) in frame and document; no border space is asked for.
 void InPlaceActivation::SetActiveObject(IOleInPlaceActiveObject* object) {
     const ComPtr<IOleInPlaceFrame> frame = frame_;
     const ComPtr<IOleInPlaceUIWindow> document = document_;

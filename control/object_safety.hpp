@@ -12,7 +12,7 @@ namespace paylodge {
 template <class Class, DWORD supported_options>
 class IObjectSafetyImpl : public IObjectSafety {
   public:
-    // E_POINTER; for an interface that the object lacks both results become 0 and the code is E_NOINTERFACE.
+    // E_POINTER; for an interface that the object lacks both out parameters become 0 and E_NOINTERFACE is returned.
     STDMETHODIMP GetInterfaceSafetyOptions(REFIID id, DWORD* supported, DWORD* enabled) override {
         if (supported == nullptr || enabled == nullptr) {
             return E_POINTER;

@@ -11,8 +11,8 @@
 namespace paylodge {
 
 // Class has a control base, a class id (GetObjectCLSID) and its OLEMISC_ bits (static MiscStatus()). The registry is
-// asked for nothing that is needed to work. Methods answer as the platform documents, E_POINTER without a place for the
-// result, E_NOTIMPL where nothing is said.
+// asked for nothing that is needed to work. Methods behave as the platform documents, E_POINTER for a null out
+// parameter, E_NOTIMPL where nothing is said.
 template <class Class>
 class IOleObjectImpl : public IOleObject {
   public:

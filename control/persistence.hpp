@@ -18,7 +18,7 @@ template <class Class>
     return S_OK;
 }
 
-// E_INVALIDARG without a stream, else E_POINTER without a place for the result.
+// E_INVALIDARG without a stream, else E_POINTER for a null out parameter.
 template <class Class>
 class IPersistStreamInitImpl : public IPersistStreamInit {
   public:

@@ -26,7 +26,7 @@ HRESULT ControlBase::ConnectQuickly(const QACONTAINER& container, QACONTROL& con
     return result;
 }
 
-// A control without such a connection point has nothing to tell the sink: no reason to refuse the container.
+// A control without such a connection point never calls the sink: no reason to refuse the container.
 HRESULT ControlBase::Connect(IUnknown* sink, REFIID event_interface, DWORD& cookie) {
     ComPtr<IConnectionPointContainer> points;
     ComPtr<IConnectionPoint> point;

@@ -14,7 +14,7 @@ namespace paylodge {
 template <class Class>
 class IServiceProviderImpl : public IServiceProvider {
   public:
-    // E_POINTER, E_NOINTERFACE when there is nobody to ask, else what was answered.
+    // E_POINTER, E_NOINTERFACE without a site that has services, else what the site returns.
     STDMETHODIMP QueryService(REFGUID service, REFIID id, void** object) override {
         if (object == nullptr) {
             return E_POINTER;

@@ -9,11 +9,12 @@
 
 namespace paylodge {
 
-// Everything is about DVASPECT_CONTENT; another aspect gives DV_E_DVASPECT, another index than -1 DV_E_LINDEX.
+// Everything is about DVASPECT_CONTENT; another aspect is refused with DV_E_DVASPECT, another index than -1 with
+// DV_E_LINDEX.
 template <class Class>
 class IViewObjectExImpl : public IViewObjectEx {
   public:
-    // E_INVALIDARG without a device context or bounds, else what OnDraw answers.
+    // E_INVALIDARG without a device context or bounds, else what OnDraw returns.
     STDMETHODIMP Draw(DWORD aspect, LONG index, void* /*aspect_info*/, DVTARGETDEVICE* /*target*/, HDC /*target_dc*/,
                       HDC dc, LPCRECTL bounds, LPCRECTL /*window_bounds*/, BOOL(CALLBACK* /*go_on*/)(ULONG_PTR),
                       ULONG_PTR /*go_on_argument*/) override {

@@ -13,7 +13,7 @@
 
 namespace paylodge {
 
-// Obtains a request processor through the host's object broker. Gives the code of the first step that fails;
+// Obtains a request processor through the host's object broker. Returns the HRESULT of the first step that fails;
 // `processor` has to be empty and stays so then.
 [[nodiscard]] HRESULT CreateRequestProcessor(REFCLSID class_id, ComPtr<IRequestProcessor>& processor);
 
@@ -27,8 +27,8 @@ class lhXMLRPWrapper {
     lhXMLRPWrapper& operator=(const lhXMLRPWrapper&) = delete;
     virtual ~lhXMLRPWrapper() = default;
 
-    // Gives the processor's own code for the request, and E_FAIL where a COM error was raised on the way. *response:
-    // what the processor put there, owned by the caller. Raises E_OUTOFMEMORY before anything is sent.
+    // Returns the processor's own HRESULT for the request, and E_FAIL where a COM error was raised on the way.
+    // *response: what the processor put there, owned by the caller. Raises E_OUTOFMEMORY before anything is sent.
     [[nodiscard]] HRESULT SendRequest(BSTR* response);
 
     [[nodiscard]] const std::string& StatusMessage() const noexcept { return status_message_; }

@@ -1,5 +1,5 @@
 // Accounts: lists by type, balances, creation, activation. The list operations do not look at the response's status: a
-// refused query gives an empty list.
+// refused query leads to an empty list.
 
 #include <array>
 
@@ -171,7 +171,7 @@ STDMETHODIMP CPaylodge::CreateAccount(BSTR bstrAccountName, BSTR bstrAccountType
     return CheckAddResponse(response, L"AccountAddRs", kNameExists);
 }
 
-// Sends no change when the account is in the wanted state already. The code of a failed send, or E_FAIL.
+// Sends no change when the account is in the wanted state already. Returns the HRESULT of a failed send, or E_FAIL.
 STDMETHODIMP CPaylodge::ActivateOrDeactivateAccount(BSTR bstrAccountName, VARIANT_BOOL bMakeActive) {
     if (!IsSiteAllowed()) {
         return S_OK;

@@ -11,7 +11,7 @@ std::int32_t CentsFromText(const std::string& amount) noexcept {
     constexpr double kBelowRange = -2147483649.0;
     constexpr double kAboveRange = 2147483648.0;
     const bool is_in_range = cents > kBelowRange && cents < kAboveRange;
-    // What the processor's own conversion gives for a number that does not fit.
+    // What the processor's own conversion makes of a number that does not fit.
     return is_in_range ? static_cast<std::int32_t>(cents) : std::numeric_limits<std::int32_t>::min();
 }
 

@@ -1,5 +1,5 @@
 // The customer behind a scanned check and the open invoices that it pays. The response's status is not looked at: one
-// without the expected elements gives an empty result.
+// without the expected elements leads to an empty result.
 
 #include <windows.h>
 

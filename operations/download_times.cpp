@@ -13,7 +13,7 @@ constexpr const char* kLastDownloadTime = "LastPLDownloadTime";
 
 [[nodiscard]] std::string CategoryName() { return std::string("Vexlor:MAS") + ":" + "PaylodgeKey"; }
 
-// A value of any type as a string. Raises the code of a conversion that fails.
+// A value of any type as a string. Raises the HRESULT of a conversion that fails.
 [[nodiscard]] OwnedBstr TextOf(const OwnedVariant& value) {
     if (value.Type() == VT_BSTR) {
         return CopyBstr(value.Bstr());
@@ -47,7 +47,7 @@ constexpr const char* kLastDownloadTime = "LastPLDownloadTime";
 }
 
 [[nodiscard]] HRESULT Write(CDataFileStorage& storage, const char* property_name, BSTR text) {
-    // The host is given a string in any case.
+    // The host gets a string even for null.
     const OwnedVariant value(text == nullptr ? MakeBstr({}) : CopyBstr(text));
     return storage.WriteProperty(property_name, value.Get()) == CDataFileStorage::kSuccess ? S_OK : E_FAIL;
 }

@@ -266,7 +266,7 @@ STDMETHODIMP CPaylodge::GetReconPaymentParams(VARIANT_BOOL* pIsUndepFundsAccntDe
     const bool has_slots = pIsUndepFundsAccntDefault != nullptr && pUndepFundsStartDate != nullptr;
     return GetWhenAllowed(*this, has_slots ? pUndepFundsStartDate : nullptr, [&] {
         const HRESULT result = g_recon_payment.Read(g_undep_funds_start_date, pUndepFundsStartDate);
-        // An empty mailbox answers with the default, whatever was stored last.
+        // An empty mailbox returns the default, whatever was stored last.
         *pIsUndepFundsAccntDefault = ToVariantBool(result != S_OK || g_is_undep_funds_accnt_default);
         return result;
     });

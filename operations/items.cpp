@@ -109,8 +109,8 @@ STDMETHODIMP CPaylodge::GetPaymentMethods(BSTR* pPaymentMethodNames) {
         });
 }
 
-// VARIANT_TRUE when the item's sales tax code is taxable. The code of the item query; a failed query for the tax code
-// means not taxable.
+// VARIANT_TRUE when the item's sales tax code is taxable. Returns the HRESULT of the item query; a failed query for the
+// tax code means not taxable.
 STDMETHODIMP CPaylodge::IsTaxableItem(BSTR itemName, VARIANT_BOOL* pIsTaxable) {
     if (!IsSiteAllowed()) {
         return S_OK;
@@ -140,7 +140,7 @@ bool CPaylodge::IsTaxableCode(std::string_view tax_code_id) {
     return SUCCEEDED(Send(document, response)) && ReadIsTaxable(response);
 }
 
-// Asks the host to show a transaction in its own form; what it answers is not looked at.
+// Asks the host to show a transaction in its own form. The response is not read.
 STDMETHODIMP CPaylodge::OpenTxnForm(BSTR txnType, BSTR txnID) {
     if (!IsSiteAllowed()) {
         return S_OK;

@@ -18,7 +18,7 @@ namespace {
 }  // namespace
 
 // E_FAIL on a page that is refused. The processor's own code when it failed or gave no response; else S_OK with the
-// response, of which the control on this object's channel is told.
+// response, of which the control on this object's channel is notified.
 STDMETHODIMP CPaylodge::ProcessLHRequest(BSTR requestBody, BSTR* pResponse) {
     if (!IsSiteAllowed()) {
         return E_FAIL;
@@ -32,7 +32,7 @@ STDMETHODIMP CPaylodge::ProcessLHRequest(BSTR requestBody, BSTR* pResponse) {
     }
     *pResponse = ResultFrom(response);
     if (const ChannelControl* const subscriber = FindChannelControl(View(channel_name_))) {
-        // Kept alive: what it tells may let go of it.
+        // Kept alive: its sinks may release it.
         const ComPtr<IPaylodgeCtrl10> control(subscriber->control);
         control->ProcessLHRequestData(requestBody, pResponse);
     }

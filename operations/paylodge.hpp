@@ -21,7 +21,7 @@
 namespace paylodge {
 
 // Every member that scripts reach begins with the site check and does nothing on a page that is refused: S_OK with the
-// results untouched, and E_FAIL from ProcessLHRequest. E_POINTER without a place for the result. Results are new
+// results untouched, and E_FAIL from ProcessLHRequest. E_POINTER for a null out parameter. Results are new
 // strings that the caller owns; their text, as that of the arguments, is converted with the system's ANSI code page,
 // and a null argument is the empty text. A failed allocation is raised as a COM error (E_OUTOFMEMORY). Used on the
 // apartment's thread. What each member does stands beside its implementation.
@@ -143,8 +143,8 @@ class CPaylodge : public CComCoClass<CPaylodge, &CLSID_Paylodge>,
     STDMETHODIMP get_SearchLineItemsListMatchingQuery(BSTR* pVal) override;
     STDMETHODIMP put_SearchLineItemsListMatchingQuery(BSTR newVal) override;
 
-    // The one slot behind the type library's: names the channel whose control is told of requests passed through. Keeps
-    // a copy; null takes the name away.
+    // The one slot behind the type library's: names the channel whose control is notified of requests passed through.
+    // Keeps a copy; null takes the name away.
     virtual STDMETHODIMP SetNotificationChannel(BSTR channel_name);
 
     CPaylodge(const CPaylodge&) = delete;

@@ -66,7 +66,7 @@ constexpr auto kHoldingAccountType = "OtherCurrentAsset"sv;
 }  // namespace
 
 // VARIANT_TRUE for bFullResponse, and no other value, asks for the whole response. E_FAIL when a request is of another
-// kind than a batch may hold; the code of a failed send.
+// kind than a batch may hold; the HRESULT of a failed send.
 STDMETHODIMP CPaylodge::CreateTxns(BSTR txnRequests, VARIANT_BOOL bFullResponse, BSTR* pCreateTxnResults) {
     if (!IsSiteAllowed()) {
         return S_OK;
@@ -87,8 +87,8 @@ STDMETHODIMP CPaylodge::CreateTxns(BSTR txnRequests, VARIANT_BOOL bFullResponse,
     return S_OK;
 }
 
-// Whether all requests are of permitted kinds, as far as that can be told: a batch that cannot be looked through to its
-// end is refused. A document that does not load is left to the processor's judgement. What an earlier request needed
+// Whether all requests are of permitted kinds, as far as they can be read: a batch that cannot be read to its end is
+// refused. A document that does not load is left to the processor's judgement. What an earlier request needed
 // stays created when a later one is refused, and a failed preparation refuses nothing.
 bool CPaylodge::PrepareTxnRequests(std::string_view document) {
     ComPtr<IXMLDOMNode> message_set;

@@ -35,7 +35,7 @@ void BuildTransferDepositRq(XMLBuilder& request, const Transfer& transfer) {
 
 }  // namespace
 
-// The response is handed back also when it refuses the transfer, with E_FAIL. The code of a failed send.
+// The response is handed back also when it refuses the transfer, with E_FAIL. Returns the HRESULT of a failed send.
 STDMETHODIMP CPaylodge::TransferFunds(BSTR bstrDepositFromName, BSTR bstrDepositToName, BSTR bstrDepositAmount,
                                       BSTR bstrDepositMemo, BSTR* pTransferFundResults) {
     if (!IsSiteAllowed()) {

@@ -80,6 +80,18 @@ std::wstring WithTrailingSlash(std::wstring_view folder) {
     return result;
 }
 
+std::vector<std::wstring_view> FoldersOf(std::wstring_view folder) {
+    constexpr std::wstring_view kSlashes = L"\\/";
+    std::vector<std::wstring_view> folders;
+    for (size_t end = folder.find_first_of(kSlashes); end != std::wstring_view::npos;
+         end = folder.find_first_of(kSlashes, end + 1)) {
+        if (end > 0) {
+            folders.push_back(folder.substr(0, end));
+        }
+    }
+    return folders;
+}
+
 std::string_view NetworkStatusName(std::uint32_t code) noexcept {
     const std::uint32_t index = code ^ kFirstNetworkStatus;
     return index < kNetworkStatusNames.size() ? kNetworkStatusNames[index] : std::string_view();

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace paylodge {
 
@@ -18,6 +19,10 @@ namespace paylodge {
 
 // The folder with a backslash at its end, unless it has one or a forward slash.
 [[nodiscard]] std::wstring WithTrailingSlash(std::wstring_view folder);
+
+// A folder that ends in a slash, and every folder above it, from the top down. The path is wide: in a double-byte code
+// page, the second byte of a character may look like a backslash.
+[[nodiscard]] std::vector<std::wstring_view> FoldersOf(std::wstring_view folder);
 
 // Whether a log file of this size makes way for a new one.
 [[nodiscard]] constexpr bool IsLogFull(std::int64_t size) noexcept { return size > 50000; }

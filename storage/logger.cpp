@@ -43,14 +43,12 @@ using File = std::unique_ptr<std::FILE, CloseFile>;
     return {};
 }
 
-// Creates the folder, which ends in a slash, and every missing folder above it. The path is taken apart as wide text:
-// in a double-byte code page, the second byte of a character may look like a backslash.
+// Creates the folder, which ends in a slash, and every missing folder above it.
 void CreateFolders(std::wstring_view folder) {
-    for (size_t end = folder.find_first_of(L"\\/"); end != std::wstring_view::npos;
-         end = folder.find_first_of(L"\\/", end + 1)) {
-        const std::string parent = AnsiFromWide(folder.substr(0, end));
-        if (!parent.empty() && ::GetFileAttributesA(parent.c_str()) == INVALID_FILE_ATTRIBUTES) {
-            ::_mkdir(parent.c_str());
+    for (const std::wstring_view part : FoldersOf(folder)) {
+        const std::string path = AnsiFromWide(part);
+        if (::GetFileAttributesA(path.c_str()) == INVALID_FILE_ATTRIBUTES) {
+            ::_mkdir(path.c_str());
         }
     }
 }

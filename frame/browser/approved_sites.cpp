@@ -7,7 +7,7 @@ namespace {
 
 constexpr std::uint32_t kAllow = 0;
 
-// Names that end in .example can be registered by nobody: as shipped, the table lets in no real site.
+// Names that end in .example cannot be registered: as shipped, the table lets in no real site.
 constexpr std::array<SiteEntry, 10> kApprovedSites = {{
     {kAllow, L"https", L"terminal.paylodge.example"},
     {kAllow, L"https", L"accounts.paylodge.example"},

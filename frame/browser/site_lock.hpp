@@ -24,7 +24,7 @@ __CRT_UUID_DECL(IObjectSafetySiteLock, 0x7FEB54AE, 0xE3F9, 0x40FC, 0xAB, 0x5A, 0
 
 namespace paylodge {
 
-// Whether the page behind the site comes from a site of the table. False when the site cannot tell.
+// Whether the page behind the site comes from a site of the table. False when the site has no browser to ask.
 [[nodiscard]] bool IsPageApproved(IObjectWithSite& object, std::span<const SiteEntry> table);
 
 // Whether there is a browser behind the site whose page has a URL and a security zone.
@@ -46,7 +46,8 @@ class CSiteLock {
 template <class Class, DWORD supported_options>
 class IObjectSafetySiteLockImpl : public IObjectSafetySiteLock {
   public:
-    // E_POINTER; for an interface that the object lacks both results become 0 and the code is its QueryInterface's.
+    // E_POINTER; for an interface that the object lacks both out parameters become 0 and the HRESULT is that of its
+    // QueryInterface.
     STDMETHODIMP GetInterfaceSafetyOptions(REFIID id, DWORD* supported, DWORD* enabled) override {
         if (supported == nullptr || enabled == nullptr) {
             return E_POINTER;

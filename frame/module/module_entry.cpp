@@ -16,7 +16,7 @@ void __freeres();
 
 namespace {
 
-// Thread-local indexes: the run-time libraries do not give theirs back, and a host that loads and unloads the module
+// Thread-local indexes: the run-time libraries do not free theirs, and a host that loads and unloads the module
 // many times would run out of them. Plain data: used before the run-time libraries start and after they end.
 std::array<DWORD, 8> g_thread_local_indexes;
 size_t g_index_count = 0;

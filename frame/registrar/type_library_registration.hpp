@@ -20,8 +20,8 @@ struct TypeLibraryFunctions {
 // the machine-wide one takes its place.
 [[nodiscard]] TypeLibraryFunctions FindTypeLibraryFunctions(RegistrationScope scope, HMODULE automation) noexcept;
 
-// Both answer the failure of loading the library or of the platform's function. Removing a library that is not
-// registered answers S_OK.
+// Both return the failure of loading the library or of the platform's function. Removing a library that is not
+// registered returns S_OK.
 [[nodiscard]] HRESULT RegisterTypeLibrary(RegistrationScope scope);
 [[nodiscard]] HRESULT UnregisterTypeLibrary(RegistrationScope scope);
 

@@ -148,5 +148,20 @@ TEST(NetworkStatus, HasNoNameForAnyOtherCode) {
     }
 }
 
+using Folders = std::vector<std::wstring_view>;
+
+TEST(FoldersOf, AreTheFolderAndThoseAboveItFromTheTopDown) {
+    EXPECT_EQ((Folders{L"C:", L"C:\\Logs", L"C:\\Logs/Ledgerhall"}), FoldersOf(L"C:\\Logs/Ledgerhall\\"));
+    EXPECT_EQ((Folders{L"relative"}), FoldersOf(L"relative\\"));
+    EXPECT_EQ(Folders(), FoldersOf(L""));
+    EXPECT_EQ(Folders(), FoldersOf(L"/"));
+}
+
+// In code page 932 the second byte of these characters is that of a backslash.
+TEST(FoldersOf, AreNotCutInsideACharacterOfADoubleByteCodePage) {
+    EXPECT_EQ((Folders{L"C:", L"C:\\\u8868\u30BD", L"C:\\\u8868\u30BD\\\u80FD"}),
+              FoldersOf(L"C:\\\u8868\u30BD\\\u80FD\\"));
+}
+
 }  // namespace
 }  // namespace paylodge
