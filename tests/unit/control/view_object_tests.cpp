@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstddef>
+#include <cstring>
 #include <vector>
 
 #include "tests/support/drawing_surface.hpp"
@@ -114,9 +116,16 @@ struct Recorded {
     Recorded recorded;
     const auto add = [](HDC, HANDLETABLE*, METARECORD* record, int, LPARAM context) WINAPI -> int {
         auto& to = *reinterpret_cast<Recorded*>(context);
-        to.functions.push_back(record->rdFunction);
-        if (record->rdFunction == META_RESTOREDC) {
-            to.restored.push_back(static_cast<SHORT>(record->rdParm[0]));
+        // The records stand at addresses of words.
+        const auto word = [record](size_t offset) {
+            WORD value = 0;
+            std::memcpy(&value, reinterpret_cast<const BYTE*>(record) + offset, sizeof value);
+            return value;
+        };
+        const WORD function = word(offsetof(METARECORD, rdFunction));
+        to.functions.push_back(function);
+        if (function == META_RESTOREDC) {
+            to.restored.push_back(static_cast<SHORT>(word(offsetof(METARECORD, rdParm))));
         }
         return 1;
     };
