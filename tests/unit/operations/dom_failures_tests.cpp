@@ -92,9 +92,7 @@ TEST_P(FailedReading, IsReturnedAndNoPartOfTheResultIs) {
     ASSERT_EQ((Result{S_OK, std::wstring(reading.whole_result)}), reading.run(object_));
     const int steps = FailEachStep(
         reading.response, [&] { return reading.run(object_); },
-        [](const Result& result) {
-            EXPECT_EQ((Result{DomFaults::kFailure, kUntouched}), result);
-        });
+        [](const Result& result) { EXPECT_EQ((Result{DomFaults::kFailure, kUntouched}), result); });
     EXPECT_GT(steps, 8);
 }
 
