@@ -14,7 +14,7 @@ from pathlib import Path
 TOP = Path(__file__).resolve().parents[2]
 sys.path[:0] = [str(TOP / "tools" / "testrun"), str(TOP / "tools" / "package")]
 
-from package import write_package  # noqa: E402
+from package import TRIPLETS, write_package  # noqa: E402, F401
 from wine_session import SYSTEM_FOLDERS, system_command, windows_path, wine_command, works  # noqa: E402
 
 BUILDS = {architecture: TOP / "build" / architecture for architecture in SYSTEM_FOLDERS}
@@ -106,11 +106,13 @@ def environment(architecture: str) -> dict[str, str]:
     }
 
 
-def run_wine(command: list[str], architecture: str = "x64", folder: Path = SCRATCH) -> subprocess.CompletedProcess[str]:
+def run_wine(
+    command: list[str], architecture: str = "x64", folder: Path = SCRATCH, **variables: str
+) -> subprocess.CompletedProcess[str]:
     """Runs a Windows program to its end; what it prints comes without carriage returns."""
     result = subprocess.run(
         command,
-        env=environment(architecture),
+        env=environment(architecture) | variables,
         cwd=folder,
         stdin=subprocess.DEVNULL,
         stdout=subprocess.PIPE,
@@ -124,8 +126,10 @@ def run_wine(command: list[str], architecture: str = "x64", folder: Path = SCRAT
     return result
 
 
-def run_program(program: Path, *arguments: str, architecture: str = "x64") -> subprocess.CompletedProcess[str]:
-    return run_wine([*wine_command(str(program)), *arguments], architecture, program.parent)
+def run_program(
+    program: Path, *arguments: str, architecture: str = "x64", **variables: str
+) -> subprocess.CompletedProcess[str]:
+    return run_wine([*wine_command(str(program)), *arguments], architecture, program.parent, **variables)
 
 
 def run_system(architecture: str, name: str, *arguments: str) -> subprocess.CompletedProcess[str]:

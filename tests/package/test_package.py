@@ -15,8 +15,9 @@ from package import NO_TIME, TRIPLETS, write_package
 from package_support import BUILDS, TOP, fresh_folder, package, unpacked
 
 FILES = """CHANGELOG.md README.md SHA256SUMS docs/host-integration.md docs/page-kit/paylodge.d.ts docs/script-reference.md
+examples/CMakeLists.txt examples/host-program/main.cpp
 examples/registration-free/registration_free.cpp examples/registration-free/registration_free.exe.manifest
-include/paylodge.h register.cmd unregister.cmd
+include/event_ids.h include/paylodge.h include/paylodge_i.c register.cmd unregister.cmd
 x64/Paylodge.dll x64/Paylodge.dll.debug x64/Paylodge.manifest x64/Paylodge.tlb
 x86/Paylodge.dll x86/Paylodge.dll.debug x86/Paylodge.manifest x86/Paylodge.tlb""".split()
 
@@ -107,6 +108,15 @@ class Content(unittest.TestCase):
             for target in re.findall(r"\]\(([^)#:]+)\)", document.read_text(encoding="utf-8")):
                 with self.subTest(f"{document.name}: {target}"):
                     self.assertTrue((document.parent / target).exists())
+
+    def test_files_that_the_documents_name_are_in_the_package(self) -> None:
+        named = {
+            (document.name, name)
+            for document in unpacked().rglob("*.md")
+            for name in re.findall(r"`((?:[\w.-]+/)+[\w.-]*)`", document.read_text(encoding="utf-8"))
+        }
+        self.assertIn(("host-integration.md", "examples/host-program/"), named)
+        self.assertEqual([(document, name) for document, name in named if not (unpacked() / name).exists()], [])
 
     def test_commands_have_the_line_ends_of_windows(self) -> None:
         for name in ("register.cmd", "unregister.cmd"):

@@ -16,7 +16,9 @@ TRIPLETS = {"x64": "x86_64-w64-mingw32", "x86": "i686-w64-mingw32"}
 DOCUMENTS = ("docs/host-integration.md", "docs/script-reference.md")
 PAGE_KIT = "docs/page-kit/paylodge.d.ts"
 COMMANDS = ("register.cmd", "unregister.cmd")
-EXAMPLE = "examples/registration-free"
+EXAMPLES = ("examples/CMakeLists.txt", "examples/host-program/*", "examples/registration-free/*")
+GENERATED_HEADERS = ("paylodge.h", "paylodge_i.c")
+EVENT_IDS = "idl/event_ids.h"
 # The first moment that a zip file can name.
 NO_TIME = (1980, 1, 1, 0, 0, 0)
 
@@ -73,11 +75,18 @@ def command_content(top: Path) -> Content:
 
 
 def example_content(top: Path) -> Content:
-    return {f"{EXAMPLE}/{file.name}": file.read_bytes() for file in (top / EXAMPLE).iterdir()}
+    files = [file for pattern in EXAMPLES for file in top.glob(pattern)]
+    return {file.relative_to(top).as_posix(): file.read_bytes() for file in files}
+
+
+def header_content(top: Path, build: Path) -> Content:
+    """What a host includes, and the ids that it links."""
+    files = [build / "idl" / "paylodge_idl" / name for name in GENERATED_HEADERS]
+    return {f"include/{file.name}": file.read_bytes() for file in (*files, top / EVENT_IDS)}
 
 
 def collect(top: Path, builds: dict[str, Path], version: str) -> Content:
-    content = {"include/paylodge.h": (builds["x64"] / "idl/paylodge_idl/paylodge.h").read_bytes()}
+    content = header_content(top, builds["x64"])
     content |= {PAGE_KIT: (top / PAGE_KIT).read_bytes()}
     for architecture, build in builds.items():
         content |= architecture_content(architecture, build)
