@@ -84,6 +84,12 @@ class Checkout(unittest.TestCase):
         self.assertEqual(self.targets("", "package")["x86"], ["all", "package_test_programs"])
         self.assertEqual(self.targets("", "fuzz"), {"native": ["words_fuzz"]})
 
+    def test_a_fuzzer_begins_with_its_seeds_and_words_and_learns_elsewhere(self) -> None:
+        seeds, words = self.add("tests/fuzz/corpus/words/one", "1").parent, self.add("tests/fuzz/words.dict", '"a"')
+        paths = Paths(self.root, self.root / "build")
+        (job,) = Jobs(paths, Filter(""), ["fuzz"]).collect()
+        self.assertEqual(job.command[-3:], [f"-dict={words}", ".", str(seeds)])
+
     def test_only_the_programs_are_built_that_may_have_such_a_test(self) -> None:
         for text in ("sum.ADDS", "Takes", "sum", "arithmetic/sum.cpp", "x64/sum_tests/Sum.Takes", "x64/sum_tests"):
             with self.subTest(text=text):

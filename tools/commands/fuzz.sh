@@ -5,19 +5,21 @@ usage() {
     cat <<'END'
 Usage: ./dev fuzz [--seconds N] [FUZZER]...
 
-Runs the given fuzzers of tests/fuzz, without an argument all of them, for N seconds each (default 60). What they
-learn stays in build/fuzz/FUZZER; an input that breaks something is left in build/fuzz and named.
+Runs the given fuzzers of tests/fuzz, without an argument all of them, for N seconds each (default 60). They begin with
+the seeds in tests/fuzz/corpus. What they learn stays in build/fuzz/FUZZER; an input that breaks something is left in
+build/fuzz and named: it becomes a test.
 END
 }
 
 # run_fuzzer NAME SECONDS
 run_fuzzer() {
-    local dictionary=tests/fuzz/${1%_fuzz}.dict options=()
-    [ ! -f "$dictionary" ] || options=("-dict=$dictionary")
+    local name=${1%_fuzz} options=() seeds=()
+    [ ! -f "tests/fuzz/$name.dict" ] || options=("-dict=tests/fuzz/$name.dict")
+    [ ! -d "tests/fuzz/corpus/$name" ] || seeds=("tests/fuzz/corpus/$name")
     mkdir -p "build/fuzz/$1"
     say "fuzzing $1 for $2 s"
     "build/native/fuzz/$1" -max_total_time="$2" -timeout=10 -handle_int=0 -artifact_prefix="build/fuzz/$1-" -print_final_stats=1 \
-        "${options[@]}" "build/fuzz/$1" 9>&- ||
+        "${options[@]}" "build/fuzz/$1" "${seeds[@]}" 9>&- ||
         fail "$1 found something: the lines above say what; 'build/native/fuzz/$1 FILE' shows it again"
 }
 

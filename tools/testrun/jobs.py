@@ -25,7 +25,9 @@ WINE_PACKAGES = {"x64": "wine64", "x86": "wine32:i386"}
 # The target with the component and the reference host; natively the pure core.
 PRODUCT = "all"
 SHORT_RUN = "short run"
-SHORT_FUZZ_RUNS = 50_000
+SHORT_FUZZ_RUNS = 20_000
+# Inputs that take long are fewer.
+SHORT_FUZZ_SECONDS = 8
 LISTING_SECONDS = 60
 
 
@@ -325,9 +327,13 @@ def wine_environment(paths: Paths, preset: str, job_name: str) -> dict[str, str]
 
 
 def fuzz_job(paths: Paths, fuzzer: Path) -> Job:
-    dictionary = paths.root / "tests" / "fuzz" / f"{fuzzer.name.removesuffix('_fuzz')}.dict"
-    options = [f"-runs={SHORT_FUZZ_RUNS}", "-seed=1", "-timeout=10", "-verbosity=0"]
+    folder, name = paths.root / "tests" / "fuzz", fuzzer.name.removesuffix("_fuzz")
+    dictionary, seeds = folder / f"{name}.dict", folder / "corpus" / name
+    options = [f"-runs={SHORT_FUZZ_RUNS}", f"-max_total_time={SHORT_FUZZ_SECONDS}"]
+    options += ["-seed=1", "-timeout=10", "-verbosity=0"]
     options += [f"-dict={dictionary}"] if dictionary.exists() else []
+    # What it learns goes to the first folder: the one that it runs in.
+    options += [".", str(seeds)] if seeds.exists() else []
     return status_job(f"fuzz/{fuzzer.name}", SHORT_RUN, [str(fuzzer), *options])
 
 
