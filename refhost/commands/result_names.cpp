@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <string_view>
 
+#include "com/hresult_names.hpp"
 #include "refhost/books/values.hpp"
 #include "refhost/objects/host_boundary.hpp"
 #include "refhost/objects/utf8.hpp"
@@ -19,27 +20,8 @@ struct ResultName {
     std::string_view name;
 };
 
-// Errors of the script language have no names of the platform's; these are the ones that pages meet most.
+// What has no name of the platform's: errors of the script language that pages meet most, and the reference host's own.
 constexpr std::array kNames{
-    ResultName{E_FAIL, "E_FAIL"},
-    ResultName{E_INVALIDARG, "E_INVALIDARG"},
-    ResultName{E_POINTER, "E_POINTER"},
-    ResultName{E_NOTIMPL, "E_NOTIMPL"},
-    ResultName{E_NOINTERFACE, "E_NOINTERFACE"},
-    ResultName{E_ABORT, "E_ABORT"},
-    ResultName{E_ACCESSDENIED, "E_ACCESSDENIED"},
-    ResultName{E_OUTOFMEMORY, "E_OUTOFMEMORY"},
-    ResultName{E_UNEXPECTED, "E_UNEXPECTED"},
-    ResultName{DISP_E_UNKNOWNNAME, "DISP_E_UNKNOWNNAME"},
-    ResultName{DISP_E_MEMBERNOTFOUND, "DISP_E_MEMBERNOTFOUND"},
-    ResultName{DISP_E_TYPEMISMATCH, "DISP_E_TYPEMISMATCH"},
-    ResultName{DISP_E_BADPARAMCOUNT, "DISP_E_BADPARAMCOUNT"},
-    ResultName{DISP_E_PARAMNOTOPTIONAL, "DISP_E_PARAMNOTOPTIONAL"},
-    ResultName{DISP_E_BADINDEX, "DISP_E_BADINDEX"},
-    ResultName{DISP_E_EXCEPTION, "DISP_E_EXCEPTION"},
-    ResultName{REGDB_E_CLASSNOTREG, "REGDB_E_CLASSNOTREG"},
-    ResultName{CO_E_CLASSSTRING, "CO_E_CLASSSTRING"},
-    ResultName{CO_E_OBJNOTCONNECTED, "CO_E_OBJNOTCONNECTED"},
     ResultName{static_cast<HRESULT>(0x800A01AD), "(script) the object cannot be created"},
     ResultName{static_cast<HRESULT>(0x800A01B6), "(script) the object has no such property or method"},
     ResultName{static_cast<HRESULT>(0x800A138A), "(script) a function was expected"},
@@ -65,9 +47,9 @@ std::string DescribeResult(HRESULT result) {
     char number[16] = {};
     std::snprintf(number, sizeof number, "0x%08X", static_cast<unsigned>(result));
     const auto* const found = std::ranges::find(kNames, result, &ResultName::result);
-    const std::string name = found == kNames.end() ? std::string() : ' ' + std::string(found->name);
+    const std::string name(found == kNames.end() ? HResultName(result) : found->name);
     const std::string system = SystemText(result);
-    return number + name + (system.empty() ? "" : ": " + system);
+    return number + (name.empty() ? "" : ' ' + name) + (system.empty() ? "" : ": " + system);
 }
 
 }  // namespace paylodge::refhost

@@ -13,6 +13,7 @@
 #include "tests/component/member_call.hpp"
 #include "tests/component/module_under_test.hpp"
 #include "tests/support/fake_site.hpp"
+#include "tests/support/hresult.hpp"
 
 namespace paylodge::test {
 namespace {
@@ -22,10 +23,10 @@ namespace {
     std::array<wchar_t, 2084> canonical{};
     std::array<wchar_t, 256> host{};
     DWORD length = 0;
-    EXPECT_EQ(S_OK, ::CoInternetParseUrl(url, PARSE_CANONICALIZE, URL_FILE_USE_PATHURL, canonical.data(),
-                                         static_cast<DWORD>(canonical.size()), &length, 0));
-    EXPECT_EQ(S_OK, ::CoInternetParseUrl(canonical.data(), PARSE_DOMAIN, 0, host.data(),
-                                         static_cast<DWORD>(host.size()), &length, 0));
+    EXPECT_HRESULT(S_OK, ::CoInternetParseUrl(url, PARSE_CANONICALIZE, URL_FILE_USE_PATHURL, canonical.data(),
+                                              static_cast<DWORD>(canonical.size()), &length, 0));
+    EXPECT_HRESULT(S_OK, ::CoInternetParseUrl(canonical.data(), PARSE_DOMAIN, 0, host.data(),
+                                              static_cast<DWORD>(host.size()), &length, 0));
     return host.data();
 }
 
@@ -36,7 +37,7 @@ class ApprovedPages : public Component {
         host.requests.clear();
         FakeSite site(page);
         const OnSite on_site(paylodge.Get(), site);
-        EXPECT_EQ(S_OK, CallSlot(*paylodge.Get(), FindMember("GetItems")).result);
+        EXPECT_HRESULT(S_OK, CallSlot(*paylodge.Get(), FindMember("GetItems")).result);
         return !host.requests.empty();
     }
     [[nodiscard]] bool IsServedAt(const wchar_t* url) { return IsServed(PageAt(url)); }
@@ -103,8 +104,8 @@ TEST_F(ApprovedPages, ObjectWhosePageCannotBeToldIsServed) {
 TEST_F(ApprovedPages, SiteIsLetGoWithTheObject) {
     FakeSite site;
     ComPtr<IObjectWithSite> with_site;
-    ASSERT_EQ(S_OK, paylodge.As(with_site));
-    EXPECT_EQ(S_OK, with_site->SetSite(site.Get()));
+    ASSERT_HRESULT(S_OK, paylodge.As(with_site));
+    EXPECT_HRESULT(S_OK, with_site->SetSite(site.Get()));
     EXPECT_EQ(1, site.references);
     with_site.Reset();
     paylodge.Reset();

@@ -9,6 +9,7 @@
 #include "tests/component/control_under_test.hpp"
 #include "tests/component/member_call.hpp"
 #include "tests/component/variant_values.hpp"
+#include "tests/support/hresult.hpp"
 #include "tests/support/recording_container.hpp"
 
 namespace paylodge::test {
@@ -20,7 +21,7 @@ class ControlDispatch : public ControlComponent {
         std::wstring text(name.begin(), name.end());
         LPOLESTR names[] = {text.data()};
         DISPID id = DISPID_UNKNOWN;
-        EXPECT_EQ(S_OK, control->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id)) << name;
+        EXPECT_HRESULT(S_OK, control->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id)) << name;
         return id;
     }
     [[nodiscard]] HRESULT Call(const char* method, std::vector<VARIANT> arguments) {
@@ -43,7 +44,7 @@ TEST_F(ControlDispatch, NamesOfEventsAreNoMembers) {
     std::wstring text = L"OnProcessLHRequest";
     LPOLESTR names[] = {text.data()};
     DISPID id = 0;
-    EXPECT_EQ(DISP_E_UNKNOWNNAME, control->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id));
+    EXPECT_HRESULT(DISP_E_UNKNOWNNAME, control->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id));
     EXPECT_EQ(DISPID_UNKNOWN, id);
 }
 
@@ -58,8 +59,8 @@ class NotificationData : public ControlDispatch {
     [[nodiscard]] OwnedBstr Get() {
         DISPPARAMS none{};
         VARIANT result{};
-        EXPECT_EQ(S_OK, control->Invoke(id_, IID_NULL, LOCALE_USER_DEFAULT, FlagsOf(Kind::kGet), &none, &result,
-                                        nullptr, nullptr));
+        EXPECT_HRESULT(S_OK, control->Invoke(id_, IID_NULL, LOCALE_USER_DEFAULT, FlagsOf(Kind::kGet), &none, &result,
+                                             nullptr, nullptr));
         EXPECT_EQ(VT_BSTR, V_VT(&result));
         return OwnedBstr(V_BSTR(&result));
     }
@@ -73,21 +74,21 @@ TEST_F(NotificationData, IsNothingBeforeAnythingWasStored) {
     EXPECT_EQ(L"", View(Get()));
     wchar_t mark[] = L"untouched";
     BSTR got = mark;
-    EXPECT_EQ(S_OK, control->get_LHTransactionNotificationData(&got));
+    EXPECT_HRESULT(S_OK, control->get_LHTransactionNotificationData(&got));
     EXPECT_EQ(nullptr, got);
 }
 
 TEST_F(NotificationData, IsWhatWasPut) {
     constexpr std::wstring_view kData(L"a\0\u4e2d", 3);
-    EXPECT_EQ(S_OK, Put(Text(MakeBstr(kData))));
+    EXPECT_HRESULT(S_OK, Put(Text(MakeBstr(kData))));
     EXPECT_EQ(kData, View(Get()));
-    EXPECT_EQ(S_OK, Put(Text(MakeBstr(L"b"))));
+    EXPECT_HRESULT(S_OK, Put(Text(MakeBstr(L"b"))));
     EXPECT_EQ(L"b", View(Get()));
 }
 
 TEST_F(NotificationData, IsACopyInBothDirections) {
     OwnedBstr data = MakeBstr(L"mine");
-    EXPECT_EQ(S_OK, Put(Text(data)));
+    EXPECT_HRESULT(S_OK, Put(Text(data)));
     data.Get()[0] = L'X';
     const OwnedBstr first = Get();
     EXPECT_EQ(L"mine", View(first));
@@ -95,9 +96,9 @@ TEST_F(NotificationData, IsACopyInBothDirections) {
 }
 
 TEST_F(NotificationData, IsSharedByAllControls) {
-    EXPECT_EQ(S_OK, Put(Text(MakeBstr(L"data"))));
+    EXPECT_HRESULT(S_OK, Put(Text(MakeBstr(L"data"))));
     OwnedBstr got;
-    EXPECT_EQ(S_OK, CreateControl(module)->get_LHTransactionNotificationData(got.Receive()));
+    EXPECT_HRESULT(S_OK, CreateControl(module)->get_LHTransactionNotificationData(got.Receive()));
     EXPECT_EQ(L"data", View(got));
 }
 
@@ -106,7 +107,7 @@ class ControlChannel : public ControlDispatch {
   protected:
     ControlChannel() {
         DWORD cookie = 0;
-        EXPECT_EQ(S_OK, EventPoint(*control.Get())->Advise(sink_.Get(), &cookie));
+        EXPECT_HRESULT(S_OK, EventPoint(*control.Get())->Advise(sink_.Get(), &cookie));
     }
     [[nodiscard]] HRESULT Push() { return Call("SetTransactionID", {Text(id_)}); }
 
@@ -118,24 +119,24 @@ class ControlChannel : public ControlDispatch {
 };
 
 TEST_F(ControlChannel, IsTheDefaultUntilAnotherIsNamed) {
-    EXPECT_EQ(DISP_E_EXCEPTION, Push());
-    EXPECT_EQ(S_OK, Call("SubscribeToNotifications", {}));
-    EXPECT_EQ(S_OK, Push());
+    EXPECT_HRESULT(DISP_E_EXCEPTION, Push());
+    EXPECT_HRESULT(S_OK, Call("SubscribeToNotifications", {}));
+    EXPECT_HRESULT(S_OK, Push());
     EXPECT_EQ("event5", record_.Take());
-    EXPECT_EQ(S_OK, Call("UnSubscribeFromNotifications", {}));
-    EXPECT_EQ(DISP_E_EXCEPTION, Push());
+    EXPECT_HRESULT(S_OK, Call("UnSubscribeFromNotifications", {}));
+    EXPECT_HRESULT(DISP_E_EXCEPTION, Push());
 }
 
 // What a page leaves undefined arrives as the empty name, which is a name like any other.
 TEST_F(ControlChannel, NamedByAnEmptyValueHasTheEmptyName) {
     const OwnedBstr empty = MakeBstr(L"");
-    EXPECT_EQ(S_OK, Call("SetChannelName", {OfType(VT_EMPTY)}));
-    EXPECT_EQ(DISP_E_EXCEPTION, Push());
-    EXPECT_EQ(S_OK, Call("SubscribeToNotifications2", {Text(empty)}));
-    EXPECT_EQ(S_OK, Push());
+    EXPECT_HRESULT(S_OK, Call("SetChannelName", {OfType(VT_EMPTY)}));
+    EXPECT_HRESULT(DISP_E_EXCEPTION, Push());
+    EXPECT_HRESULT(S_OK, Call("SubscribeToNotifications2", {Text(empty)}));
+    EXPECT_HRESULT(S_OK, Push());
     EXPECT_EQ("event5", record_.Take());
-    EXPECT_EQ(S_OK, Call("UnSubscribeFromNotifications2", {OfType(VT_EMPTY)}));
-    EXPECT_EQ(DISP_E_EXCEPTION, Push());
+    EXPECT_HRESULT(S_OK, Call("UnSubscribeFromNotifications2", {OfType(VT_EMPTY)}));
+    EXPECT_HRESULT(DISP_E_EXCEPTION, Push());
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 
 #include "com/owner.hpp"
 #include "tests/component/control_under_test.hpp"
+#include "tests/support/hresult.hpp"
 
 namespace paylodge::test {
 namespace {
@@ -93,10 +94,11 @@ class ControlDrawing : public ControlComponent {
   protected:
     [[nodiscard]] Drawing Draw(const RECTL& bounds) {
         ComPtr<IViewObjectEx> view;
-        EXPECT_EQ(S_OK, control->QueryInterface(IID_IViewObjectEx, view.ReceiveVoid()));
+        EXPECT_HRESULT(S_OK, control->QueryInterface(IID_IViewObjectEx, view.ReceiveVoid()));
         const HDC dc = ::CreateEnhMetaFileW(nullptr, nullptr, nullptr, nullptr);
         EXPECT_NE(nullptr, dc);
-        EXPECT_EQ(S_OK, view->Draw(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, dc, &bounds, nullptr, nullptr, 0));
+        EXPECT_HRESULT(S_OK,
+                       view->Draw(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, dc, &bounds, nullptr, nullptr, 0));
         const EnhancedMetafile metafile(::CloseEnhMetaFile(dc));
         Drawing drawing;
         EXPECT_TRUE(::EnumEnhMetaFile(nullptr, metafile.Get(), AppendRecord, &drawing, nullptr));

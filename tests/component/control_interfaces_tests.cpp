@@ -9,6 +9,7 @@
 
 #include "com/object_safety_id.hpp"
 #include "tests/component/control_under_test.hpp"
+#include "tests/support/hresult.hpp"
 
 namespace paylodge::test {
 namespace {
@@ -50,7 +51,7 @@ class ControlInterfaces : public ControlComponent {
     template <class Interface>
     [[nodiscard]] ComPtr<Interface> Query() {
         ComPtr<Interface> found;
-        EXPECT_EQ(S_OK, control->QueryInterface(__uuidof(Interface), found.ReceiveVoid()));
+        EXPECT_HRESULT(S_OK, control->QueryInterface(__uuidof(Interface), found.ReceiveVoid()));
         return found;
     }
 };
@@ -59,9 +60,9 @@ TEST_F(ControlInterfaces, AreAllOfOneObject) {
     const auto identity = Query<IUnknown>();
     for (const auto& [name, id] : kStockInterfaces) {
         ComPtr<IUnknown> found;
-        ASSERT_EQ(S_OK, control->QueryInterface(id, found.ReceiveVoid())) << name;
+        ASSERT_HRESULT(S_OK, control->QueryInterface(id, found.ReceiveVoid())) << name;
         ComPtr<IUnknown> found_identity;
-        EXPECT_EQ(S_OK, found->QueryInterface(IID_IUnknown, found_identity.ReceiveVoid())) << name;
+        EXPECT_HRESULT(S_OK, found->QueryInterface(IID_IUnknown, found_identity.ReceiveVoid())) << name;
         EXPECT_EQ(identity.Get(), found_identity.Get()) << name;
     }
 }
@@ -69,15 +70,15 @@ TEST_F(ControlInterfaces, AreAllOfOneObject) {
 TEST_F(ControlInterfaces, OthersAreRefused) {
     for (const IID& id : {IID_IPaylodge, kControlEvents, kControlClass, IID_IPropertyNotifySink, IID_IMarshal}) {
         void* found = &found;
-        EXPECT_EQ(E_NOINTERFACE, control->QueryInterface(id, &found));
+        EXPECT_HRESULT(E_NOINTERFACE, control->QueryInterface(id, &found));
         EXPECT_EQ(nullptr, found);
     }
-    EXPECT_EQ(E_POINTER, control->QueryInterface(IID_IUnknown, nullptr));
+    EXPECT_HRESULT(E_POINTER, control->QueryInterface(IID_IUnknown, nullptr));
 }
 
 TEST_F(ControlInterfaces, MiscStatusIsThatOfAVisibleInsideOutControl) {
     DWORD status = 0;
-    EXPECT_EQ(S_OK, Query<IOleObject>()->GetMiscStatus(DVASPECT_CONTENT, &status));
+    EXPECT_HRESULT(S_OK, Query<IOleObject>()->GetMiscStatus(DVASPECT_CONTENT, &status));
     EXPECT_EQ(131473U, status);
 }
 
@@ -88,50 +89,50 @@ TEST_F(ControlInterfaces, SafetyIsForUntrustedCallersOnly) {
     DWORD supported = 7;
     DWORD enabled = 7;
     for (const IID& id : {IID_IDispatch, ControlInterfaceIds().back()}) {
-        EXPECT_EQ(S_OK, safety->GetInterfaceSafetyOptions(id, &supported, &enabled));
+        EXPECT_HRESULT(S_OK, safety->GetInterfaceSafetyOptions(id, &supported, &enabled));
         EXPECT_EQ(kForUntrustedCaller, supported);
         EXPECT_EQ(0U, enabled);
     }
-    EXPECT_EQ(E_FAIL, safety->SetInterfaceSafetyOptions(IID_IDispatch, kForUntrustedData, kForUntrustedData));
-    EXPECT_EQ(E_FAIL, safety->SetInterfaceSafetyOptions(IID_IDispatch, kForUntrustedCaller | kForUntrustedData,
-                                                        kForUntrustedCaller));
-    EXPECT_EQ(S_OK, safety->SetInterfaceSafetyOptions(IID_IDispatch, kForUntrustedCaller, kForUntrustedCaller));
-    EXPECT_EQ(S_OK, safety->GetInterfaceSafetyOptions(IID_IDispatch, &supported, &enabled));
+    EXPECT_HRESULT(E_FAIL, safety->SetInterfaceSafetyOptions(IID_IDispatch, kForUntrustedData, kForUntrustedData));
+    EXPECT_HRESULT(E_FAIL, safety->SetInterfaceSafetyOptions(IID_IDispatch, kForUntrustedCaller | kForUntrustedData,
+                                                             kForUntrustedCaller));
+    EXPECT_HRESULT(S_OK, safety->SetInterfaceSafetyOptions(IID_IDispatch, kForUntrustedCaller, kForUntrustedCaller));
+    EXPECT_HRESULT(S_OK, safety->GetInterfaceSafetyOptions(IID_IDispatch, &supported, &enabled));
     EXPECT_EQ(kForUntrustedCaller, enabled);
 }
 
 TEST_F(ControlInterfaces, ConnectionPointsAreForItsEventsAndForPropertyChanges) {
     ComPtr<IEnumConnectionPoints> points;
-    ASSERT_EQ(S_OK, Query<IConnectionPointContainer>()->EnumConnectionPoints(points.Receive()));
+    ASSERT_HRESULT(S_OK, Query<IConnectionPointContainer>()->EnumConnectionPoints(points.Receive()));
     for (const IID& expected : {kControlEvents, IID_IPropertyNotifySink}) {
         ComPtr<IConnectionPoint> point;
-        ASSERT_EQ(S_OK, points->Next(1, point.Receive(), nullptr));
+        ASSERT_HRESULT(S_OK, points->Next(1, point.Receive(), nullptr));
         IID id{};
-        EXPECT_EQ(S_OK, point->GetConnectionInterface(&id));
+        EXPECT_HRESULT(S_OK, point->GetConnectionInterface(&id));
         EXPECT_TRUE(IsEqualIID(expected, id));
     }
     ComPtr<IConnectionPoint> none;
-    EXPECT_EQ(S_FALSE, points->Next(1, none.Receive(), nullptr));
+    EXPECT_HRESULT(S_FALSE, points->Next(1, none.Receive(), nullptr));
     EXPECT_FALSE(none);
 }
 
 TEST_F(ControlInterfaces, ConnectionPointForAnythingElseIsRefused) {
     ComPtr<IConnectionPoint> none;
-    EXPECT_EQ(CONNECT_E_NOCONNECTION,
-              Query<IConnectionPointContainer>()->FindConnectionPoint(IID_IPaylodgeCtrl, none.Receive()));
+    EXPECT_HRESULT(CONNECT_E_NOCONNECTION,
+                   Query<IConnectionPointContainer>()->FindConnectionPoint(IID_IPaylodgeCtrl, none.Receive()));
     EXPECT_FALSE(none);
 }
 
 TEST_F(ControlInterfaces, ClassInformationNamesTheClassAndItsEvents) {
     const auto info = Query<IProvideClassInfo2>();
     ComPtr<ITypeInfo> type;
-    ASSERT_EQ(S_OK, info->GetClassInfo(type.Receive()));
+    ASSERT_HRESULT(S_OK, info->GetClassInfo(type.Receive()));
     TYPEATTR* attributes = nullptr;
-    ASSERT_EQ(S_OK, type->GetTypeAttr(&attributes));
+    ASSERT_HRESULT(S_OK, type->GetTypeAttr(&attributes));
     EXPECT_TRUE(IsEqualGUID(kControlClass, attributes->guid));
     type->ReleaseTypeAttr(attributes);
     GUID events{};
-    EXPECT_EQ(S_OK, info->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, &events));
+    EXPECT_HRESULT(S_OK, info->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, &events));
     EXPECT_TRUE(IsEqualGUID(kControlEvents, events));
 }
 

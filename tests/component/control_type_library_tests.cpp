@@ -10,6 +10,7 @@
 #include "tests/component/control_under_test.hpp"
 #include "tests/component/member_call.hpp"
 #include "tests/component/type_description.hpp"
+#include "tests/support/hresult.hpp"
 
 namespace paylodge::test {
 namespace {
@@ -97,25 +98,25 @@ class ControlSlots : public ControlComponent {};
 TEST_F(ControlSlots, AreOneTableForTheWholeChain) {
     for (const IID& id : ControlInterfaceIds()) {
         ComPtr<IUnknown> found;
-        ASSERT_EQ(S_OK, control->QueryInterface(id, found.ReceiveVoid()));
+        ASSERT_HRESULT(S_OK, control->QueryInterface(id, found.ReceiveVoid()));
         EXPECT_EQ(static_cast<IUnknown*>(control.Get()), found.Get());
     }
 }
 
 TEST_F(ControlSlots, GetStandsBeforePut) {
     const OwnedBstr data = MakeBstr(L"data");
-    EXPECT_EQ(S_OK, CallSlot(*control.Get(), 14, data.Get()));
+    EXPECT_HRESULT(S_OK, CallSlot(*control.Get(), 14, data.Get()));
     OwnedBstr got;
-    EXPECT_EQ(S_OK, CallThroughSlot(*control.Get(), 13, got.Receive()));
+    EXPECT_HRESULT(S_OK, CallThroughSlot(*control.Get(), 13, got.Receive()));
     EXPECT_EQ(L"data", View(got));
 }
 
 TEST_F(ControlSlots, ObjectHandsOutTheTypeOfItsLatestInterface) {
     UINT count = 0;
-    EXPECT_EQ(S_OK, control->GetTypeInfoCount(&count));
+    EXPECT_HRESULT(S_OK, control->GetTypeInfoCount(&count));
     EXPECT_EQ(1U, count);
     ComPtr<ITypeInfo> type;
-    ASSERT_EQ(S_OK, control->GetTypeInfo(0, LOCALE_USER_DEFAULT, type.Receive()));
+    ASSERT_HRESULT(S_OK, control->GetTypeInfo(0, LOCALE_USER_DEFAULT, type.Receive()));
     EXPECT_TRUE(IsEqualIID(ControlInterfaceIds().back(), AttributesOf(*type.Get()).guid));
 }
 

@@ -4,6 +4,8 @@
 #include <iterator>
 #include <stdexcept>
 
+#include "tests/support/hresult.hpp"
+
 namespace paylodge::test {
 namespace {
 
@@ -114,17 +116,17 @@ std::span<const ControlEvent> ControlEvents() { return kEvents; }
 
 ComPtr<IPaylodgeCtrl10> CreateControl(const ModuleUnderTest& module) {
     ComPtr<IClassFactory> factory;
-    EXPECT_EQ(S_OK, module.GetClassObject(kControlClass, IID_IClassFactory, factory.ReceiveVoid()));
+    EXPECT_HRESULT(S_OK, module.GetClassObject(kControlClass, IID_IClassFactory, factory.ReceiveVoid()));
     ComPtr<IPaylodgeCtrl10> control;
-    EXPECT_EQ(S_OK, factory->CreateInstance(nullptr, ControlInterfaceIds().back(), control.ReceiveVoid()));
+    EXPECT_HRESULT(S_OK, factory->CreateInstance(nullptr, ControlInterfaceIds().back(), control.ReceiveVoid()));
     return control;
 }
 
 ComPtr<IConnectionPoint> EventPoint(IUnknown& control) {
     ComPtr<IConnectionPointContainer> container;
-    EXPECT_EQ(S_OK, control.QueryInterface(IID_IConnectionPointContainer, container.ReceiveVoid()));
+    EXPECT_HRESULT(S_OK, control.QueryInterface(IID_IConnectionPointContainer, container.ReceiveVoid()));
     ComPtr<IConnectionPoint> point;
-    EXPECT_EQ(S_OK, container->FindConnectionPoint(kControlEvents, point.Receive()));
+    EXPECT_HRESULT(S_OK, container->FindConnectionPoint(kControlEvents, point.Receive()));
     return point;
 }
 

@@ -6,6 +6,7 @@
 #include <set>
 
 #include "tests/component/module_under_test.hpp"
+#include "tests/support/hresult.hpp"
 
 namespace paylodge::test {
 namespace {
@@ -107,7 +108,7 @@ TEST_F(Exports, SetBrowserInstanceTakesAnyText) {
         set(text);
         set(text);
     }
-    EXPECT_EQ(S_OK, module.CanUnloadNow());
+    EXPECT_HRESULT(S_OK, module.CanUnloadNow());
 }
 
 TEST_F(Exports, ResourcesAreThoseThatRegistrationAsksFor) {

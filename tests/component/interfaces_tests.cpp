@@ -4,6 +4,7 @@
 
 #include "tests/component/member_call.hpp"
 #include "tests/component/module_under_test.hpp"
+#include "tests/support/hresult.hpp"
 
 namespace paylodge::test {
 namespace {
@@ -22,7 +23,7 @@ class Interfaces : public Component {
   protected:
     [[nodiscard]] ComPtr<IUnknown> Query(REFIID id) {
         ComPtr<IUnknown> found;
-        EXPECT_EQ(S_OK, paylodge->QueryInterface(id, found.ReceiveVoid()));
+        EXPECT_HRESULT(S_OK, paylodge->QueryInterface(id, found.ReceiveVoid()));
         return found;
     }
 };
@@ -32,7 +33,7 @@ TEST_F(Interfaces, EveryOneIsReachedFromEveryOther) {
         const ComPtr<IUnknown> source = Query(from);
         for (const IID& to : AllInterfaces()) {
             ComPtr<IUnknown> found;
-            EXPECT_EQ(S_OK, source->QueryInterface(to, found.ReceiveVoid()));
+            EXPECT_HRESULT(S_OK, source->QueryInterface(to, found.ReceiveVoid()));
         }
     }
 }
@@ -41,7 +42,7 @@ TEST_F(Interfaces, HaveOneIdentity) {
     const ComPtr<IUnknown> identity = Query(IID_IUnknown);
     for (const IID& id : AllInterfaces()) {
         ComPtr<IUnknown> found;
-        EXPECT_EQ(S_OK, Query(id)->QueryInterface(IID_IUnknown, found.ReceiveVoid()));
+        EXPECT_HRESULT(S_OK, Query(id)->QueryInterface(IID_IUnknown, found.ReceiveVoid()));
         EXPECT_EQ(identity.Get(), found.Get());
     }
 }
@@ -69,13 +70,13 @@ TEST_F(Interfaces, OthersAreRefused) {
     for (const IID& id : {IID_IPersist, IID_IProvideClassInfo, IID_IConnectionPointContainer, IID_IPaylodgeCtrl,
                           CLSID_Paylodge, IID_IMarshal}) {
         void* found = &found;
-        EXPECT_EQ(E_NOINTERFACE, paylodge->QueryInterface(id, &found));
+        EXPECT_HRESULT(E_NOINTERFACE, paylodge->QueryInterface(id, &found));
         EXPECT_EQ(nullptr, found);
     }
 }
 
 TEST_F(Interfaces, QueryWithoutASlotIsEPointer) {
-    EXPECT_EQ(E_POINTER, paylodge->QueryInterface(IID_IUnknown, nullptr));
+    EXPECT_HRESULT(E_POINTER, paylodge->QueryInterface(IID_IUnknown, nullptr));
 }
 
 struct Entry {
@@ -89,18 +90,18 @@ TEST_F(Interfaces, SiteLockHasItsSlotsInOrder) {
     const ComPtr<IUnknown> lock = Query(kObjectSafetySiteLock);
     DWORD supported = 7;
     DWORD enabled = 7;
-    EXPECT_EQ(S_OK, CallThroughSlot(*lock.Get(), 3, &IID_IDispatch, &supported, &enabled));
+    EXPECT_HRESULT(S_OK, CallThroughSlot(*lock.Get(), 3, &IID_IDispatch, &supported, &enabled));
     EXPECT_EQ(1U, supported);
     EXPECT_EQ(0U, enabled);
-    EXPECT_EQ(S_OK, CallThroughSlot(*lock.Get(), 4, &IID_IDispatch, DWORD{1}, DWORD{0}));
-    EXPECT_EQ(S_OK, CallThroughSlot(*lock.Get(), 3, &IID_IDispatch, &supported, &enabled));
+    EXPECT_HRESULT(S_OK, CallThroughSlot(*lock.Get(), 4, &IID_IDispatch, DWORD{1}, DWORD{0}));
+    EXPECT_HRESULT(S_OK, CallThroughSlot(*lock.Get(), 3, &IID_IDispatch, &supported, &enabled));
     EXPECT_EQ(1U, enabled);
     DWORD capability = 0;
-    EXPECT_EQ(S_OK, CallThroughSlot(*lock.Get(), 5, &capability));
+    EXPECT_HRESULT(S_OK, CallThroughSlot(*lock.Get(), 5, &capability));
     EXPECT_EQ(65540U, capability);
     const Entry* entries = nullptr;
     DWORD count = 0;
-    EXPECT_EQ(S_OK, CallThroughSlot(*lock.Get(), 6, &entries, &count));
+    EXPECT_HRESULT(S_OK, CallThroughSlot(*lock.Get(), 6, &entries, &count));
     EXPECT_EQ(10U, count);
     EXPECT_NE(nullptr, entries);
 }
@@ -115,7 +116,7 @@ TEST_F(Interfaces, SiteLockListsTheApprovedSites) {
     };
     const Entry* entries = nullptr;
     DWORD count = 0;
-    ASSERT_EQ(S_OK, CallThroughSlot(*Query(kObjectSafetySiteLock).Get(), 6, &entries, &count));
+    ASSERT_HRESULT(S_OK, CallThroughSlot(*Query(kObjectSafetySiteLock).Get(), 6, &entries, &count));
     ASSERT_EQ(std::size(expected), count);
     for (DWORD index = 0; index < count; ++index) {
         EXPECT_EQ(expected[index].category, entries[index].category) << index;
@@ -127,22 +128,22 @@ TEST_F(Interfaces, SiteLockListsTheApprovedSites) {
 TEST_F(Interfaces, SiteLockTellsItsCapabilities) {
     const ComPtr<IUnknown> lock = Query(kObjectSafetySiteLock);
     DWORD capability = 1;
-    EXPECT_EQ(S_OK, CallThroughSlot(*lock.Get(), 5, &capability));
+    EXPECT_HRESULT(S_OK, CallThroughSlot(*lock.Get(), 5, &capability));
     EXPECT_EQ(0U, capability);
     capability = 2;
-    EXPECT_EQ(E_NOTIMPL, CallThroughSlot(*lock.Get(), 5, &capability));
+    EXPECT_HRESULT(E_NOTIMPL, CallThroughSlot(*lock.Get(), 5, &capability));
     EXPECT_EQ(0U, capability);
 }
 
 TEST_F(Interfaces, SafetyHasOneOptionOnly) {
     const ComPtr<IUnknown> lock = Query(kObjectSafetySiteLock);
-    ASSERT_EQ(S_OK, CallThroughSlot(*lock.Get(), 4, &IID_IDispatch, DWORD{1}, DWORD{1}));
-    EXPECT_EQ(E_FAIL, CallThroughSlot(*lock.Get(), 4, &IID_IDispatch, DWORD{2}, DWORD{1}));
-    EXPECT_EQ(E_FAIL, CallThroughSlot(*lock.Get(), 4, &IID_IDispatch, DWORD{3}, DWORD{1}));
-    EXPECT_EQ(E_NOINTERFACE, CallThroughSlot(*lock.Get(), 4, &IID_IPaylodgeCtrl, DWORD{1}, DWORD{1}));
+    ASSERT_HRESULT(S_OK, CallThroughSlot(*lock.Get(), 4, &IID_IDispatch, DWORD{1}, DWORD{1}));
+    EXPECT_HRESULT(E_FAIL, CallThroughSlot(*lock.Get(), 4, &IID_IDispatch, DWORD{2}, DWORD{1}));
+    EXPECT_HRESULT(E_FAIL, CallThroughSlot(*lock.Get(), 4, &IID_IDispatch, DWORD{3}, DWORD{1}));
+    EXPECT_HRESULT(E_NOINTERFACE, CallThroughSlot(*lock.Get(), 4, &IID_IPaylodgeCtrl, DWORD{1}, DWORD{1}));
     DWORD supported = 7;
     DWORD enabled = 7;
-    EXPECT_EQ(S_OK, CallThroughSlot(*lock.Get(), 3, &IID_IDispatch, &supported, &enabled));
+    EXPECT_HRESULT(S_OK, CallThroughSlot(*lock.Get(), 3, &IID_IDispatch, &supported, &enabled));
     EXPECT_EQ(1U, enabled);
 }
 
@@ -150,22 +151,23 @@ TEST_F(Interfaces, SafetyAndSiteLockNeedPlacesForTheirResults) {
     const ComPtr<IUnknown> lock = Query(kObjectSafetySiteLock);
     DWORD* const no_number = nullptr;
     DWORD number = 7;
-    EXPECT_EQ(E_POINTER, CallThroughSlot(*lock.Get(), 3, &IID_IDispatch, no_number, &number));
-    EXPECT_EQ(E_POINTER, CallThroughSlot(*lock.Get(), 3, &IID_IDispatch, &number, no_number));
-    EXPECT_EQ(E_POINTER, CallThroughSlot(*lock.Get(), 5, no_number));
+    EXPECT_HRESULT(E_POINTER, CallThroughSlot(*lock.Get(), 3, &IID_IDispatch, no_number, &number));
+    EXPECT_HRESULT(E_POINTER, CallThroughSlot(*lock.Get(), 3, &IID_IDispatch, &number, no_number));
+    EXPECT_HRESULT(E_POINTER, CallThroughSlot(*lock.Get(), 5, no_number));
     const Entry** const no_entries = nullptr;
     const Entry* entries = nullptr;
-    EXPECT_EQ(E_POINTER, CallThroughSlot(*lock.Get(), 6, no_entries, &number));
-    EXPECT_EQ(E_POINTER, CallThroughSlot(*lock.Get(), 6, &entries, no_number));
+    EXPECT_HRESULT(E_POINTER, CallThroughSlot(*lock.Get(), 6, no_entries, &number));
+    EXPECT_HRESULT(E_POINTER, CallThroughSlot(*lock.Get(), 6, &entries, no_number));
 }
 
 TEST_F(Interfaces, SafetyIsSharedByBothItsInterfaces) {
-    EXPECT_EQ(S_OK, CallThroughSlot(*Query(kObjectSafety).Get(), 4, &IID_IDispatch, DWORD{1}, DWORD{1}));
+    EXPECT_HRESULT(S_OK, CallThroughSlot(*Query(kObjectSafety).Get(), 4, &IID_IDispatch, DWORD{1}, DWORD{1}));
     DWORD supported = 7;
     DWORD enabled = 7;
-    EXPECT_EQ(S_OK, CallThroughSlot(*Query(kObjectSafetySiteLock).Get(), 3, &IID_IDispatch, &supported, &enabled));
+    EXPECT_HRESULT(S_OK, CallThroughSlot(*Query(kObjectSafetySiteLock).Get(), 3, &IID_IDispatch, &supported, &enabled));
     EXPECT_EQ(1U, enabled);
-    EXPECT_EQ(E_NOINTERFACE, CallThroughSlot(*Query(kObjectSafety).Get(), 3, &IID_IPaylodgeCtrl, &supported, &enabled));
+    EXPECT_HRESULT(E_NOINTERFACE,
+                   CallThroughSlot(*Query(kObjectSafety).Get(), 3, &IID_IPaylodgeCtrl, &supported, &enabled));
     EXPECT_EQ(0U, supported);
     EXPECT_EQ(0U, enabled);
 }

@@ -15,6 +15,7 @@
 #include "tests/component/control_under_test.hpp"
 #include "tests/component/member_call.hpp"
 #include "tests/component/module_under_test.hpp"
+#include "tests/support/hresult.hpp"
 
 namespace paylodge::test {
 namespace {
@@ -90,8 +91,8 @@ class Lifetime : public ::testing::Test {
         const ModuleUnderTest module;
         const auto paylodge = module.CreatePaylodge();
         EXPECT_EQ("null", CallSlot(*paylodge.Get(), FindMember("ItemData", Kind::kGet)).results);
-        EXPECT_EQ(S_OK, CallInvoke(*paylodge.Get(), FindMember("ItemData", Kind::kPut)).result);
-        EXPECT_EQ(E_FAIL, CallSlot(*paylodge.Get(), FindMember("ProcessLHRequest")).result);
+        EXPECT_HRESULT(S_OK, CallInvoke(*paylodge.Get(), FindMember("ItemData", Kind::kPut)).result);
+        EXPECT_HRESULT(E_FAIL, CallSlot(*paylodge.Get(), FindMember("ProcessLHRequest")).result);
     }
 
     // More than there are thread-local indexes in a process.
@@ -169,21 +170,21 @@ TEST_F(Lifetime, ModuleIsHeldWhileAnObjectReleasesItsSite) {
     LastWord site;
     site.on_last_release = [&] {
         ++last_words;
-        EXPECT_EQ(S_FALSE, module.CanUnloadNow());
+        EXPECT_HRESULT(S_FALSE, module.CanUnloadNow());
         ComPtr<IDispatch> dispatch;
-        EXPECT_EQ(S_OK, object->QueryInterface(IID_IDispatch, dispatch.ReceiveVoid()));
+        EXPECT_HRESULT(S_OK, object->QueryInterface(IID_IDispatch, dispatch.ReceiveVoid()));
         UINT count = 0;
-        EXPECT_EQ(S_OK, dispatch->GetTypeInfoCount(&count));
+        EXPECT_HRESULT(S_OK, dispatch->GetTypeInfoCount(&count));
         EXPECT_EQ(1U, count);
     };
     ComPtr<IObjectWithSite> with_site;
-    ASSERT_EQ(S_OK, paylodge.As(with_site));
-    EXPECT_EQ(S_OK, with_site->SetSite(&site));
+    ASSERT_HRESULT(S_OK, paylodge.As(with_site));
+    EXPECT_HRESULT(S_OK, with_site->SetSite(&site));
     with_site.Reset();
     EXPECT_EQ(0, last_words);
     EXPECT_EQ(0U, paylodge.Detach()->Release());
     EXPECT_EQ(1, last_words);
-    EXPECT_EQ(S_OK, module.CanUnloadNow());
+    EXPECT_HRESULT(S_OK, module.CanUnloadNow());
 }
 
 TEST_F(Lifetime, ModuleIsHeldWhileAControlReleasesItsSite) {
@@ -194,13 +195,13 @@ TEST_F(Lifetime, ModuleIsHeldWhileAControlReleasesItsSite) {
     LastWord site;
     site.on_last_release = [&] {
         ++last_words;
-        EXPECT_EQ(S_FALSE, module.CanUnloadNow());
-        EXPECT_EQ(S_OK, object->SubscribeToNotifications());
-        EXPECT_EQ(S_OK, object->UnSubscribeFromNotifications());
+        EXPECT_HRESULT(S_FALSE, module.CanUnloadNow());
+        EXPECT_HRESULT(S_OK, object->SubscribeToNotifications());
+        EXPECT_HRESULT(S_OK, object->UnSubscribeFromNotifications());
     };
     ComPtr<IObjectWithSite> with_site;
-    ASSERT_EQ(S_OK, control.As(with_site));
-    EXPECT_EQ(S_OK, with_site->SetSite(&site));
+    ASSERT_HRESULT(S_OK, control.As(with_site));
+    EXPECT_HRESULT(S_OK, with_site->SetSite(&site));
     with_site.Reset();
     EXPECT_EQ(0U, control.Detach()->Release());
     EXPECT_EQ(1, last_words);
@@ -234,7 +235,7 @@ TEST_F(Lifetime, ExceptionsWorkBesideTheRunTimeLibraryOfAnotherModule) {
     ASSERT_TRUE(other);
     const ModuleUnderTest module;
     const auto paylodge = module.CreatePaylodge();
-    EXPECT_EQ(E_FAIL, CallSlot(*paylodge.Get(), FindMember("ProcessLHRequest")).result)
+    EXPECT_HRESULT(E_FAIL, CallSlot(*paylodge.Get(), FindMember("ProcessLHRequest")).result)
         << "a COM error was caught inside";
 }
 
@@ -244,7 +245,7 @@ TEST_F(Lifetime, NoLibraryOfTheHostIsFreedWithTheModule) {
     ASSERT_EQ(nullptr, ::GetModuleHandleW(L"Oskerin.dll"));
     {
         const ModuleUnderTest module;
-        EXPECT_EQ(S_OK, CreateControl(module)->ConnectDevice());
+        EXPECT_HRESULT(S_OK, CreateControl(module)->ConnectDevice());
         EXPECT_NE(nullptr, ::GetModuleHandleW(L"Oskerin.dll"));
     }
     EXPECT_NE(nullptr, ::GetModuleHandleW(L"Oskerin.dll"));
@@ -260,9 +261,9 @@ TEST_F(Lifetime, EveryMemberLeavesTheModuleUnloadable) {
         static_cast<void>(CallSlot(*paylodge.Get(), member));
         EXPECT_EQ(2U, paylodge->AddRef()) << NameOf(member);
         EXPECT_EQ(1U, paylodge->Release());
-        EXPECT_EQ(S_FALSE, module.CanUnloadNow());
+        EXPECT_HRESULT(S_FALSE, module.CanUnloadNow());
         paylodge.Reset();
-        EXPECT_EQ(S_OK, module.CanUnloadNow()) << NameOf(member);
+        EXPECT_HRESULT(S_OK, module.CanUnloadNow()) << NameOf(member);
         EXPECT_EQ(0, host.live_processors);
     }
 }

@@ -8,6 +8,8 @@
 
 #include "com/ansi_text.hpp"
 
+#include "tests/support/hresult.hpp"
+
 namespace paylodge::test {
 namespace {
 
@@ -94,8 +96,8 @@ class CallValues {
         pointers.push_back(&value);
     }
     VARIANT result{};
-    EXPECT_EQ(S_OK, ::DispCallFunc(&object, static_cast<ULONG_PTR>(slot) * sizeof(void*), CC_STDCALL, VT_I4,
-                                   static_cast<UINT>(values.size()), types.data(), pointers.data(), &result));
+    EXPECT_HRESULT(S_OK, ::DispCallFunc(&object, static_cast<ULONG_PTR>(slot) * sizeof(void*), CC_STDCALL, VT_I4,
+                                        static_cast<UINT>(values.size()), types.data(), pointers.data(), &result));
     return V_I4(&result);
 }
 
@@ -110,7 +112,7 @@ class CallValues {
     } else if (V_VT(&result) != VT_EMPTY) {
         shown = "type " + std::to_string(V_VT(&result));
     }
-    EXPECT_EQ(S_OK, ::VariantClear(&result));
+    EXPECT_HRESULT(S_OK, ::VariantClear(&result));
     return shown;
 }
 

@@ -9,6 +9,7 @@
 #include "tests/component/member_call.hpp"
 #include "tests/component/module_under_test.hpp"
 #include "tests/support/fake_site.hpp"
+#include "tests/support/hresult.hpp"
 
 namespace paylodge::test {
 namespace {
@@ -77,7 +78,7 @@ class SlotWithResult : public ComponentMember {};
 INSTANTIATE_TEST_SUITE_P(Members, SlotWithResult, ValuesIn(MembersThat(HasResult)), kNameOfMember);
 
 TEST_P(SlotWithResult, RefusesAMissingPlaceForIt) {
-    EXPECT_EQ(E_POINTER, CallSlotWithoutResult(*paylodge.Get(), GetParam()));
+    EXPECT_HRESULT(E_POINTER, CallSlotWithoutResult(*paylodge.Get(), GetParam()));
     EXPECT_THAT(host.calls, IsEmpty());
 }
 
@@ -94,12 +95,12 @@ INSTANTIATE_TEST_SUITE_P(Members, Invoked, ValuesIn(Members().begin(), Members()
 TEST_P(Invoked, AnswersAsItsSlotDoes) {
     const Outcome outcome = CallInvoke(*paylodge.Get(), GetParam());
     if (FAILED(GetParam().result)) {
-        EXPECT_EQ(DISP_E_EXCEPTION, outcome.result);
+        EXPECT_HRESULT(DISP_E_EXCEPTION, outcome.result);
         EXPECT_EQ(GetParam().result, outcome.exception);
     } else {
         // A page sees success and the result, whichever code of success it was.
-        EXPECT_EQ(S_OK, outcome.result);
-        EXPECT_EQ(S_OK, outcome.exception);
+        EXPECT_HRESULT(S_OK, outcome.result);
+        EXPECT_HRESULT(S_OK, outcome.exception);
     }
     const std::string results = GetParam().results;
     EXPECT_EQ(results == "null" ? "\"\"" : results, outcome.results);
@@ -109,8 +110,8 @@ TEST_P(Invoked, AnswersAsItsSlotDoes) {
 TEST_P(Invoked, RefusesTheWrongKindOfCall) {
     DISPPARAMS none{};
     const WORD wrong = GetParam().kind == Kind::kMethod ? DISPATCH_PROPERTYPUT : DISPATCH_PROPERTYPUTREF;
-    EXPECT_EQ(DISP_E_MEMBERNOTFOUND,
-              paylodge->Invoke(GetParam().id, IID_NULL, LOCALE_USER_DEFAULT, wrong, &none, nullptr, nullptr, nullptr));
+    EXPECT_HRESULT(DISP_E_MEMBERNOTFOUND, paylodge->Invoke(GetParam().id, IID_NULL, LOCALE_USER_DEFAULT, wrong, &none,
+                                                           nullptr, nullptr, nullptr));
     EXPECT_THAT(host.calls, IsEmpty());
 }
 
@@ -131,7 +132,7 @@ TEST_P(Invoked, OnARefusedPageGivesAnEmptyResult) {
     const OnSite on_site(paylodge.Get(), site);
     const Outcome outcome = CallInvoke(*paylodge.Get(), GetParam());
     const HRESULT code = OnARefusedPage(GetParam());
-    EXPECT_EQ(FAILED(code) ? DISP_E_EXCEPTION : S_OK, outcome.result);
+    EXPECT_HRESULT(FAILED(code) ? DISP_E_EXCEPTION : S_OK, outcome.result);
     EXPECT_EQ(code, outcome.exception);
     EXPECT_EQ(EmptyResults(GetParam()), outcome.results);
     EXPECT_THAT(host.calls, IsEmpty());
@@ -146,8 +147,8 @@ INSTANTIATE_TEST_SUITE_P(Members, InvokedWithoutArguments, ValuesIn(MembersThat(
 
 TEST_P(InvokedWithoutArguments, IsRefused) {
     DISPPARAMS none{};
-    EXPECT_EQ(DISP_E_BADPARAMCOUNT, paylodge->Invoke(GetParam().id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD,
-                                                     &none, nullptr, nullptr, nullptr));
+    EXPECT_HRESULT(DISP_E_BADPARAMCOUNT, paylodge->Invoke(GetParam().id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD,
+                                                          &none, nullptr, nullptr, nullptr));
     EXPECT_THAT(host.calls, IsEmpty());
 }
 
@@ -162,17 +163,17 @@ class Property : public ComponentMember {
 INSTANTIATE_TEST_SUITE_P(Members, Property, ValuesIn(MembersThat(IsPut)), kNameOfMember);
 
 TEST_P(Property, PutByNameIsGotThroughTheSlot) {
-    EXPECT_EQ(S_OK, CallInvoke(*paylodge.Get(), GetParam()).result);
+    EXPECT_HRESULT(S_OK, CallInvoke(*paylodge.Get(), GetParam()).result);
     const Outcome got = CallSlot(*paylodge.Get(), Getter());
-    EXPECT_EQ(S_OK, got.result);
+    EXPECT_HRESULT(S_OK, got.result);
     EXPECT_EQ(Value(), got.results);
 }
 
 TEST_P(Property, PutThroughTheSlotIsGotByNameFromAnotherObject) {
-    EXPECT_EQ(S_OK, CallSlot(*paylodge.Get(), GetParam()).result);
+    EXPECT_HRESULT(S_OK, CallSlot(*paylodge.Get(), GetParam()).result);
     const auto other = module.CreatePaylodge();
     const Outcome got = CallInvoke(*other.Get(), Getter());
-    EXPECT_EQ(S_OK, got.result);
+    EXPECT_HRESULT(S_OK, got.result);
     EXPECT_EQ(Value(), got.results);
 }
 
@@ -191,8 +192,8 @@ TEST_P(Boolean, OfABatchIsItsLower16Bits) {
     constexpr std::wstring_view kResponse = L"<LHXML><LHXMLMsgsRs/></LHXML>";
     host.answers.push_back({.response = std::wstring(kResponse)});
     OwnedBstr result;
-    EXPECT_EQ(S_OK, CallThroughSlot(*paylodge.Get(), FindMember("CreateTxns").slot, MakeBstr(L"").Get(),
-                                    GetParam().word, result.Receive()));
+    EXPECT_HRESULT(S_OK, CallThroughSlot(*paylodge.Get(), FindMember("CreateTxns").slot, MakeBstr(L"").Get(),
+                                         GetParam().word, result.Receive()));
     EXPECT_EQ(GetParam().is_true ? kResponse : L"<LHXMLMsgsRs>\r\n</LHXMLMsgsRs>\r\n", View(result));
 }
 
@@ -200,8 +201,8 @@ TEST_P(Boolean, OfAnActivationIsItsLower16Bits) {
     host.answers.push_back({.response = L"<AccountQueryRs><AccountRet><ListID>1</ListID><EditSequence>2</EditSequence>"
                                         L"</AccountRet></AccountQueryRs>"});
     host.answers.push_back({.response = L"<AccountModRs statusCode='0'/>"});
-    EXPECT_EQ(S_OK, CallThroughSlot(*paylodge.Get(), FindMember("ActivateOrDeactivateAccount").slot,
-                                    MakeBstr(L"Tips").Get(), GetParam().word));
+    EXPECT_HRESULT(S_OK, CallThroughSlot(*paylodge.Get(), FindMember("ActivateOrDeactivateAccount").slot,
+                                         MakeBstr(L"Tips").Get(), GetParam().word));
     ASSERT_EQ(2U, host.requests.size());
     EXPECT_NE(std::wstring::npos,
               host.requests[1].find(GetParam().is_true ? L"<IsActive>true</IsActive>" : L"<IsActive>false</IsActive>"));

@@ -4,6 +4,8 @@
 
 #include "com/module.hpp"
 
+#include "tests/support/hresult.hpp"
+
 namespace paylodge::test {
 
 std::wstring ModulePath() {
@@ -19,7 +21,7 @@ ModuleUnderTest::ModuleUnderTest() {
 }
 
 ModuleUnderTest::~ModuleUnderTest() {
-    EXPECT_EQ(S_OK, CanUnloadNow());
+    EXPECT_HRESULT(S_OK, CanUnloadNow());
     ::FreeLibrary(handle_);
     EXPECT_EQ(nullptr, ::GetModuleHandleW(L"Paylodge.dll"));
 }
@@ -33,9 +35,9 @@ HRESULT ModuleUnderTest::CanUnloadNow() const { return Export<HRESULT STDAPICALL
 
 ComPtr<IPaylodge8> ModuleUnderTest::CreatePaylodge() const {
     ComPtr<IClassFactory> factory;
-    EXPECT_EQ(S_OK, GetClassObject(CLSID_Paylodge, IID_IClassFactory, factory.ReceiveVoid()));
+    EXPECT_HRESULT(S_OK, GetClassObject(CLSID_Paylodge, IID_IClassFactory, factory.ReceiveVoid()));
     ComPtr<IPaylodge8> object;
-    EXPECT_EQ(S_OK, factory->CreateInstance(nullptr, IID_IPaylodge8, object.ReceiveVoid()));
+    EXPECT_HRESULT(S_OK, factory->CreateInstance(nullptr, IID_IPaylodge8, object.ReceiveVoid()));
     return object;
 }
 

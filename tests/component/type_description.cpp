@@ -2,6 +2,7 @@
 
 #include "com/ansi_text.hpp"
 #include "tests/component/module_under_test.hpp"
+#include "tests/support/hresult.hpp"
 
 namespace paylodge::test {
 namespace {
@@ -39,7 +40,7 @@ namespace {
 [[nodiscard]] std::string DescribeArguments(ITypeInfo& type, const FUNCDESC& function) {
     BSTR names[32] = {};
     UINT count = 0;
-    EXPECT_EQ(S_OK, type.GetNames(function.memid, names, 32, &count));
+    EXPECT_HRESULT(S_OK, type.GetNames(function.memid, names, 32, &count));
     std::string text;
     for (SHORT index = 0; index < function.cParams; ++index) {
         const ELEMDESC& parameter = function.lprgelemdescParam[index];
@@ -59,25 +60,25 @@ namespace {
 
 ComPtr<ITypeLib> LoadModuleTypeLibrary() {
     ComPtr<ITypeLib> library;
-    EXPECT_EQ(S_OK, ::LoadTypeLibEx(ModulePath().c_str(), REGKIND_NONE, library.Receive()));
+    EXPECT_HRESULT(S_OK, ::LoadTypeLibEx(ModulePath().c_str(), REGKIND_NONE, library.Receive()));
     return library;
 }
 
 ComPtr<ITypeInfo> TypeOf(ITypeLib& library, REFGUID id) {
     ComPtr<ITypeInfo> type;
-    EXPECT_EQ(S_OK, library.GetTypeInfoOfGuid(id, type.Receive()));
+    EXPECT_HRESULT(S_OK, library.GetTypeInfoOfGuid(id, type.Receive()));
     return type;
 }
 
 std::string NameOfType(ITypeInfo& type) {
     OwnedBstr name;
-    EXPECT_EQ(S_OK, type.GetDocumentation(MEMBERID_NIL, name.Receive(), nullptr, nullptr, nullptr));
+    EXPECT_HRESULT(S_OK, type.GetDocumentation(MEMBERID_NIL, name.Receive(), nullptr, nullptr, nullptr));
     return AnsiFromBstr(name.Get());
 }
 
 TYPEATTR AttributesOf(ITypeInfo& type) {
     TYPEATTR* attributes = nullptr;
-    EXPECT_EQ(S_OK, type.GetTypeAttr(&attributes));
+    EXPECT_HRESULT(S_OK, type.GetTypeAttr(&attributes));
     const TYPEATTR copy = *attributes;
     type.ReleaseTypeAttr(attributes);
     return copy;
@@ -86,8 +87,8 @@ TYPEATTR AttributesOf(ITypeInfo& type) {
 ComPtr<ITypeInfo> Referenced(ITypeInfo& type, UINT implemented) {
     HREFTYPE reference = 0;
     ComPtr<ITypeInfo> result;
-    EXPECT_EQ(S_OK, type.GetRefTypeOfImplType(implemented, &reference));
-    EXPECT_EQ(S_OK, type.GetRefTypeInfo(reference, result.Receive()));
+    EXPECT_HRESULT(S_OK, type.GetRefTypeOfImplType(implemented, &reference));
+    EXPECT_HRESULT(S_OK, type.GetRefTypeInfo(reference, result.Receive()));
     return result;
 }
 
@@ -98,7 +99,7 @@ std::vector<std::string> ImplementedWith(ITypeInfo& coclass, INT flags) {
     const UINT count = AttributesOf(coclass).cImplTypes;
     for (UINT index = 0; index < count; ++index) {
         INT actual = 0;
-        EXPECT_EQ(S_OK, coclass.GetImplTypeFlags(index, &actual));
+        EXPECT_HRESULT(S_OK, coclass.GetImplTypeFlags(index, &actual));
         if (actual == flags) {
             names.push_back(NameOfType(*Referenced(coclass, index).Get()));
         }
@@ -108,10 +109,10 @@ std::vector<std::string> ImplementedWith(ITypeInfo& coclass, INT flags) {
 
 DescribedMember Describe(ITypeInfo& type, UINT index) {
     FUNCDESC* function = nullptr;
-    EXPECT_EQ(S_OK, type.GetFuncDesc(index, &function));
+    EXPECT_HRESULT(S_OK, type.GetFuncDesc(index, &function));
     OwnedBstr name;
     OwnedBstr help;
-    EXPECT_EQ(S_OK, type.GetDocumentation(function->memid, name.Receive(), help.Receive(), nullptr, nullptr));
+    EXPECT_HRESULT(S_OK, type.GetDocumentation(function->memid, name.Receive(), help.Receive(), nullptr, nullptr));
     DescribedMember described{AnsiFromBstr(name.Get()),
                               function->memid,
                               function->oVft / static_cast<int>(sizeof(void*)),

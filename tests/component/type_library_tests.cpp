@@ -10,6 +10,7 @@
 #include "tests/component/members.hpp"
 #include "tests/component/module_under_test.hpp"
 #include "tests/component/type_description.hpp"
+#include "tests/support/hresult.hpp"
 
 namespace paylodge::test {
 namespace {
@@ -28,23 +29,23 @@ class TypeLibrary : public ::testing::Test {
 
 TEST_F(TypeLibrary, HasItsIdVersionAndName) {
     TLIBATTR* attributes = nullptr;
-    ASSERT_EQ(S_OK, library->GetLibAttr(&attributes));
+    ASSERT_HRESULT(S_OK, library->GetLibAttr(&attributes));
     EXPECT_TRUE(IsEqualGUID(kLibraryId, attributes->guid));
     EXPECT_EQ(1, attributes->wMajorVerNum);
     EXPECT_EQ(0, attributes->wMinorVerNum);
     EXPECT_EQ(sizeof(void*) == 8 ? SYS_WIN64 : SYS_WIN32, attributes->syskind);
     library->ReleaseTLibAttr(attributes);
     OwnedBstr name;
-    ASSERT_EQ(S_OK, library->GetDocumentation(-1, name.Receive(), nullptr, nullptr, nullptr));
+    ASSERT_HRESULT(S_OK, library->GetDocumentation(-1, name.Receive(), nullptr, nullptr, nullptr));
     EXPECT_EQ(L"PAYLODGELib", View(name));
 }
 
 TEST_F(TypeLibrary, IsResourceNumberOne) {
     ComPtr<ITypeLib> numbered;
-    EXPECT_EQ(S_OK, ::LoadTypeLibEx((ModulePath() + L"\\1").c_str(), REGKIND_NONE, numbered.Receive()));
+    EXPECT_HRESULT(S_OK, ::LoadTypeLibEx((ModulePath() + L"\\1").c_str(), REGKIND_NONE, numbered.Receive()));
     ComPtr<ITypeLib> missing;
-    EXPECT_EQ(TYPE_E_CANTLOADLIBRARY,
-              ::LoadTypeLibEx((ModulePath() + L"\\2").c_str(), REGKIND_NONE, missing.Receive()));
+    EXPECT_HRESULT(TYPE_E_CANTLOADLIBRARY,
+                   ::LoadTypeLibEx((ModulePath() + L"\\2").c_str(), REGKIND_NONE, missing.Receive()));
 }
 
 TEST_F(TypeLibrary, NamesBothClasses) {
@@ -100,7 +101,7 @@ TEST_F(TypeLibraryNames, AreFoundInAnyLetterCase) {
         for (std::wstring text : {name, upper, lower}) {
             LPOLESTR names[] = {text.data()};
             DISPID id = DISPID_UNKNOWN;
-            EXPECT_EQ(S_OK, paylodge->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id)) << member.name;
+            EXPECT_HRESULT(S_OK, paylodge->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id)) << member.name;
             EXPECT_EQ(member.id, id) << member.name;
         }
     }
@@ -110,18 +111,18 @@ TEST_F(TypeLibraryNames, SlotBehindTheLastIsNotReachedByName) {
     std::wstring text = L"SetNotificationChannel";
     LPOLESTR names[] = {text.data()};
     DISPID id = 7;
-    EXPECT_EQ(DISP_E_UNKNOWNNAME, paylodge->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id));
+    EXPECT_HRESULT(DISP_E_UNKNOWNNAME, paylodge->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id));
     EXPECT_EQ(DISPID_UNKNOWN, id);
 }
 
 TEST_F(TypeLibraryNames, ObjectHandsOutTheTypeOfItsLatestInterface) {
     UINT count = 0;
-    EXPECT_EQ(S_OK, paylodge->GetTypeInfoCount(&count));
+    EXPECT_HRESULT(S_OK, paylodge->GetTypeInfoCount(&count));
     EXPECT_EQ(1U, count);
     ComPtr<ITypeInfo> type;
-    ASSERT_EQ(S_OK, paylodge->GetTypeInfo(0, LOCALE_USER_DEFAULT, type.Receive()));
+    ASSERT_HRESULT(S_OK, paylodge->GetTypeInfo(0, LOCALE_USER_DEFAULT, type.Receive()));
     EXPECT_TRUE(IsEqualIID(InterfaceIds().back(), AttributesOf(*type.Get()).guid));
-    EXPECT_EQ(DISP_E_BADINDEX, paylodge->GetTypeInfo(1, LOCALE_USER_DEFAULT, ComPtr<ITypeInfo>().Receive()));
+    EXPECT_HRESULT(DISP_E_BADINDEX, paylodge->GetTypeInfo(1, LOCALE_USER_DEFAULT, ComPtr<ITypeInfo>().Receive()));
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include "com/com_ptr.hpp"
 #include "com/owner.hpp"
 #include "paylodge.h"
+#include "tests/support/hresult.hpp"
 
 namespace paylodge::test {
 
@@ -19,22 +20,22 @@ class Component {
     Component() : library_(::LoadLibraryW(FileName().c_str())) {
         ComPtr<IClassFactory> factory;
         const auto get_class_object = Function<decltype(DllGetClassObject)>("DllGetClassObject");
-        EXPECT_EQ(S_OK, get_class_object(CLSID_PaylodgeCtrl, IID_IClassFactory, factory.ReceiveVoid()));
-        EXPECT_EQ(S_OK, ::CoRegisterClassObject(CLSID_PaylodgeCtrl, factory.Get(), CLSCTX_INPROC_SERVER,
-                                                REGCLS_MULTIPLEUSE, &registration_));
+        EXPECT_HRESULT(S_OK, get_class_object(CLSID_PaylodgeCtrl, IID_IClassFactory, factory.ReceiveVoid()));
+        EXPECT_HRESULT(S_OK, ::CoRegisterClassObject(CLSID_PaylodgeCtrl, factory.Get(), CLSCTX_INPROC_SERVER,
+                                                     REGCLS_MULTIPLEUSE, &registration_));
     }
     // Nothing of the component may be left alive.
     ~Component() {
-        EXPECT_EQ(S_OK, ::CoRevokeClassObject(registration_));
-        EXPECT_EQ(S_OK, Function<decltype(DllCanUnloadNow)>("DllCanUnloadNow")());
+        EXPECT_HRESULT(S_OK, ::CoRevokeClassObject(registration_));
+        EXPECT_HRESULT(S_OK, Function<decltype(DllCanUnloadNow)>("DllCanUnloadNow")());
     }
     Component(const Component&) = delete;
     Component& operator=(const Component&) = delete;
 
     [[nodiscard]] static ComPtr<IOleObject> NewControl() {
         ComPtr<IOleObject> control;
-        EXPECT_EQ(S_OK, ::CoCreateInstance(CLSID_PaylodgeCtrl, nullptr, CLSCTX_INPROC_SERVER, IID_IOleObject,
-                                           control.ReceiveVoid()));
+        EXPECT_HRESULT(S_OK, ::CoCreateInstance(CLSID_PaylodgeCtrl, nullptr, CLSCTX_INPROC_SERVER, IID_IOleObject,
+                                                control.ReceiveVoid()));
         return control;
     }
 

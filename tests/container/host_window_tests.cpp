@@ -10,6 +10,7 @@
 
 #include "tests/container/component.hpp"
 #include "tests/container/picture.hpp"
+#include "tests/support/hresult.hpp"
 
 namespace paylodge::test {
 namespace {
@@ -47,14 +48,14 @@ class HostWindow : public ::testing::Test {
     [[nodiscard]] static ComPtr<IOleObject> ControlOf(HWND host) {
         ComPtr<IUnknown> unknown;
         ComPtr<IOleObject> control;
-        EXPECT_EQ(S_OK, Function<HRESULT WINAPI(HWND, IUnknown**)>("AtlAxGetControl")(host, unknown.Receive()));
-        EXPECT_EQ(S_OK, unknown.As(control));
+        EXPECT_HRESULT(S_OK, Function<HRESULT WINAPI(HWND, IUnknown**)>("AtlAxGetControl")(host, unknown.Receive()));
+        EXPECT_HRESULT(S_OK, unknown.As(control));
         return control;
     }
     [[nodiscard]] static HWND WindowOf(const ComPtr<IOleObject>& control) {
         ComPtr<IOleInPlaceObject> in_place;
         HWND window = nullptr;
-        EXPECT_EQ(S_OK, control.As(in_place));
+        EXPECT_HRESULT(S_OK, control.As(in_place));
         static_cast<void>(in_place->GetWindow(&window));
         return window;
     }
@@ -96,13 +97,13 @@ TEST_F(HostWindow, DeactivatesAndShowsTheControlAgain) {
     const HWND host = NewHost(0, 0);
     const auto control = ControlOf(host);
     ComPtr<IOleInPlaceObject> in_place;
-    ASSERT_EQ(S_OK, control.As(in_place));
-    EXPECT_EQ(S_OK, in_place->InPlaceDeactivate());
+    ASSERT_HRESULT(S_OK, control.As(in_place));
+    EXPECT_HRESULT(S_OK, in_place->InPlaceDeactivate());
     EXPECT_EQ(nullptr, WindowOf(control));
     ComPtr<IOleClientSite> site;
-    EXPECT_EQ(S_OK, control->GetClientSite(site.Receive()));
+    EXPECT_HRESULT(S_OK, control->GetClientSite(site.Receive()));
     ASSERT_TRUE(site);
-    EXPECT_EQ(S_OK, control->DoVerb(OLEIVERB_SHOW, nullptr, site.Get(), 0, host, nullptr));
+    EXPECT_HRESULT(S_OK, control->DoVerb(OLEIVERB_SHOW, nullptr, site.Get(), 0, host, nullptr));
     EXPECT_NE(nullptr, WindowOf(control));
     site.Reset();
     ::DestroyWindow(host);
@@ -114,7 +115,7 @@ TEST_F(HostWindow, AControlMayOutliveItsHost) {
     ::DestroyWindow(host);
     EXPECT_EQ(nullptr, WindowOf(control));
     ComPtr<IDispatch> dispatch;
-    EXPECT_EQ(S_OK, control.As(dispatch));
+    EXPECT_HRESULT(S_OK, control.As(dispatch));
 }
 
 TEST_F(HostWindow, TwoControlsAreDestroyedInAnyOrder) {

@@ -6,6 +6,7 @@
 #include "com/bstr.hpp"
 #include "tests/container/component.hpp"
 #include "tests/support/drawing_surface.hpp"
+#include "tests/support/hresult.hpp"
 #include "tests/support/recording_container.hpp"
 
 namespace paylodge::test {
@@ -28,7 +29,7 @@ class ControlInContainer : public ::testing::Test {
     template <class Interface>
     [[nodiscard]] ComPtr<Interface> Control() {
         ComPtr<Interface> result;
-        EXPECT_EQ(S_OK, control_.As(result));
+        EXPECT_HRESULT(S_OK, control_.As(result));
         return result;
     }
 
@@ -43,34 +44,34 @@ class ControlInContainer : public ::testing::Test {
 // The order of calls in which containers take a control in and let it go.
 TEST_F(ControlInContainer, LivesAWholeLife) {
     DWORD misc_status = 0;
-    EXPECT_EQ(S_OK, control_->GetMiscStatus(DVASPECT_CONTENT, &misc_status));
+    EXPECT_HRESULT(S_OK, control_->GetMiscStatus(DVASPECT_CONTENT, &misc_status));
     EXPECT_EQ(131473u, misc_status);
-    EXPECT_EQ(S_OK, control_->SetClientSite(site_.Get()));
-    EXPECT_EQ(S_OK, Control<IPersistStreamInit>()->InitNew());
+    EXPECT_HRESULT(S_OK, control_->SetClientSite(site_.Get()));
+    EXPECT_HRESULT(S_OK, Control<IPersistStreamInit>()->InitNew());
     DWORD cookie = 0;
-    EXPECT_EQ(S_OK, control_->Advise(site_.Get(), &cookie));
-    EXPECT_EQ(S_OK, Control<IViewObjectEx>()->SetAdvise(DVASPECT_CONTENT, 0, site_.Get()));
+    EXPECT_HRESULT(S_OK, control_->Advise(site_.Get(), &cookie));
+    EXPECT_HRESULT(S_OK, Control<IViewObjectEx>()->SetAdvise(DVASPECT_CONTENT, 0, site_.Get()));
     SIZEL extent{2540, 1270};
-    EXPECT_EQ(S_OK, control_->SetExtent(DVASPECT_CONTENT, &extent));
+    EXPECT_HRESULT(S_OK, control_->SetExtent(DVASPECT_CONTENT, &extent));
     EXPECT_EQ("OnViewChange(1,-1)", record_.Take());
 
-    EXPECT_EQ(S_OK, control_->DoVerb(OLEIVERB_INPLACEACTIVATE, nullptr, site_.Get(), 0, site_->parent, nullptr));
+    EXPECT_HRESULT(S_OK, control_->DoVerb(OLEIVERB_INPLACEACTIVATE, nullptr, site_.Get(), 0, site_->parent, nullptr));
     EXPECT_EQ("CanInPlaceActivate OnInPlaceActivate GetWindowContext ShowObject", record_.Take());
     HWND window = nullptr;
-    EXPECT_EQ(S_OK, Control<IOleInPlaceObject>()->GetWindow(&window));
+    EXPECT_HRESULT(S_OK, Control<IOleInPlaceObject>()->GetWindow(&window));
     EXPECT_TRUE(::IsWindowVisible(window));
     const RECT place{0, 0, 50, 40};
-    EXPECT_EQ(S_OK, Control<IOleInPlaceObject>()->SetObjectRects(&place, &place));
+    EXPECT_HRESULT(S_OK, Control<IOleInPlaceObject>()->SetObjectRects(&place, &place));
     RECT client{};
     ::GetClientRect(window, &client);
     EXPECT_TRUE(::EqualRect(&place, &client));
 
-    EXPECT_EQ(S_OK, Control<IOleInPlaceObject>()->InPlaceDeactivate());
+    EXPECT_HRESULT(S_OK, Control<IOleInPlaceObject>()->InPlaceDeactivate());
     EXPECT_FALSE(::IsWindow(window));
-    EXPECT_EQ(S_OK, control_->Close(OLECLOSE_NOSAVE));
+    EXPECT_HRESULT(S_OK, control_->Close(OLECLOSE_NOSAVE));
     EXPECT_EQ("OnInPlaceDeactivate OnClose", record_.Take());
-    EXPECT_EQ(S_OK, Control<IViewObjectEx>()->SetAdvise(DVASPECT_CONTENT, 0, nullptr));
-    EXPECT_EQ(S_OK, control_->SetClientSite(nullptr));
+    EXPECT_HRESULT(S_OK, Control<IViewObjectEx>()->SetAdvise(DVASPECT_CONTENT, 0, nullptr));
+    EXPECT_HRESULT(S_OK, control_->SetClientSite(nullptr));
 }
 
 TEST_F(ControlInContainer, ConnectsQuicklyAndRaisesItsEvents) {
@@ -82,24 +83,24 @@ TEST_F(ControlInContainer, ConnectsQuicklyAndRaisesItsEvents) {
     container.pUnkEventSink = sink.Get();
     QACONTROL result{};
     result.cbSize = sizeof result;
-    ASSERT_EQ(S_OK, Control<IQuickActivate>()->QuickActivate(&container, &result));
+    ASSERT_HRESULT(S_OK, Control<IQuickActivate>()->QuickActivate(&container, &result));
     EXPECT_EQ(131473u, result.dwMiscStatus);
     EXPECT_NE(0u, result.dwEventCookie);
 
     const auto interfaces = Control<IPaylodgeCtrl10>();
-    EXPECT_EQ(S_OK, interfaces->SubscribeToNotifications());
-    EXPECT_EQ(S_OK, interfaces->SetReconFeeData(MakeBstr(L"fees").Get()));
+    EXPECT_HRESULT(S_OK, interfaces->SubscribeToNotifications());
+    EXPECT_HRESULT(S_OK, interfaces->SetReconFeeData(MakeBstr(L"fees").Get()));
     EXPECT_EQ("event3", record_.Take());
     EXPECT_EQ(std::vector<std::wstring>{L"fees"}, sink->arguments);
     EXPECT_TRUE(sink->is_call_as_documented);
-    EXPECT_EQ(S_OK, interfaces->UnSubscribeFromNotifications());
+    EXPECT_HRESULT(S_OK, interfaces->UnSubscribeFromNotifications());
 }
 
 TEST_F(ControlInContainer, DrawsWithoutAWindow) {
     DrawingSurface surface(200, 100);
     const RECTL bounds{20, 10, 180, 90};
-    EXPECT_EQ(S_OK, Control<IViewObjectEx>()->Draw(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, surface.Dc(),
-                                                   &bounds, nullptr, nullptr, 0));
+    EXPECT_HRESULT(S_OK, Control<IViewObjectEx>()->Draw(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, surface.Dc(),
+                                                        &bounds, nullptr, nullptr, 0));
     const RECT drawn =
         surface.Around(surface.All(), [](COLORREF pixel) { return pixel != DrawingSurface::kUntouched; });
     EXPECT_EQ(20, drawn.left);
@@ -114,20 +115,20 @@ TEST_F(ControlInContainer, DrawsWithoutAWindow) {
 TEST_F(ControlInContainer, NamesItsClassAndEvents) {
     const auto info = Control<IProvideClassInfo2>();
     GUID id{};
-    EXPECT_EQ(S_OK, info->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, &id));
+    EXPECT_HRESULT(S_OK, info->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, &id));
     EXPECT_TRUE(IsEqualGUID(DIID__IPaylodgeCtrlEvents, id));
-    EXPECT_EQ(S_OK, Control<IPersistStreamInit>()->GetClassID(&id));
+    EXPECT_HRESULT(S_OK, Control<IPersistStreamInit>()->GetClassID(&id));
     EXPECT_TRUE(IsEqualGUID(CLSID_PaylodgeCtrl, id));
     ComPtr<ITypeInfo> type;
-    ASSERT_EQ(S_OK, info->GetClassInfo(type.Receive()));
+    ASSERT_HRESULT(S_OK, info->GetClassInfo(type.Receive()));
     OwnedBstr name;
-    EXPECT_EQ(S_OK, type->GetDocumentation(MEMBERID_NIL, name.Receive(), nullptr, nullptr, nullptr));
+    EXPECT_HRESULT(S_OK, type->GetDocumentation(MEMBERID_NIL, name.Receive(), nullptr, nullptr, nullptr));
     EXPECT_EQ(L"PaylodgeCtrl", View(name));
 }
 
 TEST_F(ControlInContainer, ReleasedWhileActiveLeavesNothingBehind) {
-    EXPECT_EQ(S_OK, control_->SetClientSite(site_.Get()));
-    EXPECT_EQ(S_OK, control_->DoVerb(OLEIVERB_SHOW, nullptr, nullptr, 0, nullptr, nullptr));
+    EXPECT_HRESULT(S_OK, control_->SetClientSite(site_.Get()));
+    EXPECT_HRESULT(S_OK, control_->DoVerb(OLEIVERB_SHOW, nullptr, nullptr, 0, nullptr, nullptr));
     EXPECT_NE(nullptr, ::GetWindow(desktop_window_, GW_CHILD));
 }
 

@@ -6,6 +6,8 @@
 
 #include "com/object_root.hpp"
 
+#include "tests/support/hresult.hpp"
+
 namespace paylodge::test {
 namespace {
 
@@ -40,14 +42,14 @@ class DocumentWatch::ClassObject : public IClassFactory {
 
 DocumentWatch::DocumentWatch() {
     ComPtr<IClassFactory> original;
-    EXPECT_EQ(S_OK, ::CoGetClassObject(kDomDocument60, CLSCTX_INPROC_SERVER, nullptr, IID_IClassFactory,
-                                       original.ReceiveVoid()));
+    EXPECT_HRESULT(S_OK, ::CoGetClassObject(kDomDocument60, CLSCTX_INPROC_SERVER, nullptr, IID_IClassFactory,
+                                            original.ReceiveVoid()));
     class_object_ = ComPtr<IClassFactory>(ComObject<ClassObject>::Create(*this, original).Get());
-    EXPECT_EQ(S_OK, ::CoRegisterClassObject(kDomDocument60, class_object_.Get(), CLSCTX_INPROC_SERVER,
-                                            REGCLS_MULTIPLEUSE, &registration_));
+    EXPECT_HRESULT(S_OK, ::CoRegisterClassObject(kDomDocument60, class_object_.Get(), CLSCTX_INPROC_SERVER,
+                                                 REGCLS_MULTIPLEUSE, &registration_));
 }
 
-DocumentWatch::~DocumentWatch() { EXPECT_EQ(S_OK, ::CoRevokeClassObject(registration_)); }
+DocumentWatch::~DocumentWatch() { EXPECT_HRESULT(S_OK, ::CoRevokeClassObject(registration_)); }
 
 std::vector<ULONG> DocumentWatch::References() const {
     std::vector<ULONG> references;

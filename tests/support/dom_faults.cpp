@@ -10,6 +10,8 @@
 #include "com/bstr.hpp"
 #include "com/com_ptr.hpp"
 
+#include "tests/support/hresult.hpp"
+
 namespace paylodge::test {
 namespace {
 
@@ -74,11 +76,11 @@ void HookTable(void* object) {
 // A document with a node of each kind that responses and batches have.
 [[nodiscard]] ComPtr<IXMLDOMDocument2> Sample() {
     ComPtr<IXMLDOMDocument2> document;
-    EXPECT_EQ(S_OK,
-              ::CoCreateInstance(kDomDocument60, nullptr, CLSCTX_INPROC_SERVER, kDocument2, document.ReceiveVoid()));
+    EXPECT_HRESULT(
+        S_OK, ::CoCreateInstance(kDomDocument60, nullptr, CLSCTX_INPROC_SERVER, kDocument2, document.ReceiveVoid()));
     VARIANT_BOOL is_loaded = VARIANT_FALSE;
-    EXPECT_EQ(S_OK,
-              document->loadXML(MakeBstr(L"<?xml version=\"1.0\"?><?p x?><!--c--><A>text</A>").Get(), &is_loaded));
+    EXPECT_HRESULT(S_OK,
+                   document->loadXML(MakeBstr(L"<?xml version=\"1.0\"?><?p x?><!--c--><A>text</A>").Get(), &is_loaded));
     EXPECT_EQ(VARIANT_TRUE, is_loaded);
     return document;
 }
@@ -89,7 +91,7 @@ DomFaults::DomFaults(int number_to_fail) {
     const auto document = Sample();
     std::vector<ComPtr<IXMLDOMNode>> nodes{ComPtr<IXMLDOMNode>(document.Get())};
     ComPtr<IXMLDOMNode> child;
-    EXPECT_EQ(S_OK, document->get_firstChild(child.Receive()));
+    EXPECT_HRESULT(S_OK, document->get_firstChild(child.Receive()));
     while (child) {
         nodes.push_back(child);
         ComPtr<IXMLDOMNode> next;
@@ -97,7 +99,7 @@ DomFaults::DomFaults(int number_to_fail) {
         child = std::move(next);
     }
     ComPtr<IXMLDOMNode> text;
-    EXPECT_EQ(S_OK, nodes.back()->get_firstChild(text.Receive()));
+    EXPECT_HRESULT(S_OK, nodes.back()->get_firstChild(text.Receive()));
     nodes.push_back(text);
     for (const auto& node : nodes) {
         HookTable(node.Get());

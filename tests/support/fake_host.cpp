@@ -6,6 +6,7 @@
 
 #include "com/ansi_text.hpp"
 #include "com/object_root.hpp"
+#include "tests/support/hresult.hpp"
 #include "tests/support/without_dispatch.hpp"
 
 namespace paylodge::test {
@@ -126,11 +127,11 @@ FakeHost::FakeHost(DWORD context) {
     // For this context and no other.
     const HRESULT result = ::CoRegisterClassObject(kHostObjectBrokerClass, class_object_.Get(), context,
                                                    REGCLS_MULTI_SEPARATE, &registration_);
-    EXPECT_EQ(S_OK, result);
+    EXPECT_HRESULT(S_OK, result);
 }
 
 FakeHost::~FakeHost() {
-    EXPECT_EQ(S_OK, ::CoRevokeClassObject(registration_));
+    EXPECT_HRESULT(S_OK, ::CoRevokeClassObject(registration_));
     EXPECT_EQ(0, live_processors);
 }
 

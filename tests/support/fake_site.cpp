@@ -9,6 +9,7 @@
 #include "com/ansi_text.hpp"
 #include "com/bstr.hpp"
 #include "tests/support/empty_web_browser.hpp"
+#include "tests/support/hresult.hpp"
 
 namespace paylodge::test {
 namespace {
@@ -121,10 +122,10 @@ FakeSite::~FakeSite() { EXPECT_EQ(0, references); }
 IUnknown* FakeSite::Get() noexcept { return &parts_->site; }
 
 OnSite::OnSite(IUnknown* object, FakeSite& site) {
-    EXPECT_EQ(S_OK, object->QueryInterface(__uuidof(IObjectWithSite), object_.ReceiveVoid()));
-    EXPECT_EQ(S_OK, object_->SetSite(site.Get()));
+    EXPECT_HRESULT(S_OK, object->QueryInterface(__uuidof(IObjectWithSite), object_.ReceiveVoid()));
+    EXPECT_HRESULT(S_OK, object_->SetSite(site.Get()));
 }
 
-OnSite::~OnSite() { EXPECT_EQ(S_OK, object_->SetSite(nullptr)); }
+OnSite::~OnSite() { EXPECT_HRESULT(S_OK, object_->SetSite(nullptr)); }
 
 }  // namespace paylodge::test

@@ -5,6 +5,8 @@
 #include "com/ansi_text.hpp"
 #include "com/object_root.hpp"
 
+#include "tests/support/hresult.hpp"
+
 namespace paylodge::test {
 namespace {
 
@@ -15,7 +17,7 @@ namespace {
 }
 
 // Variants are copied by functions that ask for a source that may change.
-void CopyVariant(VARIANT* to, VARIANT from) { EXPECT_EQ(S_OK, ::VariantCopy(to, &from)); }
+void CopyVariant(VARIANT* to, VARIANT from) { EXPECT_HRESULT(S_OK, ::VariantCopy(to, &from)); }
 
 // An object of the host that is called through its slots only.
 template <class Interface>
@@ -308,12 +310,12 @@ struct FakeStorageHost::Parts {
 FakeStorageHost::FakeStorageHost() : parts_(std::make_unique<Parts>(*this)) {
     class_object_ =
         ComPtr<IClassFactory>::Attach(ComObject<LocatorClassObject>::Create(*this, parts_->application).Detach());
-    EXPECT_EQ(S_OK, ::CoRegisterClassObject(kHostApplicationLocatorClass, class_object_.Get(), CLSCTX_INPROC_SERVER,
-                                            REGCLS_MULTIPLEUSE, &registration_));
+    EXPECT_HRESULT(S_OK, ::CoRegisterClassObject(kHostApplicationLocatorClass, class_object_.Get(),
+                                                 CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &registration_));
 }
 
 FakeStorageHost::~FakeStorageHost() {
-    EXPECT_EQ(S_OK, ::CoRevokeClassObject(registration_));
+    EXPECT_HRESULT(S_OK, ::CoRevokeClassObject(registration_));
     EXPECT_EQ(0, live_objects);
 }
 

@@ -5,6 +5,8 @@
 
 #include "com/object_root.hpp"
 
+#include "tests/support/hresult.hpp"
+
 namespace paylodge::test {
 
 // Sees every block of the task allocator; `is_counted` is false for blocks that are older than the spy.
@@ -46,12 +48,12 @@ class LiveAllocations::Spy : public IMallocSpy {
 
 LiveAllocations::LiveAllocations() {
     spy_ = ComPtr<IMallocSpy>(ComObject<Spy>::Create(count_).Get());
-    EXPECT_EQ(S_OK, ::CoRegisterMallocSpy(spy_.Get()));
+    EXPECT_HRESULT(S_OK, ::CoRegisterMallocSpy(spy_.Get()));
     // Wine's allocator cannot free an older block before it has handed out a counted one.
     ::CoTaskMemFree(::CoTaskMemAlloc(1));
 }
 
-LiveAllocations::~LiveAllocations() { EXPECT_EQ(S_OK, ::CoRevokeMallocSpy()); }
+LiveAllocations::~LiveAllocations() { EXPECT_HRESULT(S_OK, ::CoRevokeMallocSpy()); }
 
 bool LiveAllocations::CanCountStrings() noexcept { return ::GetEnvironmentVariableW(L"OANOCACHE", nullptr, 0) != 0; }
 

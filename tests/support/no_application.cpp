@@ -5,6 +5,8 @@
 #include "com/object_root.hpp"
 #include "hostapi/application.hpp"
 
+#include "tests/support/hresult.hpp"
+
 namespace paylodge::test {
 namespace {
 
@@ -26,10 +28,10 @@ class MissingClassObject : public IClassFactory {
 }  // namespace
 
 NoApplication::NoApplication() : class_object_(ComObject<MissingClassObject>::Create().Get()) {
-    EXPECT_EQ(S_OK, ::CoRegisterClassObject(kHostApplicationLocatorClass, class_object_.Get(), CLSCTX_INPROC_SERVER,
-                                            REGCLS_MULTIPLEUSE, &registration_));
+    EXPECT_HRESULT(S_OK, ::CoRegisterClassObject(kHostApplicationLocatorClass, class_object_.Get(),
+                                                 CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &registration_));
 }
 
-NoApplication::~NoApplication() { EXPECT_EQ(S_OK, ::CoRevokeClassObject(registration_)); }
+NoApplication::~NoApplication() { EXPECT_HRESULT(S_OK, ::CoRevokeClassObject(registration_)); }
 
 }  // namespace paylodge::test

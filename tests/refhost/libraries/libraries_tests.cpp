@@ -7,6 +7,7 @@
 #include "com/bstr.hpp"
 #include "com/com_ptr.hpp"
 #include "tests/refhost/objects/host_server.hpp"
+#include "tests/support/hresult.hpp"
 
 namespace paylodge::refhost {
 namespace {
@@ -37,7 +38,7 @@ class Export {
 class Utilities : public ::testing::Test {
   protected:
     void SetUp() override {
-        ASSERT_EQ(::CoInitialize(nullptr), S_OK);
+        ASSERT_HRESULT(S_OK, ::CoInitialize(nullptr));
         ASSERT_NE(create_.Get(), nullptr);
     }
     void TearDown() override {
@@ -50,19 +51,19 @@ class Utilities : public ::testing::Test {
 
 TEST_F(Utilities, MakeADocumentThatLoadsText) {
     ComPtr<IXMLDOMDocument2> document;
-    ASSERT_EQ(create_.Get()(document.Receive()), S_OK);
+    ASSERT_HRESULT(S_OK, create_.Get()(document.Receive()));
     ASSERT_TRUE(document);
     VARIANT_BOOL is_loaded = VARIANT_FALSE;
-    EXPECT_EQ(document->loadXML(MakeBstr(L"<?lhxml version=\"7.0\" ?><A>x</A>").Get(), &is_loaded), S_OK);
+    EXPECT_HRESULT(S_OK, document->loadXML(MakeBstr(L"<?lhxml version=\"7.0\" ?><A>x</A>").Get(), &is_loaded));
     EXPECT_EQ(is_loaded, VARIANT_TRUE);
 }
 
-TEST_F(Utilities, NeedASlotForTheDocument) { EXPECT_EQ(create_.Get()(nullptr), E_POINTER); }
+TEST_F(Utilities, NeedASlotForTheDocument) { EXPECT_HRESULT(E_POINTER, create_.Get()(nullptr)); }
 
 TEST_F(Utilities, FailAsTheEnvironmentSays) {
     ::SetEnvironmentVariableA("LHUTILITIES_FAIL", "0x80004001");
     ComPtr<IXMLDOMDocument2> document;
-    EXPECT_EQ(create_.Get()(document.Receive()), E_NOTIMPL);
+    EXPECT_HRESULT(E_NOTIMPL, create_.Get()(document.Receive()));
     EXPECT_FALSE(document);
 }
 

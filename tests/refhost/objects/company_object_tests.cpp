@@ -9,6 +9,7 @@
 #include "refhost/objects/host_boundary.hpp"
 #include "refhost/objects/utf8.hpp"
 #include "tests/refhost/objects/host_server.hpp"
+#include "tests/support/hresult.hpp"
 
 namespace paylodge::refhost {
 namespace {
@@ -22,65 +23,64 @@ class DataFileRecords : public HostTest {
   protected:
     [[nodiscard]] ComPtr<IUnknown> Running() const {
         ComPtr<IUnknown> running;
-        EXPECT_EQ(host_.Create<IHostApplicationLocator>(kHostApplicationLocatorClass)
-                      ->GetRunningApplication(running.Receive()),
-                  S_OK);
+        EXPECT_HRESULT(S_OK, host_.Create<IHostApplicationLocator>(kHostApplicationLocatorClass)
+                                 ->GetRunningApplication(running.Receive()));
         return running;
     }
 
     template <class Interface>
     [[nodiscard]] ComPtr<Interface> Application() const {
         ComPtr<Interface> application;
-        EXPECT_EQ(Running().As(application), S_OK);
+        EXPECT_HRESULT(S_OK, Running().As(application));
         return application;
     }
 
     [[nodiscard]] ComPtr<IHostAddInGoodies> Goodies() const {
         ComPtr<IHostAddInGoodies> goodies;
-        EXPECT_EQ(Application<IHostApplication>()->GetAddInGoodies(goodies.Receive()), S_OK);
+        EXPECT_HRESULT(S_OK, Application<IHostApplication>()->GetAddInGoodies(goodies.Receive()));
         return goodies;
     }
 
     [[nodiscard]] ComPtr<IHostCompany> Attached() const {
         ComPtr<IHostCompany> company;
-        EXPECT_EQ(Goodies()->AttachToCurrentCompany(company.Receive()), S_OK);
+        EXPECT_HRESULT(S_OK, Goodies()->AttachToCurrentCompany(company.Receive()));
         return company;
     }
 
     [[nodiscard]] ComPtr<IHostDataFileRecords> Records(std::wstring_view category = L"Notes") const {
         ComPtr<IHostDataFileRecords> records;
-        EXPECT_EQ(Attached()->GetDataFileRecords(MakeBstr(category).Get(), records.Receive()), S_OK);
+        EXPECT_HRESULT(S_OK, Attached()->GetDataFileRecords(MakeBstr(category).Get(), records.Receive()));
         return records;
     }
 
     [[nodiscard]] bool Exists(LONG number, std::wstring_view category = L"Notes") const {
         VARIANT_BOOL exists = 7;
-        EXPECT_EQ(Records(category)->Exists(number, &exists), S_OK);
+        EXPECT_HRESULT(S_OK, Records(category)->Exists(number, &exists));
         EXPECT_TRUE(exists == VARIANT_TRUE || exists == VARIANT_FALSE);
         return exists == VARIANT_TRUE;
     }
 
     [[nodiscard]] ComPtr<IHostDataFileRecord> Added(LONG number, std::wstring_view category = L"Notes") const {
         ComPtr<IHostDataFileRecord> record;
-        EXPECT_EQ(Records(category)->Add(number, record.Receive()), S_OK);
+        EXPECT_HRESULT(S_OK, Records(category)->Add(number, record.Receive()));
         return record;
     }
 
     [[nodiscard]] ComPtr<IHostDataFileRecord> Item(LONG number, std::wstring_view category = L"Notes") const {
         ComPtr<IHostDataFileRecord> record;
-        EXPECT_EQ(Records(category)->Item(number, record.Receive()), S_OK);
+        EXPECT_HRESULT(S_OK, Records(category)->Item(number, record.Receive()));
         return record;
     }
 
     [[nodiscard]] static ComPtr<IHostPropertyBag> Bag(const ComPtr<IHostDataFileRecord>& record) {
         ComPtr<IHostPropertyBag> bag;
-        EXPECT_EQ(record->GetPropertyBag(bag.Receive()), S_OK);
+        EXPECT_HRESULT(S_OK, record->GetPropertyBag(bag.Receive()));
         return bag;
     }
 
     [[nodiscard]] static bool Lock(const ComPtr<IHostDataFileRecord>& record) {
         VARIANT_BOOL is_locked = 7;
-        EXPECT_EQ(record->Lock(&is_locked), S_OK);
+        EXPECT_HRESULT(S_OK, record->Lock(&is_locked));
         EXPECT_TRUE(is_locked == VARIANT_TRUE || is_locked == VARIANT_FALSE);
         return is_locked == VARIANT_TRUE;
     }
@@ -94,7 +94,7 @@ class DataFileRecords : public HostTest {
     // The text of a string property; "(none)" for an empty value.
     [[nodiscard]] static std::wstring Read(const ComPtr<IHostDataFileRecord>& record, std::wstring_view name) {
         OwnedVariant value;
-        EXPECT_EQ(Bag(record)->Read(MakeBstr(name).Get(), value.Receive()), S_OK);
+        EXPECT_HRESULT(S_OK, Bag(record)->Read(MakeBstr(name).Get(), value.Receive()));
         return value.Type() == VT_EMPTY ? L"(none)" : std::wstring(View(value.Bstr()));
     }
 
@@ -102,18 +102,18 @@ class DataFileRecords : public HostTest {
     void Store(LONG number, std::wstring_view text) const {
         const auto record = Exists(number) ? Item(number) : Added(number);
         ASSERT_TRUE(Lock(record));
-        ASSERT_EQ(Write(record, L"Text", text), S_OK);
-        ASSERT_EQ(record->Save(), S_OK);
-        ASSERT_EQ(record->Unlock(), S_OK);
+        ASSERT_HRESULT(S_OK, Write(record, L"Text", text));
+        ASSERT_HRESULT(S_OK, record->Save());
+        ASSERT_HRESULT(S_OK, record->Unlock());
     }
 
     void Reopen() const {
-        ASSERT_EQ(control_->CloseCompanyFile(), S_OK);
-        ASSERT_EQ(control_->OpenCompanyFile(MakeBstr(sample_.Path()).Get()), S_OK);
+        ASSERT_HRESULT(S_OK, control_->CloseCompanyFile());
+        ASSERT_HRESULT(S_OK, control_->OpenCompanyFile(MakeBstr(sample_.Path()).Get()));
     }
 
     void Fail(std::wstring_view call) const {
-        ASSERT_EQ(control_->FailCall(MakeBstr(call).Get(), static_cast<DOUBLE>(kPlanned), 1), S_OK);
+        ASSERT_HRESULT(S_OK, control_->FailCall(MakeBstr(call).Get(), static_cast<DOUBLE>(kPlanned), 1));
     }
 };
 
@@ -129,10 +129,10 @@ TEST_F(DataFileRecords, AreThereOnceSaved) {
 TEST_F(DataFileRecords, StandReadablyInTheCompanysText) {
     const auto record = Added(3, L"Vexlor:Notes");
     ASSERT_TRUE(Lock(record));
-    ASSERT_EQ(Write(record, L"Text", L"a & b"), S_OK);
-    ASSERT_EQ(record->PutDataVersion(1), S_OK);
-    ASSERT_EQ(record->Save(), S_OK);
-    ASSERT_EQ(control_->CloseCompanyFile(), S_OK);
+    ASSERT_HRESULT(S_OK, Write(record, L"Text", L"a & b"));
+    ASSERT_HRESULT(S_OK, record->PutDataVersion(1));
+    ASSERT_HRESULT(S_OK, record->Save());
+    ASSERT_HRESULT(S_OK, control_->CloseCompanyFile());
     EXPECT_THAT(ExportText(*sample_.Open()), HasSubstr("<DataFileRecord>\n"
                                                        "      <Category>Vexlor:Notes</Category>\n"
                                                        "      <Number>3</Number>\n"
@@ -158,7 +158,7 @@ TEST_F(DataFileRecords, ThatWereAddedAndNotSavedGoWithTheOpenFile) {
 TEST_F(DataFileRecords, ThatWereAddedAreNotSavedWithOtherChanges) {
     const auto record = Added(1);
     ASSERT_TRUE(Lock(record));
-    ASSERT_EQ(Write(record, L"Text", L"never saved"), S_OK);
+    ASSERT_HRESULT(S_OK, Write(record, L"Text", L"never saved"));
     Store(2, L"second");
     EXPECT_TRUE(sample_.Bytes().find("never saved") == std::string::npos);
     Reopen();
@@ -176,10 +176,10 @@ TEST_F(DataFileRecords, AreKeptApartByCategoryAndNumber) {
 
 TEST_F(DataFileRecords, AreNeitherAddedTwiceNorFoundWithoutBeingThere) {
     ComPtr<IHostDataFileRecord> record;
-    EXPECT_EQ(Records()->Item(1, record.Receive()), kNoSuchRecord);
+    EXPECT_HRESULT(kNoSuchRecord, Records()->Item(1, record.Receive()));
     EXPECT_FALSE(record);
     const auto added = Added(1);
-    EXPECT_EQ(Records()->Add(1, record.Receive()), kRecordExists);
+    EXPECT_HRESULT(kRecordExists, Records()->Add(1, record.Receive()));
     EXPECT_FALSE(record);
 }
 
@@ -187,10 +187,10 @@ TEST_F(DataFileRecords, KeepWhatIsWrittenToThemselvesUntilSaved) {
     Store(1, L"old");
     const auto writer = Item(1);
     ASSERT_TRUE(Lock(writer));
-    ASSERT_EQ(Write(writer, L"Text", L"new"), S_OK);
+    ASSERT_HRESULT(S_OK, Write(writer, L"Text", L"new"));
     EXPECT_EQ(Read(writer, L"Text"), L"new");
     EXPECT_EQ(Read(Item(1), L"Text"), L"old");
-    ASSERT_EQ(writer->Save(), S_OK);
+    ASSERT_HRESULT(S_OK, writer->Save());
     EXPECT_EQ(Read(Item(1), L"Text"), L"new");
 }
 
@@ -206,11 +206,11 @@ TEST_F(DataFileRecords, ShowWhatOthersSavedBeforeTheLock) {
 TEST_F(DataFileRecords, LetNobodyChangeThemWithoutTheLock) {
     Store(1, L"old");
     const auto record = Item(1);
-    EXPECT_EQ(Write(record, L"Text", L"new"), kNotLocked);
-    EXPECT_EQ(record->PutDataVersion(1), kNotLocked);
-    EXPECT_EQ(record->Save(), kNotLocked);
-    EXPECT_EQ(record->Delete(), kNotLocked);
-    EXPECT_EQ(record->Unlock(), kNotLocked);
+    EXPECT_HRESULT(kNotLocked, Write(record, L"Text", L"new"));
+    EXPECT_HRESULT(kNotLocked, record->PutDataVersion(1));
+    EXPECT_HRESULT(kNotLocked, record->Save());
+    EXPECT_HRESULT(kNotLocked, record->Delete());
+    EXPECT_HRESULT(kNotLocked, record->Unlock());
     EXPECT_EQ(Read(Item(1), L"Text"), L"old");
 }
 
@@ -221,8 +221,8 @@ TEST_F(DataFileRecords, AreLockedByOneHolderAtATime) {
     EXPECT_TRUE(Lock(first));
     EXPECT_TRUE(Lock(first)) << "the holder may ask again";
     EXPECT_FALSE(Lock(second));
-    EXPECT_EQ(second->Unlock(), kNotLocked);
-    EXPECT_EQ(first->Unlock(), S_OK) << "once, however often it was locked";
+    EXPECT_HRESULT(kNotLocked, second->Unlock());
+    EXPECT_HRESULT(S_OK, first->Unlock()) << "once, however often it was locked";
     EXPECT_TRUE(Lock(second));
     EXPECT_FALSE(Lock(first));
 }
@@ -239,13 +239,13 @@ TEST_F(DataFileRecords, AreUnlockedWhenTheHolderGoes) {
 TEST_F(DataFileRecords, AreLockedByAnotherUser) {
     Store(1, L"old");
     const OwnedBstr category = MakeBstr(L"Notes");
-    EXPECT_EQ(control_->UnlockRecord(category.Get(), 1), kNotLocked);
-    EXPECT_EQ(control_->LockRecord(category.Get(), 1), S_OK);
+    EXPECT_HRESULT(kNotLocked, control_->UnlockRecord(category.Get(), 1));
+    EXPECT_HRESULT(S_OK, control_->LockRecord(category.Get(), 1));
     const auto record = Item(1);
     EXPECT_FALSE(Lock(record));
-    EXPECT_EQ(control_->UnlockRecord(category.Get(), 1), S_OK);
+    EXPECT_HRESULT(S_OK, control_->UnlockRecord(category.Get(), 1));
     EXPECT_TRUE(Lock(record));
-    EXPECT_EQ(control_->LockRecord(category.Get(), 1), kNotLocked);
+    EXPECT_HRESULT(kNotLocked, control_->LockRecord(category.Get(), 1));
 }
 
 TEST_F(DataFileRecords, AreGoneOnceDeleted) {
@@ -253,8 +253,8 @@ TEST_F(DataFileRecords, AreGoneOnceDeleted) {
     Store(2, L"second");
     const auto record = Item(1);
     ASSERT_TRUE(Lock(record));
-    EXPECT_EQ(record->Delete(), S_OK);
-    EXPECT_EQ(record->Unlock(), S_OK);
+    EXPECT_HRESULT(S_OK, record->Delete());
+    EXPECT_HRESULT(S_OK, record->Unlock());
     EXPECT_FALSE(Exists(1));
     Reopen();
     EXPECT_FALSE(Exists(1));
@@ -265,7 +265,7 @@ TEST_F(DataFileRecords, TakeAPropertyAwayForAnEmptyValue) {
     Store(1, L"first");
     const auto record = Item(1);
     ASSERT_TRUE(Lock(record));
-    EXPECT_EQ(Bag(record)->Write(MakeBstr(L"Text").Get(), VARIANT{}), S_OK);
+    EXPECT_HRESULT(S_OK, Bag(record)->Write(MakeBstr(L"Text").Get(), VARIANT{}));
     EXPECT_EQ(Read(record, L"Text"), L"(none)");
 }
 
@@ -274,7 +274,7 @@ TEST_F(DataFileRecords, RefuseAValueThatTheyCannotKeep) {
     ASSERT_TRUE(Lock(record));
     VARIANT value = {};
     V_VT(&value) = VT_NULL;
-    EXPECT_EQ(Bag(record)->Write(MakeBstr(L"Text").Get(), value), DISP_E_BADVARTYPE);
+    EXPECT_HRESULT(DISP_E_BADVARTYPE, Bag(record)->Write(MakeBstr(L"Text").Get(), value));
     EXPECT_EQ(Read(record, L"Text"), L"(none)");
 }
 
@@ -284,28 +284,28 @@ TEST_F(DataFileRecords, RefuseNullAndEmptyNames) {
     const auto bag = Bag(record);
     for (const OwnedBstr& name : {OwnedBstr(), MakeBstr(L"")}) {
         OwnedVariant value;
-        EXPECT_EQ(bag->Read(name.Get(), value.Receive()), E_INVALIDARG);
-        EXPECT_EQ(bag->Write(name.Get(), value.Get()), E_INVALIDARG);
+        EXPECT_HRESULT(E_INVALIDARG, bag->Read(name.Get(), value.Receive()));
+        EXPECT_HRESULT(E_INVALIDARG, bag->Write(name.Get(), value.Get()));
         ComPtr<IHostDataFileRecords> records;
-        EXPECT_EQ(Attached()->GetDataFileRecords(name.Get(), records.Receive()), E_INVALIDARG);
+        EXPECT_HRESULT(E_INVALIDARG, Attached()->GetDataFileRecords(name.Get(), records.Receive()));
         EXPECT_FALSE(records);
     }
 }
 
 TEST_F(DataFileRecords, AnswerAPointerErrorWithoutAPlaceForTheResult) {
     const auto record = Added(1);
-    EXPECT_EQ(host_.Create<IHostApplicationLocator>(kHostApplicationLocatorClass)->GetRunningApplication(nullptr),
-              E_POINTER);
-    EXPECT_EQ(Application<IHostApplication>()->GetAddInGoodies(nullptr), E_POINTER);
-    EXPECT_EQ(Application<IHostFolders>()->GetFolder(kLogFolderKind, nullptr), E_POINTER);
-    EXPECT_EQ(Goodies()->AttachToCurrentCompany(nullptr), E_POINTER);
-    EXPECT_EQ(Attached()->GetDataFileRecords(MakeBstr(L"Notes").Get(), nullptr), E_POINTER);
-    EXPECT_EQ(Records()->Exists(1, nullptr), E_POINTER);
-    EXPECT_EQ(Records()->Item(1, nullptr), E_POINTER);
-    EXPECT_EQ(Records()->Add(2, nullptr), E_POINTER);
-    EXPECT_EQ(record->Lock(nullptr), E_POINTER);
-    EXPECT_EQ(record->GetPropertyBag(nullptr), E_POINTER);
-    EXPECT_EQ(Bag(record)->Read(MakeBstr(L"Text").Get(), nullptr), E_POINTER);
+    EXPECT_HRESULT(E_POINTER,
+                   host_.Create<IHostApplicationLocator>(kHostApplicationLocatorClass)->GetRunningApplication(nullptr));
+    EXPECT_HRESULT(E_POINTER, Application<IHostApplication>()->GetAddInGoodies(nullptr));
+    EXPECT_HRESULT(E_POINTER, Application<IHostFolders>()->GetFolder(kLogFolderKind, nullptr));
+    EXPECT_HRESULT(E_POINTER, Goodies()->AttachToCurrentCompany(nullptr));
+    EXPECT_HRESULT(E_POINTER, Attached()->GetDataFileRecords(MakeBstr(L"Notes").Get(), nullptr));
+    EXPECT_HRESULT(E_POINTER, Records()->Exists(1, nullptr));
+    EXPECT_HRESULT(E_POINTER, Records()->Item(1, nullptr));
+    EXPECT_HRESULT(E_POINTER, Records()->Add(2, nullptr));
+    EXPECT_HRESULT(E_POINTER, record->Lock(nullptr));
+    EXPECT_HRESULT(E_POINTER, record->GetPropertyBag(nullptr));
+    EXPECT_HRESULT(E_POINTER, Bag(record)->Read(MakeBstr(L"Text").Get(), nullptr));
     EXPECT_FALSE(Exists(2));
 }
 
@@ -315,10 +315,10 @@ TEST_F(DataFileRecords, FailWholeWhenTheFileCannotBeSaved) {
     for (const wchar_t* step : {L"CompanyFile.Write", L"CompanyFile.Sync", L"CompanyFile.Commit"}) {
         const auto record = Item(1);
         ASSERT_TRUE(Lock(record));
-        ASSERT_EQ(Write(record, L"Text", L"new"), S_OK);
+        ASSERT_HRESULT(S_OK, Write(record, L"Text", L"new"));
         Fail(step);
-        EXPECT_EQ(record->Save(), kPlanned);
-        EXPECT_EQ(record->Unlock(), S_OK);
+        EXPECT_HRESULT(kPlanned, record->Save());
+        EXPECT_HRESULT(S_OK, record->Unlock());
         EXPECT_EQ(Read(Item(1), L"Text"), L"old");
         EXPECT_TRUE(sample_.Bytes() == before);
     }
@@ -336,30 +336,31 @@ TEST_F(DataFileRecords, AnswerThatTheirCompanyWasClosed) {
     const auto bag = Bag(record);
     Reopen();
     ComPtr<IHostDataFileRecords> other_records;
-    EXPECT_EQ(company->GetDataFileRecords(MakeBstr(L"Notes").Get(), other_records.Receive()), CO_E_OBJNOTCONNECTED);
+    EXPECT_HRESULT(CO_E_OBJNOTCONNECTED,
+                   company->GetDataFileRecords(MakeBstr(L"Notes").Get(), other_records.Receive()));
     VARIANT_BOOL answer = 7;
-    EXPECT_EQ(records->Exists(1, &answer), CO_E_OBJNOTCONNECTED);
+    EXPECT_HRESULT(CO_E_OBJNOTCONNECTED, records->Exists(1, &answer));
     ComPtr<IHostDataFileRecord> other_record;
-    EXPECT_EQ(records->Item(1, other_record.Receive()), CO_E_OBJNOTCONNECTED);
-    EXPECT_EQ(records->Add(2, other_record.Receive()), CO_E_OBJNOTCONNECTED);
-    EXPECT_EQ(record->Lock(&answer), CO_E_OBJNOTCONNECTED);
-    EXPECT_EQ(record->Save(), CO_E_OBJNOTCONNECTED);
-    EXPECT_EQ(record->Unlock(), CO_E_OBJNOTCONNECTED);
+    EXPECT_HRESULT(CO_E_OBJNOTCONNECTED, records->Item(1, other_record.Receive()));
+    EXPECT_HRESULT(CO_E_OBJNOTCONNECTED, records->Add(2, other_record.Receive()));
+    EXPECT_HRESULT(CO_E_OBJNOTCONNECTED, record->Lock(&answer));
+    EXPECT_HRESULT(CO_E_OBJNOTCONNECTED, record->Save());
+    EXPECT_HRESULT(CO_E_OBJNOTCONNECTED, record->Unlock());
     OwnedVariant value;
-    EXPECT_EQ(bag->Read(MakeBstr(L"Text").Get(), value.Receive()), CO_E_OBJNOTCONNECTED);
+    EXPECT_HRESULT(CO_E_OBJNOTCONNECTED, bag->Read(MakeBstr(L"Text").Get(), value.Receive()));
     EXPECT_TRUE(Lock(Item(1))) << "the lock went with the file that was closed";
 }
 
 TEST_F(DataFileRecords, NeedACompanyFile) {
-    ASSERT_EQ(control_->CloseCompanyFile(), S_OK);
+    ASSERT_HRESULT(S_OK, control_->CloseCompanyFile());
     ::SetEnvironmentVariableW(L"LEDGERHALL_COMPANY_FILE", nullptr);
     ComPtr<IHostCompany> company;
-    EXPECT_EQ(Goodies()->AttachToCurrentCompany(company.Receive()), kNoCompanyOpen);
+    EXPECT_HRESULT(kNoCompanyOpen, Goodies()->AttachToCurrentCompany(company.Receive()));
     EXPECT_FALSE(company);
     OwnedBstr folder;
-    EXPECT_EQ(Application<IHostFolders>()->GetFolder(kLogFolderKind, folder.Receive()), kNoCompanyOpen);
+    EXPECT_HRESULT(kNoCompanyOpen, Application<IHostFolders>()->GetFolder(kLogFolderKind, folder.Receive()));
     ::SetEnvironmentVariableW(L"LEDGERHALL_COMPANY_FILE", sample_.Path().c_str());
-    EXPECT_EQ(Goodies()->AttachToCurrentCompany(company.Receive()), S_OK);
+    EXPECT_HRESULT(S_OK, Goodies()->AttachToCurrentCompany(company.Receive()));
     ::SetEnvironmentVariableW(L"LEDGERHALL_COMPANY_FILE", nullptr);
 }
 
@@ -382,23 +383,23 @@ TEST_F(DataFileRecords, NeedACompanyFileThatCanBeOpenedAndTellWhyItCannot) {
         file.Write(wrong.bytes);
         EXPECT_EQ(control_->OpenCompanyFile(MakeBstr(file.Path()).Get()), wrong.result);
     }
-    EXPECT_EQ(control_->OpenCompanyFile(MakeBstr(L"nowhere.lhcompany").Get()), static_cast<HRESULT>(0x80070002));
+    EXPECT_HRESULT(static_cast<HRESULT>(0x80070002), control_->OpenCompanyFile(MakeBstr(L"nowhere.lhcompany").Get()));
     const TemporaryCompanyFile in_use;
     const auto held = in_use.Open();
-    EXPECT_EQ(control_->OpenCompanyFile(MakeBstr(in_use.Path()).Get()), static_cast<HRESULT>(0x80070020));
+    EXPECT_HRESULT(static_cast<HRESULT>(0x80070020), control_->OpenCompanyFile(MakeBstr(in_use.Path()).Get()));
     EXPECT_FALSE(Exists(1)) << "the file that was open still is";
 }
 
 TEST_F(DataFileRecords, AreNotChangedInAWriteProtectedFile) {
     Store(1, L"old");
-    ASSERT_EQ(control_->CloseCompanyFile(), S_OK);
+    ASSERT_HRESULT(S_OK, control_->CloseCompanyFile());
     ASSERT_TRUE(::SetFileAttributesW(sample_.Path().c_str(), FILE_ATTRIBUTE_READONLY));
-    ASSERT_EQ(control_->OpenCompanyFile(MakeBstr(sample_.Path()).Get()), S_OK);
+    ASSERT_HRESULT(S_OK, control_->OpenCompanyFile(MakeBstr(sample_.Path()).Get()));
     const auto record = Item(1);
     EXPECT_EQ(Read(record, L"Text"), L"old");
     ASSERT_TRUE(Lock(record));
-    ASSERT_EQ(Write(record, L"Text", L"new"), S_OK);
-    EXPECT_EQ(record->Save(), static_cast<HRESULT>(0x80070013));
+    ASSERT_HRESULT(S_OK, Write(record, L"Text", L"new"));
+    EXPECT_HRESULT(static_cast<HRESULT>(0x80070013), record->Save());
     EXPECT_EQ(Read(Item(1), L"Text"), L"old");
     ::SetFileAttributesW(sample_.Path().c_str(), FILE_ATTRIBUTE_NORMAL);
 }
@@ -412,57 +413,57 @@ TEST_F(DataFileRecords, FailInEachCallAsPlanned) {
     ASSERT_TRUE(Lock(record));
     Fail(L"ApplicationLocator.GetRunningApplication");
     ComPtr<IUnknown> running;
-    EXPECT_EQ(
-        host_.Create<IHostApplicationLocator>(kHostApplicationLocatorClass)->GetRunningApplication(running.Receive()),
-        kPlanned);
+    EXPECT_HRESULT(
+        kPlanned,
+        host_.Create<IHostApplicationLocator>(kHostApplicationLocatorClass)->GetRunningApplication(running.Receive()));
     Fail(L"Application.GetAddInGoodies");
     ComPtr<IHostAddInGoodies> goodies;
-    EXPECT_EQ(Application<IHostApplication>()->GetAddInGoodies(goodies.Receive()), kPlanned);
+    EXPECT_HRESULT(kPlanned, Application<IHostApplication>()->GetAddInGoodies(goodies.Receive()));
     Fail(L"Application.GetFolder");
     OwnedBstr folder;
-    EXPECT_EQ(Application<IHostFolders>()->GetFolder(kLogFolderKind, folder.Receive()), kPlanned);
+    EXPECT_HRESULT(kPlanned, Application<IHostFolders>()->GetFolder(kLogFolderKind, folder.Receive()));
     Fail(L"AddInGoodies.AttachToCurrentCompany");
     ComPtr<IHostCompany> other_company;
-    EXPECT_EQ(Goodies()->AttachToCurrentCompany(other_company.Receive()), kPlanned);
+    EXPECT_HRESULT(kPlanned, Goodies()->AttachToCurrentCompany(other_company.Receive()));
     Fail(L"Company.GetDataFileRecords");
     ComPtr<IHostDataFileRecords> other_records;
-    EXPECT_EQ(company->GetDataFileRecords(MakeBstr(L"Notes").Get(), other_records.Receive()), kPlanned);
+    EXPECT_HRESULT(kPlanned, company->GetDataFileRecords(MakeBstr(L"Notes").Get(), other_records.Receive()));
     Fail(L"DataFileRecords.Exists");
     VARIANT_BOOL answer = VARIANT_TRUE;
-    EXPECT_EQ(records->Exists(1, &answer), kPlanned);
+    EXPECT_HRESULT(kPlanned, records->Exists(1, &answer));
     EXPECT_EQ(answer, VARIANT_FALSE);
     ComPtr<IHostDataFileRecord> other_record;
     Fail(L"DataFileRecords.Item");
-    EXPECT_EQ(records->Item(1, other_record.Receive()), kPlanned);
+    EXPECT_HRESULT(kPlanned, records->Item(1, other_record.Receive()));
     Fail(L"DataFileRecords.Add");
-    EXPECT_EQ(records->Add(2, other_record.Receive()), kPlanned);
+    EXPECT_HRESULT(kPlanned, records->Add(2, other_record.Receive()));
     EXPECT_FALSE(Exists(2));
     Fail(L"DataFileRecord.Lock");
-    EXPECT_EQ(record->Lock(&answer), kPlanned);
+    EXPECT_HRESULT(kPlanned, record->Lock(&answer));
     Fail(L"DataFileRecord.GetPropertyBag");
     ComPtr<IHostPropertyBag> other_bag;
-    EXPECT_EQ(record->GetPropertyBag(other_bag.Receive()), kPlanned);
+    EXPECT_HRESULT(kPlanned, record->GetPropertyBag(other_bag.Receive()));
     Fail(L"PropertyBag.Write");
-    EXPECT_EQ(bag->Write(MakeBstr(L"Text").Get(), VARIANT{}), kPlanned);
+    EXPECT_HRESULT(kPlanned, bag->Write(MakeBstr(L"Text").Get(), VARIANT{}));
     Fail(L"PropertyBag.Read");
     OwnedVariant value;
-    EXPECT_EQ(bag->Read(MakeBstr(L"Text").Get(), value.Receive()), kPlanned);
+    EXPECT_HRESULT(kPlanned, bag->Read(MakeBstr(L"Text").Get(), value.Receive()));
     Fail(L"DataFileRecord.PutDataVersion");
-    EXPECT_EQ(record->PutDataVersion(1), kPlanned);
+    EXPECT_HRESULT(kPlanned, record->PutDataVersion(1));
     Fail(L"DataFileRecord.Save");
-    EXPECT_EQ(record->Save(), kPlanned);
+    EXPECT_HRESULT(kPlanned, record->Save());
     Fail(L"DataFileRecord.Delete");
-    EXPECT_EQ(record->Delete(), kPlanned);
+    EXPECT_HRESULT(kPlanned, record->Delete());
     Fail(L"DataFileRecord.Unlock");
-    EXPECT_EQ(record->Unlock(), kPlanned);
-    EXPECT_EQ(record->Unlock(), S_OK);
+    EXPECT_HRESULT(kPlanned, record->Unlock());
+    EXPECT_HRESULT(S_OK, record->Unlock());
     EXPECT_EQ(Read(Item(1), L"Text"), L"old");
 }
 
 TEST_F(DataFileRecords, NoteTheirCalls) {
     const auto record = Added(1);
     ASSERT_TRUE(Lock(record));
-    ASSERT_EQ(Write(record, L"Text", L"value"), S_OK);
+    ASSERT_HRESULT(S_OK, Write(record, L"Text", L"value"));
     EXPECT_THAT(Calls(), ElementsAre("ApplicationLocator.GetRunningApplication()", "Application.GetAddInGoodies()",
                                      "AddInGoodies.AttachToCurrentCompany()", "Company.GetDataFileRecords(\"Notes\")",
                                      "DataFileRecords.Add(1)", "DataFileRecord.Lock()",
@@ -485,26 +486,26 @@ TEST_F(DataFileRecords, AreReachedThroughOneApplicationObject) {
     ComPtr<IHostApplication> application;
     ComPtr<IHostFolders> folders;
     ComPtr<IUnknown> identity;
-    ASSERT_EQ(running.As(application), S_OK);
-    ASSERT_EQ(running.As(folders), S_OK);
-    ASSERT_EQ(folders.As(identity), S_OK);
+    ASSERT_HRESULT(S_OK, running.As(application));
+    ASSERT_HRESULT(S_OK, running.As(folders));
+    ASSERT_HRESULT(S_OK, folders.As(identity));
     EXPECT_EQ(identity.Get(), running.Get());
 }
 
 TEST_F(DataFileRecords, HaveTheirLogsInAFolderBesideTheCompanyFile) {
     OwnedBstr folder;
-    ASSERT_EQ(Application<IHostFolders>()->GetFolder(kLogFolderKind, folder.Receive()), S_OK);
+    ASSERT_HRESULT(S_OK, Application<IHostFolders>()->GetFolder(kLogFolderKind, folder.Receive()));
     EXPECT_EQ(View(folder), sample_.Path() + L".logs");
 }
 
 TEST_F(DataFileRecords, HaveTheirLogsWhereTheEnvironmentSays) {
     ::SetEnvironmentVariableW(L"LEDGERHALL_LOG_FOLDER", L"C:\\logs here");
     OwnedBstr folder;
-    EXPECT_EQ(Application<IHostFolders>()->GetFolder(kLogFolderKind, folder.Receive()), S_OK);
+    EXPECT_HRESULT(S_OK, Application<IHostFolders>()->GetFolder(kLogFolderKind, folder.Receive()));
     ::SetEnvironmentVariableW(L"LEDGERHALL_LOG_FOLDER", nullptr);
     EXPECT_EQ(View(folder), L"C:\\logs here");
     OwnedBstr other;
-    EXPECT_EQ(Application<IHostFolders>()->GetFolder(3, other.Receive()), E_INVALIDARG);
+    EXPECT_HRESULT(E_INVALIDARG, Application<IHostFolders>()->GetFolder(3, other.Receive()));
     EXPECT_FALSE(other);
 }
 

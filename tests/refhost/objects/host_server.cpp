@@ -8,6 +8,8 @@
 #include "refhost/books/company_text.hpp"
 #include "refhost/objects/utf8.hpp"
 
+#include "tests/support/hresult.hpp"
+
 namespace paylodge::refhost {
 namespace {
 
@@ -88,7 +90,7 @@ std::string Text(const OwnedBstr& text) { return Utf8FromWide(View(text)); }
 void HostTest::SetUp() {
     control_ = host_.Create<IReferenceHost>(CLSID_ReferenceHost);
     ASSERT_TRUE(control_);
-    ASSERT_EQ(control_->OpenCompanyFile(MakeBstr(sample_.Path()).Get()), S_OK);
+    ASSERT_HRESULT(S_OK, control_->OpenCompanyFile(MakeBstr(sample_.Path()).Get()));
 }
 
 void HostTest::TearDown() {
@@ -101,11 +103,11 @@ void HostTest::TearDown() {
 
 std::vector<std::string> HostTest::Calls() const {
     LONG count = 0;
-    EXPECT_EQ(control_->get_CallCount(&count), S_OK);
+    EXPECT_HRESULT(S_OK, control_->get_CallCount(&count));
     std::vector<std::string> calls;
     for (LONG index = 0; index < count; ++index) {
         OwnedBstr call;
-        EXPECT_EQ(control_->Call(index, call.Receive()), S_OK);
+        EXPECT_HRESULT(S_OK, control_->Call(index, call.Receive()));
         calls.push_back(Text(call));
     }
     return calls;

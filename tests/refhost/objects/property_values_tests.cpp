@@ -4,13 +4,14 @@
 
 #include "com/bstr.hpp"
 #include "com/variant.hpp"
+#include "tests/support/hresult.hpp"
 
 namespace paylodge::refhost {
 namespace {
 
 class Parsed : public OwnedVariant {
   public:
-    explicit Parsed(const PropertyText& text) { EXPECT_EQ(ValueFromText(text, Receive()), S_OK); }
+    explicit Parsed(const PropertyText& text) { EXPECT_HRESULT(S_OK, ValueFromText(text, Receive())); }
 };
 
 TEST(EscapedText, LeavesOrdinaryTextAlone) {
@@ -91,9 +92,9 @@ TEST(PropertyValue, OfAnyOtherKindIsNotKept) {
 
 TEST(PropertyValue, OfAnUnknownKindOrNoNumberIsAFailure) {
     VARIANT value = {};
-    EXPECT_EQ(ValueFromText({"text", "a"}, &value), DISP_E_BADVARTYPE);
-    EXPECT_EQ(ValueFromText({"int32", "four"}, &value), DISP_E_TYPEMISMATCH);
-    EXPECT_EQ(ValueFromText({"int16", "32768"}, &value), DISP_E_OVERFLOW);
+    EXPECT_HRESULT(DISP_E_BADVARTYPE, ValueFromText({"text", "a"}, &value));
+    EXPECT_HRESULT(DISP_E_TYPEMISMATCH, ValueFromText({"int32", "four"}, &value));
+    EXPECT_HRESULT(DISP_E_OVERFLOW, ValueFromText({"int16", "32768"}, &value));
     EXPECT_EQ(V_VT(&value), VT_EMPTY);
 }
 

@@ -7,6 +7,7 @@
 #include "refhost/objects/utf8.hpp"
 #include "tests/refhost/books/sample_books.hpp"
 #include "tests/refhost/objects/host_server.hpp"
+#include "tests/support/hresult.hpp"
 
 namespace paylodge::refhost {
 namespace {
@@ -23,23 +24,22 @@ class Server : public HostTest {
         const auto broker = host_.Create<IHostObjectBroker>(kHostObjectBrokerClass);
         ComPtr<IUnknown> object;
         ComPtr<IRequestProcessor> processor;
-        EXPECT_EQ(broker->CreateObjectFromClassId(MakeBstr(L"{45F5708E-3B43-4FA8-BE7E-A5F1849214CB}").Get(),
-                                                  object.Receive()),
-                  S_OK);
-        EXPECT_EQ(object.As(processor), S_OK);
+        EXPECT_HRESULT(S_OK, broker->CreateObjectFromClassId(MakeBstr(L"{45F5708E-3B43-4FA8-BE7E-A5F1849214CB}").Get(),
+                                                             object.Receive()));
+        EXPECT_HRESULT(S_OK, object.As(processor));
         return processor;
     }
 
     // The same with an open connection.
     [[nodiscard]] ComPtr<IRequestProcessor> Connected() const {
         auto processor = Processor();
-        EXPECT_EQ(processor->OpenConnection(MakeBstr(L"").Get(), MakeBstr(L"Ledgerhall Paylodge").Get()), S_OK);
+        EXPECT_HRESULT(S_OK, processor->OpenConnection(MakeBstr(L"").Get(), MakeBstr(L"Ledgerhall Paylodge").Get()));
         return processor;
     }
 
     [[nodiscard]] static OwnedBstr Begin(IRequestProcessor& processor) {
         OwnedBstr ticket;
-        EXPECT_EQ(processor.BeginSession(MakeBstr(L"").Get(), 2, ticket.Receive()), S_OK);
+        EXPECT_HRESULT(S_OK, processor.BeginSession(MakeBstr(L"").Get(), 2, ticket.Receive()));
         return ticket;
     }
 
@@ -49,15 +49,15 @@ class Server : public HostTest {
         const OwnedBstr ticket = Begin(*processor.Get());
         const HRESULT result =
             processor->ProcessRequest(ticket.Get(), MakeBstr(WideFromUtf8(document)).Get(), response.Receive());
-        EXPECT_EQ(processor->EndSession(ticket.Get()), S_OK);
-        EXPECT_EQ(processor->CloseConnection(), S_OK);
+        EXPECT_HRESULT(S_OK, processor->EndSession(ticket.Get()));
+        EXPECT_HRESULT(S_OK, processor->CloseConnection());
         return result;
     }
 
     // The response elements to these requests.
     [[nodiscard]] std::vector<Element> Ask(std::string_view requests) const {
         OwnedBstr response;
-        EXPECT_EQ(Exchange(Envelope(requests), response), S_OK);
+        EXPECT_HRESULT(S_OK, Exchange(Envelope(requests), response));
         return Responses(response);
     }
 
@@ -65,9 +65,9 @@ class Server : public HostTest {
     [[nodiscard]] static std::string LastDescription() {
         ComPtr<IErrorInfo> info;
         OwnedBstr description;
-        EXPECT_EQ(::GetErrorInfo(0, info.Receive()), S_OK);
+        EXPECT_HRESULT(S_OK, ::GetErrorInfo(0, info.Receive()));
         if (info) {
-            EXPECT_EQ(info->GetDescription(description.Receive()), S_OK);
+            EXPECT_HRESULT(S_OK, info->GetDescription(description.Receive()));
         }
         return Text(description);
     }
@@ -94,8 +94,8 @@ TEST_F(Server, KeepsAnAddedAccountInTheFile) {
         "<AccountAddRq><AccountAdd><Name>Holding</Name><AccountType>Bank</AccountType></AccountAdd></AccountAddRq>";
     EXPECT_EQ(StatusCode(Ask(add).at(0)), "0");
     EXPECT_TRUE(sample_.Bytes().find("Holding") != std::string::npos);
-    ASSERT_EQ(control_->CloseCompanyFile(), S_OK);
-    ASSERT_EQ(control_->OpenCompanyFile(MakeBstr(sample_.Path()).Get()), S_OK);
+    ASSERT_HRESULT(S_OK, control_->CloseCompanyFile());
+    ASSERT_HRESULT(S_OK, control_->OpenCompanyFile(MakeBstr(sample_.Path()).Get()));
     EXPECT_EQ(StatusCode(Ask(add).at(0)), "3100");
 }
 
@@ -104,7 +104,7 @@ TEST_F(Server, LeavesFileAndBooksAsTheyWereWhenSavingFails) {
     const std::string requests =
         "<AccountAddRq requestID=\"1\"><AccountAdd><Name>Holding</Name><AccountType>Bank</AccountType></AccountAdd>"
         "</AccountAddRq><AccountQueryRq requestID=\"2\"><FullName>Holding</FullName></AccountQueryRq>";
-    ASSERT_EQ(control_->FailCall(MakeBstr(L"CompanyFile.Commit").Get(), 0x8007001D, 1), S_OK);
+    ASSERT_HRESULT(S_OK, control_->FailCall(MakeBstr(L"CompanyFile.Commit").Get(), 0x8007001D, 1));
     const auto responses = Ask(requests);
     ASSERT_EQ(responses.size(), 2U);
     EXPECT_EQ(StatusCode(responses[0]), "4010");
@@ -131,7 +131,7 @@ TEST_F(Server, AnswersHostileTextWithAnErrorResponse) {
          {std::string(), std::string(" "), std::string("<LHXML>"), deep, huge, "<?xml version=\"1.0\"?>" + huge,
           std::string("\0", 1), std::string("<!DOCTYPE A [<!ENTITY e SYSTEM 'file:///etc/passwd'>]><A>&e;</A>")}) {
         OwnedBstr response;
-        EXPECT_EQ(Exchange(text, response), S_OK);
+        EXPECT_HRESULT(S_OK, Exchange(text, response));
         const auto responses = Responses(response);
         ASSERT_EQ(responses.size(), 1U);
         EXPECT_EQ(responses[0].name, "ErrorRs");
@@ -150,12 +150,12 @@ TEST_F(Server, AnswersAHugeRequestWithAnErrorStatus) {
 TEST_F(Server, ReadsANullRequestAsAnEmptyOne) {
     const auto processor = Connected();
     OwnedBstr response;
-    EXPECT_EQ(processor->ProcessRequest(Begin(*processor.Get()).Get(), nullptr, response.Receive()), S_OK);
+    EXPECT_HRESULT(S_OK, processor->ProcessRequest(Begin(*processor.Get()).Get(), nullptr, response.Receive()));
     EXPECT_EQ(StatusCode(Responses(response).at(0)), "1000");
 }
 
 TEST_F(Server, SaysWhatToDoWithoutACompanyFile) {
-    ASSERT_EQ(control_->CloseCompanyFile(), S_OK);
+    ASSERT_HRESULT(S_OK, control_->CloseCompanyFile());
     ::SetEnvironmentVariableW(L"LEDGERHALL_COMPANY_FILE", nullptr);
     const auto responses = Ask("<AccountQueryRq requestID=\"5\"/><ItemQueryRq/>");
     ASSERT_EQ(responses.size(), 2U);
@@ -166,13 +166,13 @@ TEST_F(Server, SaysWhatToDoWithoutACompanyFile) {
 }
 
 TEST_F(Server, OpensTheFileThatTheEnvironmentNames) {
-    ASSERT_EQ(control_->CloseCompanyFile(), S_OK);
+    ASSERT_HRESULT(S_OK, control_->CloseCompanyFile());
     ::SetEnvironmentVariableW(L"LEDGERHALL_COMPANY_FILE", sample_.Path().c_str());
     EXPECT_EQ(StatusCode(Ask("<AccountQueryRq/>").at(0)), "0");
     OwnedBstr path;
-    EXPECT_EQ(control_->get_CompanyFile(path.Receive()), S_OK);
+    EXPECT_HRESULT(S_OK, control_->get_CompanyFile(path.Receive()));
     EXPECT_EQ(View(path), sample_.Path());
-    ASSERT_EQ(control_->CloseCompanyFile(), S_OK);
+    ASSERT_HRESULT(S_OK, control_->CloseCompanyFile());
     ::SetEnvironmentVariableW(L"LEDGERHALL_COMPANY_FILE", L"nowhere.lhcompany");
     const auto responses = Ask("<AccountQueryRq/>");
     EXPECT_EQ(StatusCode(responses.at(0)), "4000");
@@ -181,7 +181,7 @@ TEST_F(Server, OpensTheFileThatTheEnvironmentNames) {
 }
 
 TEST_F(Server, DescribesWhyAFileCannotBeOpenedAndKeepsTheOldOne) {
-    EXPECT_EQ(control_->OpenCompanyFile(MakeBstr(L"nowhere.lhcompany").Get()), static_cast<HRESULT>(0x80070002));
+    EXPECT_HRESULT(static_cast<HRESULT>(0x80070002), control_->OpenCompanyFile(MakeBstr(L"nowhere.lhcompany").Get()));
     EXPECT_THAT(LastDescription(), HasSubstr("nowhere.lhcompany"));
     EXPECT_EQ(StatusCode(Ask("<AccountQueryRq/>").at(0)), "0");
 }
@@ -190,18 +190,18 @@ TEST_F(Server, RefusesCallsOutOfOrder) {
     const auto processor = Processor();
     OwnedBstr ticket;
     OwnedBstr response;
-    EXPECT_EQ(processor->BeginSession(nullptr, 2, ticket.Receive()), kNotConnected);
+    EXPECT_HRESULT(kNotConnected, processor->BeginSession(nullptr, 2, ticket.Receive()));
     EXPECT_FALSE(ticket);
-    EXPECT_EQ(processor->ProcessRequest(nullptr, nullptr, response.Receive()), kNotConnected);
+    EXPECT_HRESULT(kNotConnected, processor->ProcessRequest(nullptr, nullptr, response.Receive()));
     EXPECT_FALSE(response);
-    EXPECT_EQ(processor->EndSession(nullptr), kNotConnected);
-    EXPECT_EQ(processor->CloseConnection(), kNotConnected);
-    EXPECT_EQ(processor->OpenConnection(nullptr, nullptr), E_INVALIDARG);
-    EXPECT_EQ(processor->OpenConnection(nullptr, MakeBstr(L"Test").Get()), S_OK);
-    EXPECT_EQ(processor->OpenConnection(nullptr, MakeBstr(L"Test").Get()), kAlreadyConnected);
-    EXPECT_EQ(processor->BeginSession(nullptr, 3, ticket.Receive()), E_INVALIDARG);
-    EXPECT_EQ(processor->BeginSession(nullptr, 2, nullptr), E_POINTER);
-    EXPECT_EQ(processor->ProcessRequest(nullptr, nullptr, nullptr), E_POINTER);
+    EXPECT_HRESULT(kNotConnected, processor->EndSession(nullptr));
+    EXPECT_HRESULT(kNotConnected, processor->CloseConnection());
+    EXPECT_HRESULT(E_INVALIDARG, processor->OpenConnection(nullptr, nullptr));
+    EXPECT_HRESULT(S_OK, processor->OpenConnection(nullptr, MakeBstr(L"Test").Get()));
+    EXPECT_HRESULT(kAlreadyConnected, processor->OpenConnection(nullptr, MakeBstr(L"Test").Get()));
+    EXPECT_HRESULT(E_INVALIDARG, processor->BeginSession(nullptr, 3, ticket.Receive()));
+    EXPECT_HRESULT(E_POINTER, processor->BeginSession(nullptr, 2, nullptr));
+    EXPECT_HRESULT(E_POINTER, processor->ProcessRequest(nullptr, nullptr, nullptr));
 }
 
 TEST_F(Server, RefusesTicketsThatAreNotOfAnOpenSession) {
@@ -210,38 +210,39 @@ TEST_F(Server, RefusesTicketsThatAreNotOfAnOpenSession) {
     const OwnedBstr ticket = Begin(*processor.Get());
     const OwnedBstr ended = Begin(*processor.Get());
     const OwnedBstr foreign = Begin(*other.Get());
-    ASSERT_EQ(processor->EndSession(ended.Get()), S_OK);
+    ASSERT_HRESULT(S_OK, processor->EndSession(ended.Get()));
     const OwnedBstr unknown = MakeBstr(L"ticket");
     for (const BSTR wrong : {BSTR(nullptr), unknown.Get(), ended.Get(), foreign.Get()}) {
         OwnedBstr response;
-        EXPECT_EQ(processor->ProcessRequest(wrong, nullptr, response.Receive()), kUnknownTicket);
+        EXPECT_HRESULT(kUnknownTicket, processor->ProcessRequest(wrong, nullptr, response.Receive()));
         EXPECT_FALSE(response);
-        EXPECT_EQ(processor->EndSession(wrong), kUnknownTicket);
+        EXPECT_HRESULT(kUnknownTicket, processor->EndSession(wrong));
     }
     OwnedBstr response;
-    EXPECT_EQ(processor->ProcessRequest(ticket.Get(), nullptr, response.Receive()), S_OK);
+    EXPECT_HRESULT(S_OK, processor->ProcessRequest(ticket.Get(), nullptr, response.Receive()));
 }
 
 TEST_F(Server, EndsTheSessionsOfAClosedConnection) {
     const auto processor = Connected();
     const OwnedBstr ticket = Begin(*processor.Get());
-    ASSERT_EQ(processor->CloseConnection(), S_OK);
-    ASSERT_EQ(processor->OpenConnection(nullptr, MakeBstr(L"Test").Get()), S_OK);
-    EXPECT_EQ(processor->EndSession(ticket.Get()), kUnknownTicket);
+    ASSERT_HRESULT(S_OK, processor->CloseConnection());
+    ASSERT_HRESULT(S_OK, processor->OpenConnection(nullptr, MakeBstr(L"Test").Get()));
+    EXPECT_HRESULT(kUnknownTicket, processor->EndSession(ticket.Get()));
 }
 
 TEST_F(Server, BeginsASessionWithTheOpenFileOnly) {
     const auto processor = Connected();
     OwnedBstr same;
-    EXPECT_EQ(processor->BeginSession(MakeBstr(sample_.Path()).Get(), 2, same.Receive()), S_OK);
+    EXPECT_HRESULT(S_OK, processor->BeginSession(MakeBstr(sample_.Path()).Get(), 2, same.Receive()));
     OwnedBstr another;
-    EXPECT_EQ(processor->BeginSession(MakeBstr(L"another.lhcompany").Get(), 2, another.Receive()), kOtherCompanyOpen);
+    EXPECT_HRESULT(kOtherCompanyOpen,
+                   processor->BeginSession(MakeBstr(L"another.lhcompany").Get(), 2, another.Receive()));
     EXPECT_FALSE(another);
 }
 
 TEST_F(Server, RecordsTheCallsInTheirOrder) {
     OwnedBstr response;
-    ASSERT_EQ(Exchange("<x/>", response), S_OK);
+    ASSERT_HRESULT(S_OK, Exchange("<x/>", response));
     const auto calls = Calls();
     ASSERT_EQ(calls.size(), 6U);
     EXPECT_EQ(calls[0], "ObjectBroker.CreateObjectFromClassId(\"{45F5708E-3B43-4FA8-BE7E-A5F1849214CB}\")");
@@ -255,93 +256,93 @@ TEST_F(Server, RecordsTheCallsInTheirOrder) {
 
 TEST_F(Server, RecordsRequestsAndResponses) {
     OwnedBstr response;
-    ASSERT_EQ(Exchange("<x/>", response), S_OK);
+    ASSERT_HRESULT(S_OK, Exchange("<x/>", response));
     LONG count = 0;
-    ASSERT_EQ(control_->get_RequestCount(&count), S_OK);
+    ASSERT_HRESULT(S_OK, control_->get_RequestCount(&count));
     ASSERT_EQ(count, 1);
     OwnedBstr recorded_request;
     OwnedBstr recorded_response;
-    ASSERT_EQ(control_->Request(0, recorded_request.Receive()), S_OK);
-    ASSERT_EQ(control_->Response(0, recorded_response.Receive()), S_OK);
+    ASSERT_HRESULT(S_OK, control_->Request(0, recorded_request.Receive()));
+    ASSERT_HRESULT(S_OK, control_->Response(0, recorded_response.Receive()));
     EXPECT_EQ(Text(recorded_request), "<x/>");
     EXPECT_EQ(View(recorded_response), View(response));
     OwnedBstr beyond;
-    EXPECT_EQ(control_->Request(1, beyond.Receive()), DISP_E_BADINDEX);
-    EXPECT_EQ(control_->Call(-1, beyond.Receive()), DISP_E_BADINDEX);
-    ASSERT_EQ(control_->ClearCalls(), S_OK);
-    EXPECT_EQ(control_->Request(0, beyond.Receive()), DISP_E_BADINDEX);
+    EXPECT_HRESULT(DISP_E_BADINDEX, control_->Request(1, beyond.Receive()));
+    EXPECT_HRESULT(DISP_E_BADINDEX, control_->Call(-1, beyond.Receive()));
+    ASSERT_HRESULT(S_OK, control_->ClearCalls());
+    EXPECT_HRESULT(DISP_E_BADINDEX, control_->Request(0, beyond.Receive()));
     EXPECT_TRUE(Calls().empty());
 }
 
 TEST_F(Server, FailsEachCallAsPlanned) {
-    ASSERT_EQ(control_->FailCall(MakeBstr(L"RequestProcessor.ProcessRequest").Get(), 0x80070005, 2), S_OK);
+    ASSERT_HRESULT(S_OK, control_->FailCall(MakeBstr(L"RequestProcessor.ProcessRequest").Get(), 0x80070005, 2));
     OwnedBstr first;
-    EXPECT_EQ(Exchange(Envelope(""), first), S_OK);
+    EXPECT_HRESULT(S_OK, Exchange(Envelope(""), first));
     OwnedBstr second;
-    EXPECT_EQ(Exchange(Envelope(""), second), E_ACCESSDENIED);
+    EXPECT_HRESULT(E_ACCESSDENIED, Exchange(Envelope(""), second));
     EXPECT_FALSE(second);
     OwnedBstr third;
-    EXPECT_EQ(Exchange(Envelope(""), third), S_OK);
+    EXPECT_HRESULT(S_OK, Exchange(Envelope(""), third));
 }
 
 TEST_F(Server, FailsEveryCallOfANameUntilThePlanIsCleared) {
     const auto broker = host_.Create<IHostObjectBroker>(kHostObjectBrokerClass);
     const OwnedBstr id = MakeBstr(L"{45F5708E-3B43-4FA8-BE7E-A5F1849214CB}");
-    ASSERT_EQ(control_->FailCall(MakeBstr(L"ObjectBroker.CreateObjectFromClassId").Get(), E_OUTOFMEMORY, 0), S_OK);
+    ASSERT_HRESULT(S_OK, control_->FailCall(MakeBstr(L"ObjectBroker.CreateObjectFromClassId").Get(), E_OUTOFMEMORY, 0));
     for (int time = 0; time < 3; ++time) {
         ComPtr<IUnknown> object;
-        EXPECT_EQ(broker->CreateObjectFromClassId(id.Get(), object.Receive()), E_OUTOFMEMORY);
+        EXPECT_HRESULT(E_OUTOFMEMORY, broker->CreateObjectFromClassId(id.Get(), object.Receive()));
         EXPECT_FALSE(object);
     }
-    ASSERT_EQ(control_->ClearFaults(), S_OK);
+    ASSERT_HRESULT(S_OK, control_->ClearFaults());
     ComPtr<IUnknown> object;
-    EXPECT_EQ(broker->CreateObjectFromClassId(id.Get(), object.Receive()), S_OK);
+    EXPECT_HRESULT(S_OK, broker->CreateObjectFromClassId(id.Get(), object.Receive()));
 }
 
 TEST_F(Server, CanFailEveryCallOfTheProcessor) {
     for (const wchar_t* call :
          {L"RequestProcessor.OpenConnection", L"RequestProcessor.CloseConnection", L"RequestProcessor.BeginSession",
           L"RequestProcessor.EndSession", L"RequestProcessor.ProcessRequest"}) {
-        ASSERT_EQ(control_->FailCall(MakeBstr(call).Get(), E_ABORT, 1), S_OK);
+        ASSERT_HRESULT(S_OK, control_->FailCall(MakeBstr(call).Get(), E_ABORT, 1));
     }
     const auto processor = Processor();
     OwnedBstr text;
-    EXPECT_EQ(processor->OpenConnection(nullptr, MakeBstr(L"Test").Get()), E_ABORT);
-    EXPECT_EQ(processor->BeginSession(nullptr, 2, text.Receive()), E_ABORT);
-    EXPECT_EQ(processor->ProcessRequest(nullptr, nullptr, text.Receive()), E_ABORT);
-    EXPECT_EQ(processor->EndSession(nullptr), E_ABORT);
-    EXPECT_EQ(processor->CloseConnection(), E_ABORT);
+    EXPECT_HRESULT(E_ABORT, processor->OpenConnection(nullptr, MakeBstr(L"Test").Get()));
+    EXPECT_HRESULT(E_ABORT, processor->BeginSession(nullptr, 2, text.Receive()));
+    EXPECT_HRESULT(E_ABORT, processor->ProcessRequest(nullptr, nullptr, text.Receive()));
+    EXPECT_HRESULT(E_ABORT, processor->EndSession(nullptr));
+    EXPECT_HRESULT(E_ABORT, processor->CloseConnection());
 }
 
 TEST_F(Server, RefusesPlansThatCannotBe) {
-    EXPECT_EQ(control_->FailCall(MakeBstr(L"RequestProcessor.Dance").Get(), E_FAIL, 1), E_INVALIDARG);
+    EXPECT_HRESULT(E_INVALIDARG, control_->FailCall(MakeBstr(L"RequestProcessor.Dance").Get(), E_FAIL, 1));
     EXPECT_THAT(LastDescription(), StartsWith("FailCall knows no call \"RequestProcessor.Dance\". It knows: "
                                               "AddInGoodies.AttachToCurrentCompany, "));
-    EXPECT_EQ(control_->FailCall(MakeBstr(L"RequestProcessor.EndSession").Get(), 1e300, 1), E_INVALIDARG);
-    EXPECT_EQ(control_->FailCall(MakeBstr(L"RequestProcessor.EndSession").Get(), 0.5, 1), E_INVALIDARG);
-    EXPECT_EQ(control_->FailCall(MakeBstr(L"RequestProcessor.EndSession").Get(), E_FAIL, -1), E_INVALIDARG);
-    EXPECT_EQ(control_->AnswerEmpty(-1), E_INVALIDARG);
+    EXPECT_HRESULT(E_INVALIDARG, control_->FailCall(MakeBstr(L"RequestProcessor.EndSession").Get(), 1e300, 1));
+    EXPECT_HRESULT(E_INVALIDARG, control_->FailCall(MakeBstr(L"RequestProcessor.EndSession").Get(), 0.5, 1));
+    EXPECT_HRESULT(E_INVALIDARG, control_->FailCall(MakeBstr(L"RequestProcessor.EndSession").Get(), E_FAIL, -1));
+    EXPECT_HRESULT(E_INVALIDARG, control_->AnswerEmpty(-1));
 }
 
 TEST_F(Server, AnswersAsPlanned) {
-    ASSERT_EQ(control_->AnswerEmpty(1), S_OK);
-    ASSERT_EQ(control_->AnswerNull(2), S_OK);
-    ASSERT_EQ(control_->AnswerNext(MakeBstr(L"<first/>").Get(), S_FALSE), S_OK);
-    ASSERT_EQ(control_->AnswerNext(MakeBstr(L"second").Get(), S_OK), S_OK);
+    ASSERT_HRESULT(S_OK, control_->AnswerEmpty(1));
+    ASSERT_HRESULT(S_OK, control_->AnswerNull(2));
+    ASSERT_HRESULT(S_OK, control_->AnswerNext(MakeBstr(L"<first/>").Get(), S_FALSE));
+    ASSERT_HRESULT(S_OK, control_->AnswerNext(MakeBstr(L"second").Get(), S_OK));
     const std::string add = Envelope(
         "<AccountAddRq><AccountAdd><Name>Holding</Name><AccountType>Bank</AccountType></AccountAdd></AccountAddRq>");
     OwnedBstr empty;
-    EXPECT_EQ(Exchange(add, empty), S_OK);
+    EXPECT_HRESULT(S_OK, Exchange(add, empty));
     EXPECT_TRUE(empty);
     EXPECT_EQ(Text(empty), "");
     OwnedBstr null;
-    EXPECT_EQ(Exchange(add, null), S_OK);
+    EXPECT_HRESULT(S_OK, Exchange(add, null));
     EXPECT_FALSE(null);
     OwnedBstr first;
-    EXPECT_EQ(Exchange(add, first), S_FALSE);
+    EXPECT_HRESULT(S_FALSE, Exchange(add, first));
     EXPECT_EQ(Text(first), "<first/>");
     OwnedBstr second;
-    EXPECT_EQ(Exchange(add, second), S_OK);
+    EXPECT_HRESULT(S_OK, Exchange(add, second));
     EXPECT_EQ(Text(second), "second");
     // None of these were processed.
     EXPECT_EQ(StatusCode(Ask("<AccountQueryRq><FullName>Holding</FullName></AccountQueryRq>").at(0)), "2050");
@@ -350,40 +351,40 @@ TEST_F(Server, AnswersAsPlanned) {
 TEST_F(Server, BrokerKnowsNoOtherClasses) {
     const auto broker = host_.Create<IHostObjectBroker>(kHostObjectBrokerClass);
     ComPtr<IUnknown> object;
-    EXPECT_EQ(
-        broker->CreateObjectFromClassId(MakeBstr(L"{00000000-0000-0000-C000-000000000046}").Get(), object.Receive()),
-        REGDB_E_CLASSNOTREG);
-    EXPECT_EQ(broker->CreateObjectFromClassId(MakeBstr(L"RequestProcessor").Get(), object.Receive()), CO_E_CLASSSTRING);
-    EXPECT_EQ(broker->CreateObjectFromClassId(nullptr, object.Receive()), CO_E_CLASSSTRING);
-    EXPECT_EQ(broker->CreateObjectFromClassId(nullptr, nullptr), E_POINTER);
+    EXPECT_HRESULT(
+        REGDB_E_CLASSNOTREG,
+        broker->CreateObjectFromClassId(MakeBstr(L"{00000000-0000-0000-C000-000000000046}").Get(), object.Receive()));
+    EXPECT_HRESULT(CO_E_CLASSSTRING,
+                   broker->CreateObjectFromClassId(MakeBstr(L"RequestProcessor").Get(), object.Receive()));
+    EXPECT_HRESULT(CO_E_CLASSSTRING, broker->CreateObjectFromClassId(nullptr, object.Receive()));
+    EXPECT_HRESULT(E_POINTER, broker->CreateObjectFromClassId(nullptr, nullptr));
     EXPECT_FALSE(object);
 }
 
 TEST_F(Server, ObjectsOfTheProcessorAreCalledThroughSlotsOnly) {
     const auto processor = Processor();
     ComPtr<IDispatch> dispatch;
-    ASSERT_EQ(processor.As(dispatch), S_OK);
+    ASSERT_HRESULT(S_OK, processor.As(dispatch));
     UINT count = 9;
-    EXPECT_EQ(dispatch->GetTypeInfoCount(&count), S_OK);
+    EXPECT_HRESULT(S_OK, dispatch->GetTypeInfoCount(&count));
     EXPECT_EQ(count, 0U);
     ComPtr<ITypeInfo> info;
-    EXPECT_EQ(dispatch->GetTypeInfo(0, 0, info.Receive()), E_NOTIMPL);
+    EXPECT_HRESULT(E_NOTIMPL, dispatch->GetTypeInfo(0, 0, info.Receive()));
 }
 
 TEST_F(Server, ControlIsReachedByName) {
     ComPtr<IDispatch> dispatch;
-    ASSERT_EQ(control_.As(dispatch), S_OK);
+    ASSERT_HRESULT(S_OK, control_.As(dispatch));
     std::wstring name = L"companyfile";
     LPOLESTR names = name.data();
     DISPID id = 0;
-    ASSERT_EQ(dispatch->GetIDsOfNames(IID_NULL, &names, 1, LOCALE_USER_DEFAULT, &id), S_OK);
+    ASSERT_HRESULT(S_OK, dispatch->GetIDsOfNames(IID_NULL, &names, 1, LOCALE_USER_DEFAULT, &id));
     EXPECT_EQ(id, 3);
     DISPPARAMS none = {};
     VARIANT result;
     ::VariantInit(&result);
-    ASSERT_EQ(
-        dispatch->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYGET, &none, &result, nullptr, nullptr),
-        S_OK);
+    ASSERT_HRESULT(S_OK, dispatch->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYGET, &none, &result,
+                                          nullptr, nullptr));
     ASSERT_EQ(V_VT(&result), VT_BSTR);
     EXPECT_EQ(View(V_BSTR(&result)), sample_.Path());
     ::VariantClear(&result);
@@ -391,10 +392,10 @@ TEST_F(Server, ControlIsReachedByName) {
 
 TEST_F(Server, HasNoOtherClasses) {
     ComPtr<IClassFactory> factory;
-    EXPECT_EQ(host_.GetClassObject(IID_IUnknown, factory), CLASS_E_CLASSNOTAVAILABLE);
+    EXPECT_HRESULT(CLASS_E_CLASSNOTAVAILABLE, host_.GetClassObject(IID_IUnknown, factory));
 }
 
-TEST_F(Server, StaysLoadedWhileItHasSomethingToRemember) { EXPECT_EQ(host_.CanUnloadNow(), S_FALSE); }
+TEST_F(Server, StaysLoadedWhileItHasSomethingToRemember) { EXPECT_HRESULT(S_FALSE, host_.CanUnloadNow()); }
 
 }  // namespace
 }  // namespace paylodge::refhost

@@ -4,6 +4,7 @@
 
 #include "bridge/bridge_library.hpp"
 #include "tests/support/bstr_allocations.hpp"
+#include "tests/support/hresult.hpp"
 #include "tests/support/live_allocations.hpp"
 #include "tests/unit/bridge/forwarders.hpp"
 
@@ -72,7 +73,7 @@ TEST_P(Forwarding, HandsOverTheStringItself) {
         return;
     }
     StringSink text;
-    EXPECT_EQ(GetParam().run(control_, text.Slot(), nullptr), S_OK);
+    EXPECT_HRESULT(S_OK, GetParam().run(control_, text.Slot(), nullptr));
     ASSERT_EQ(bridge_.given.size(), 1U);
     EXPECT_EQ(text.Get(), bridge_.given[0]);
 }
@@ -84,7 +85,7 @@ TEST_P(Forwarding, LeavesTextsToTheLibrary) {
     const std::wstring kept = L"kept by the library";
     bridge_.text = kept.c_str();
     StringSink text;
-    EXPECT_EQ(GetParam().run(control_, text.Slot(), nullptr), S_OK);
+    EXPECT_HRESULT(S_OK, GetParam().run(control_, text.Slot(), nullptr));
     EXPECT_NE(text.Get(), kept.c_str());
     text.Get()[0] = L'K';
     EXPECT_EQ(kept, L"kept by the library");
@@ -94,7 +95,7 @@ TEST_P(Forwarding, NeedsAPlaceForTheResult) {
     if (GetParam().returns == Returns::kNothing) {
         return;
     }
-    EXPECT_EQ(GetParam().run(control_, nullptr, nullptr), E_POINTER);
+    EXPECT_HRESULT(E_POINTER, GetParam().run(control_, nullptr, nullptr));
 }
 
 TEST_P(Forwarding, LeavesNothingAllocated) {
@@ -102,7 +103,7 @@ TEST_P(Forwarding, LeavesNothingAllocated) {
         GTEST_SKIP() << "OANOCACHE is not set";
     }
     const LiveAllocations live;
-    EXPECT_EQ(Forward(GetParam(), control_).code, S_OK);
+    EXPECT_HRESULT(S_OK, Forward(GetParam(), control_).code);
     EXPECT_EQ(live.Count(), 0);
 }
 
@@ -111,7 +112,7 @@ TEST_P(Forwarding, HasEmptiedTheResultBeforeTheCallWhereItIsNullWithoutTheFuncti
     BoolSink flag;
     std::wstring before;
     bridge_.on_call = [&] { before = text.Show(); };
-    EXPECT_EQ(GetParam().run(control_, text.Slot(), flag.Slot()), S_OK);
+    EXPECT_HRESULT(S_OK, GetParam().run(control_, text.Slot(), flag.Slot()));
     EXPECT_EQ(before, WithoutFunction(GetParam()).text);
 }
 
@@ -124,7 +125,7 @@ TEST_P(Forwarding, RaisesTheFailedAllocationOfItsResult) {
     int last = 0;
     {
         const BstrAllocations allocations;
-        EXPECT_EQ(Forward(GetParam(), control_).code, S_OK);
+        EXPECT_HRESULT(S_OK, Forward(GetParam(), control_).code);
         last = allocations.Count();
     }
     StringSink text;
@@ -134,7 +135,7 @@ TEST_P(Forwarding, RaisesTheFailedAllocationOfItsResult) {
             const HRESULT code = GetParam().run(control_, text.Slot(), nullptr);
             ADD_FAILURE() << "no error was raised, and the code is " << code;
         } catch (const _com_error& error) {
-            EXPECT_EQ(error.Error(), E_OUTOFMEMORY);
+            EXPECT_HRESULT(E_OUTOFMEMORY, error.Error());
         }
         EXPECT_TRUE(allocations.HasFailed());
     }
@@ -152,7 +153,7 @@ TEST_P(Forwarding, GivesLongTextsWhole) {
 
 TEST_F(CardReaderAndServices, GetLongTextsWhole) {
     const std::wstring text(5'000'000, L'\x0416');
-    EXPECT_EQ(control_.StartEMV(Argument(text)), S_OK);
+    EXPECT_HRESULT(S_OK, control_.StartEMV(Argument(text)));
     ASSERT_EQ(bridge_.calls.size(), 1U);
     EXPECT_TRUE(bridge_.calls[0] == L"first: StartEMV(\"" + text + L"\")");
 }
@@ -161,23 +162,23 @@ TEST_F(CardReaderAndServices, GetTheCallersOwnTexts) {
     const Argument amount(L"12.50");
     const Argument header(L"header");
     const Argument body(std::wstring{L'a', L'\0', L'b'});
-    EXPECT_EQ(control_.StartEMV(amount), S_OK);
+    EXPECT_HRESULT(S_OK, control_.StartEMV(amount));
     StringSink token;
-    EXPECT_EQ(control_.GetCardBasedToken2(1, header, body, token.Slot()), S_OK);
+    EXPECT_HRESULT(S_OK, control_.GetCardBasedToken2(1, header, body, token.Slot()));
     EXPECT_EQ(bridge_.texts, (std::vector<const wchar_t*>{amount, header, body}));
 }
 
 TEST_F(CardReaderAndServices, GetNullForNull) {
     StringSink text;
-    EXPECT_EQ(control_.StartEMV(nullptr), S_OK);
-    EXPECT_EQ(control_.DecodeTlvData(nullptr, nullptr, text.Slot()), S_OK);
+    EXPECT_HRESULT(S_OK, control_.StartEMV(nullptr));
+    EXPECT_HRESULT(S_OK, control_.DecodeTlvData(nullptr, nullptr, text.Slot()));
     EXPECT_EQ(bridge_.calls, (Texts{L"first: StartEMV(null)", L"first: GetDecodedTlvData(null, null)"}));
 }
 
 TEST_F(CardReaderAndServices, AreNotAskedForUserDataWithoutAName) {
     for (const wchar_t* const wanted : {static_cast<const wchar_t*>(nullptr), L""}) {
         StringSink data;
-        EXPECT_EQ(control_.GetLHUserData(Argument(wanted), data.Slot()), E_FAIL);
+        EXPECT_HRESULT(E_FAIL, control_.GetLHUserData(Argument(wanted), data.Slot()));
         EXPECT_EQ(data.Get(), nullptr);
     }
     EXPECT_EQ(bridge_.calls, Texts{});
@@ -185,8 +186,8 @@ TEST_F(CardReaderAndServices, AreNotAskedForUserDataWithoutAName) {
 
 TEST_F(CardReaderAndServices, GoOnAfterScriptCallsThatFreeTheLibrary) {
     for (int round = 0; round < 3; ++round) {
-        EXPECT_EQ(control_.ConnectDevice(), S_OK);
-        EXPECT_EQ(control_.ExecuteJavaScript(Argument(L"a"), 0, Argument(L"fn")), S_OK);
+        EXPECT_HRESULT(S_OK, control_.ConnectDevice());
+        EXPECT_HRESULT(S_OK, control_.ExecuteJavaScript(Argument(L"a"), 0, Argument(L"fn")));
         EXPECT_EQ(g_hBridgeModule, nullptr);
         EXPECT_TRUE(IsBridgeLoaded());
     }
@@ -196,12 +197,12 @@ TEST_F(CardReaderAndServices, GoOnAfterScriptCallsThatFreeTheLibrary) {
 
 TEST_F(CardReaderAndServices, HaveTheNamesThatScriptsUse) {
     ComPtr<IDispatch> dispatch;
-    ASSERT_EQ(control_.QueryInterface(IID_IDispatch, dispatch.ReceiveVoid()), S_OK);
+    ASSERT_HRESULT(S_OK, control_.QueryInterface(IID_IDispatch, dispatch.ReceiveVoid()));
     for (const Forwarder& forwarder : Forwarders()) {
         std::wstring name(forwarder.name, forwarder.name + std::strlen(forwarder.name));
         wchar_t* names[] = {name.data()};
         DISPID id = DISPID_UNKNOWN;
-        EXPECT_EQ(dispatch->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id), S_OK) << forwarder.name;
+        EXPECT_HRESULT(S_OK, dispatch->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id)) << forwarder.name;
         EXPECT_EQ(id, 19 + (&forwarder - Forwarders().data())) << forwarder.name;
     }
 }

@@ -4,6 +4,7 @@
 
 #include "bridge/channel_registry.hpp"
 #include "tests/support/bstr_allocations.hpp"
+#include "tests/support/hresult.hpp"
 #include "tests/unit/bridge/control_fixture.hpp"
 
 namespace paylodge::test {
@@ -16,9 +17,9 @@ class Channels : public ControlTest {
     // A push to the current channel.
     [[nodiscard]] HRESULT Push(const wchar_t* data) { return control_.SetTransactionID(Argument(data)); }
     void Subscribe(CPaylodgeCtrl& control, std::wstring_view name) {
-        EXPECT_EQ(control.SubscribeToNotifications2(Argument(name)), S_OK);
+        EXPECT_HRESULT(S_OK, control.SubscribeToNotifications2(Argument(name)));
     }
-    void SetChannelName(std::wstring_view name) { EXPECT_EQ(control_.SetChannelName(Argument(name)), S_OK); }
+    void SetChannelName(std::wstring_view name) { EXPECT_HRESULT(S_OK, control_.SetChannelName(Argument(name))); }
 };
 
 TEST(Process, StartsWithoutControlsOnTheDefaultChannel) {
@@ -31,54 +32,54 @@ TEST(Process, StartsWithoutControlsOnTheDefaultChannel) {
 }
 
 TEST_F(Channels, ASubscriberReceivesThePushesOfTheDefaultChannel) {
-    EXPECT_EQ(control_.SubscribeToNotifications(), S_OK);
-    EXPECT_EQ(Push(L"1"), S_OK);
+    EXPECT_HRESULT(S_OK, control_.SubscribeToNotifications());
+    EXPECT_HRESULT(S_OK, Push(L"1"));
     EXPECT_EQ(events_, Events{L"sink: 5(\"1\")"});
 }
 
 TEST_F(Channels, WithoutASubscriberAPushFails) {
-    EXPECT_EQ(Push(L"1"), E_FAIL);
+    EXPECT_HRESULT(E_FAIL, Push(L"1"));
     EXPECT_EQ(events_, Events{});
 }
 
 TEST_F(Channels, TheLatestSubscriberReceivesThePushes) {
     control_.SubscribeToNotifications();
     other_.SubscribeToNotifications();
-    EXPECT_EQ(Push(L"1"), S_OK);
+    EXPECT_HRESULT(S_OK, Push(L"1"));
     EXPECT_EQ(events_, Events{});
     control_.SubscribeToNotifications();
-    EXPECT_EQ(Push(L"2"), S_OK);
+    EXPECT_HRESULT(S_OK, Push(L"2"));
     EXPECT_EQ(events_, Events{L"sink: 5(\"2\")"});
 }
 
 TEST_F(Channels, UnsubscribingRemovesWhicheverControlIsSubscribed) {
     control_.SubscribeToNotifications();
     other_.SubscribeToNotifications();
-    EXPECT_EQ(control_.UnSubscribeFromNotifications(), S_OK);
-    EXPECT_EQ(Push(L"1"), E_FAIL);
+    EXPECT_HRESULT(S_OK, control_.UnSubscribeFromNotifications());
+    EXPECT_HRESULT(E_FAIL, Push(L"1"));
     Subscribe(other_, L"Feature");
-    EXPECT_EQ(control_.UnSubscribeFromNotifications2(Argument(L"Feature")), S_OK);
+    EXPECT_HRESULT(S_OK, control_.UnSubscribeFromNotifications2(Argument(L"Feature")));
     EXPECT_TRUE(g_mapChannelControls.empty());
 }
 
 TEST_F(Channels, UnsubscribingAnAbsentChannelIsNoError) {
-    EXPECT_EQ(control_.UnSubscribeFromNotifications(), S_OK);
-    EXPECT_EQ(control_.UnSubscribeFromNotifications2(Argument(L"Feature")), S_OK);
-    EXPECT_EQ(control_.UnSubscribeFromNotifications2(nullptr), S_OK);
+    EXPECT_HRESULT(S_OK, control_.UnSubscribeFromNotifications());
+    EXPECT_HRESULT(S_OK, control_.UnSubscribeFromNotifications2(Argument(L"Feature")));
+    EXPECT_HRESULT(S_OK, control_.UnSubscribeFromNotifications2(nullptr));
 }
 
 TEST_F(Channels, BothWaysOfSubscribingMeetUnderTheDefaultName) {
     Subscribe(control_, L"Default");
-    EXPECT_EQ(Push(L"1"), S_OK);
-    EXPECT_EQ(other_.UnSubscribeFromNotifications(), S_OK);
-    EXPECT_EQ(Push(L"2"), E_FAIL);
+    EXPECT_HRESULT(S_OK, Push(L"1"));
+    EXPECT_HRESULT(S_OK, other_.UnSubscribeFromNotifications());
+    EXPECT_HRESULT(E_FAIL, Push(L"2"));
 }
 
 TEST_F(Channels, NamesAreCaseSensitive) {
     Subscribe(control_, L"default");
-    EXPECT_EQ(Push(L"1"), E_FAIL);
+    EXPECT_HRESULT(E_FAIL, Push(L"1"));
     SetChannelName(L"default");
-    EXPECT_EQ(Push(L"2"), S_OK);
+    EXPECT_HRESULT(S_OK, Push(L"2"));
 }
 
 TEST_F(Channels, NamesAreComparedWhole) {
@@ -86,7 +87,7 @@ TEST_F(Channels, NamesAreComparedWhole) {
         Subscribe(control_, name);
     }
     SetChannelName(L"Feature");
-    EXPECT_EQ(Push(L"1"), E_FAIL);
+    EXPECT_HRESULT(E_FAIL, Push(L"1"));
     EXPECT_EQ(g_mapChannelControls.size(), 4U);
 }
 
@@ -96,7 +97,7 @@ TEST_F(Channels, NamesHoldAnyCharacters) {
     for (const std::wstring& name : names) {
         Subscribe(control_, name);
         SetChannelName(name);
-        EXPECT_EQ(Push(L"1"), S_OK);
+        EXPECT_HRESULT(S_OK, Push(L"1"));
     }
     EXPECT_EQ(g_mapChannelControls.size(), std::size(names));
 }
@@ -113,39 +114,39 @@ TEST_F(Channels, NamesAreOrderedByTheirCodeUnits) {
 }
 
 TEST_F(Channels, ANullNameIsTheEmptyName) {
-    EXPECT_EQ(control_.SetChannelName(nullptr), S_OK);
-    EXPECT_EQ(Push(L"1"), E_FAIL);
+    EXPECT_HRESULT(S_OK, control_.SetChannelName(nullptr));
+    EXPECT_HRESULT(E_FAIL, Push(L"1"));
     Subscribe(control_, L"");
-    EXPECT_EQ(Push(L"2"), S_OK);
+    EXPECT_HRESULT(S_OK, Push(L"2"));
     SetChannelName(L"");
-    EXPECT_EQ(Push(L"3"), S_OK);
-    EXPECT_EQ(control_.UnSubscribeFromNotifications2(nullptr), S_OK);
-    EXPECT_EQ(Push(L"4"), E_FAIL);
-    EXPECT_EQ(control_.SubscribeToNotifications2(nullptr), S_OK);
-    EXPECT_EQ(Push(L"5"), S_OK);
+    EXPECT_HRESULT(S_OK, Push(L"3"));
+    EXPECT_HRESULT(S_OK, control_.UnSubscribeFromNotifications2(nullptr));
+    EXPECT_HRESULT(E_FAIL, Push(L"4"));
+    EXPECT_HRESULT(S_OK, control_.SubscribeToNotifications2(nullptr));
+    EXPECT_HRESULT(S_OK, Push(L"5"));
 }
 
 TEST_F(Channels, OneControlReceivesThePushesOfSeveralChannels) {
     Subscribe(control_, L"A");
     Subscribe(control_, L"B");
     SetChannelName(L"A");
-    EXPECT_EQ(Push(L"1"), S_OK);
-    EXPECT_EQ(control_.UnSubscribeFromNotifications2(Argument(L"A")), S_OK);
-    EXPECT_EQ(Push(L"2"), E_FAIL);
+    EXPECT_HRESULT(S_OK, Push(L"1"));
+    EXPECT_HRESULT(S_OK, control_.UnSubscribeFromNotifications2(Argument(L"A")));
+    EXPECT_HRESULT(E_FAIL, Push(L"2"));
     SetChannelName(L"B");
-    EXPECT_EQ(Push(L"3"), S_OK);
+    EXPECT_HRESULT(S_OK, Push(L"3"));
     EXPECT_EQ(events_, (Events{L"sink: 5(\"1\")", L"sink: 5(\"3\")"}));
 }
 
 TEST_F(Channels, TheNameIsSharedByAllControls) {
     Subscribe(control_, L"A");
-    EXPECT_EQ(other_.SetChannelName(Argument(L"A")), S_OK);
-    EXPECT_EQ(Push(L"1"), S_OK);
+    EXPECT_HRESULT(S_OK, other_.SetChannelName(Argument(L"A")));
+    EXPECT_HRESULT(S_OK, Push(L"1"));
 }
 
 TEST_F(Channels, TheNameIsACopy) {
     OwnedBstr name = MakeBstr(L"A");
-    EXPECT_EQ(control_.SetChannelName(name.Get()), S_OK);
+    EXPECT_HRESULT(S_OK, control_.SetChannelName(name.Get()));
     EXPECT_NE(g_bstrChannelName.Get(), name.Get());
     name.Get()[0] = L'B';
     EXPECT_EQ(View(g_bstrChannelName), L"A");
@@ -154,7 +155,7 @@ TEST_F(Channels, TheNameIsACopy) {
 TEST_F(Channels, SettingTheVeryNameThatIsHeldChangesNothing) {
     SetChannelName(L"A");
     BSTR const held = g_bstrChannelName.Get();
-    EXPECT_EQ(control_.SetChannelName(held), S_OK);
+    EXPECT_HRESULT(S_OK, control_.SetChannelName(held));
     EXPECT_EQ(g_bstrChannelName.Get(), held);
     EXPECT_EQ(View(held), L"A");
 }
@@ -175,7 +176,7 @@ TEST_F(Channels, AControlThatIsGoneIsNoSubscriber) {
         Subscribe(*brief.Get(), L"A");
         Subscribe(control_, L"B");
     }
-    EXPECT_EQ(Push(L"1"), E_FAIL);
+    EXPECT_HRESULT(E_FAIL, Push(L"1"));
     EXPECT_EQ(g_mapChannelControls.size(), 1U);
 }
 
@@ -189,7 +190,7 @@ TEST_F(Channels, FailedAllocationsAreRaised) {
     } catch (const _com_error& error) {
         raised = error.Error();
     }
-    EXPECT_EQ(raised, E_OUTOFMEMORY);
+    EXPECT_HRESULT(E_OUTOFMEMORY, raised);
     EXPECT_EQ(View(g_bstrChannelName), L"Default");
 }
 
@@ -197,7 +198,7 @@ class NotificationData : public ControlTest {
   protected:
     [[nodiscard]] std::wstring Get() {
         StringSink data;
-        EXPECT_EQ(other_.get_LHTransactionNotificationData(data.Slot()), S_OK);
+        EXPECT_HRESULT(S_OK, other_.get_LHTransactionNotificationData(data.Slot()));
         return data.Show();
     }
 };
@@ -205,7 +206,7 @@ class NotificationData : public ControlTest {
 TEST_F(NotificationData, IsNullBeforeAnythingIsStored) { EXPECT_EQ(Get(), kNull); }
 
 TEST_F(NotificationData, IsSharedByAllControls) {
-    EXPECT_EQ(control_.put_LHTransactionNotificationData(Argument(L"data")), S_OK);
+    EXPECT_HRESULT(S_OK, control_.put_LHTransactionNotificationData(Argument(L"data")));
     EXPECT_EQ(Get(), L"data");
 }
 
@@ -213,15 +214,15 @@ TEST_F(NotificationData, IsReplacedAndSetBackToNull) {
     control_.put_LHTransactionNotificationData(Argument(L"first"));
     control_.put_LHTransactionNotificationData(Argument(L""));
     EXPECT_EQ(Get(), L"");
-    EXPECT_EQ(control_.put_LHTransactionNotificationData(nullptr), S_OK);
+    EXPECT_HRESULT(S_OK, control_.put_LHTransactionNotificationData(nullptr));
     EXPECT_EQ(Get(), kNull);
 }
 
 TEST_F(NotificationData, KeepsEmbeddedNulsAndOddBytes) {
     const OwnedBstr odd(::SysAllocStringByteLen("a\0b\0\0\0c", 7));
-    EXPECT_EQ(control_.put_LHTransactionNotificationData(odd.Get()), S_OK);
+    EXPECT_HRESULT(S_OK, control_.put_LHTransactionNotificationData(odd.Get()));
     StringSink data;
-    EXPECT_EQ(control_.get_LHTransactionNotificationData(data.Slot()), S_OK);
+    EXPECT_HRESULT(S_OK, control_.get_LHTransactionNotificationData(data.Slot()));
     ASSERT_EQ(::SysStringByteLen(data.Get()), 7U);
     EXPECT_EQ(std::memcmp(data.Get(), odd.Get(), 7), 0);
 }
@@ -238,14 +239,14 @@ TEST_F(NotificationData, IsHandedOutAsANewCopyEachTime) {
 }
 
 TEST_F(NotificationData, NeedsAPlaceForIt) {
-    EXPECT_EQ(control_.get_LHTransactionNotificationData(nullptr), E_POINTER);
+    EXPECT_HRESULT(E_POINTER, control_.get_LHTransactionNotificationData(nullptr));
 }
 
 TEST_F(NotificationData, IsStoredByATransactionChange) {
     control_.SubscribeToNotifications();
-    EXPECT_EQ(control_.NotifyTransactionChanged(Argument(L"changed")), S_OK);
+    EXPECT_HRESULT(S_OK, control_.NotifyTransactionChanged(Argument(L"changed")));
     EXPECT_EQ(Get(), L"changed");
-    EXPECT_EQ(control_.NotifyTransactionChanged(nullptr), S_OK);
+    EXPECT_HRESULT(S_OK, control_.NotifyTransactionChanged(nullptr));
     EXPECT_EQ(Get(), kNull);
 }
 
@@ -253,12 +254,12 @@ TEST_F(NotificationData, IsStoredBeforeTheEventIsRaised) {
     control_.SubscribeToNotifications();
     std::wstring seen;
     sink_->on_event = [&] { seen = Get(); };
-    EXPECT_EQ(control_.NotifyTransactionChanged(Argument(L"changed")), S_OK);
+    EXPECT_HRESULT(S_OK, control_.NotifyTransactionChanged(Argument(L"changed")));
     EXPECT_EQ(seen, L"changed");
 }
 
 TEST_F(NotificationData, IsNotStoredByAChangeThatReachesNobody) {
-    EXPECT_EQ(control_.NotifyTransactionChanged(Argument(L"changed")), E_FAIL);
+    EXPECT_HRESULT(E_FAIL, control_.NotifyTransactionChanged(Argument(L"changed")));
     EXPECT_EQ(Get(), kNull);
 }
 

@@ -3,6 +3,8 @@
 #include "bridge/bridge_library.hpp"
 #include "bridge/channel_registry.hpp"
 
+#include "tests/support/hresult.hpp"
+
 namespace paylodge::test {
 
 StartState g_start_state;
@@ -38,13 +40,13 @@ BridgeObserver* g_observer = nullptr;
 
 [[nodiscard]] ComPtr<IConnectionPoint> EventsOf(CPaylodgeCtrl& control) {
     ComPtr<IConnectionPoint> point;
-    EXPECT_EQ(control.FindConnectionPoint(DIID__IPaylodgeCtrlEvents, point.Receive()), S_OK);
+    EXPECT_HRESULT(S_OK, control.FindConnectionPoint(DIID__IPaylodgeCtrlEvents, point.Receive()));
     return point;
 }
 
 [[nodiscard]] bool HasNotificationData() {
     StringSink data;
-    EXPECT_EQ(Control::Create()->get_LHTransactionNotificationData(data.Slot()), S_OK);
+    EXPECT_HRESULT(S_OK, Control::Create()->get_LHTransactionNotificationData(data.Slot()));
     return data.Get() != nullptr;
 }
 
@@ -149,7 +151,7 @@ STDMETHODIMP EventSink::Invoke(DISPID id, REFIID interface_id, LCID locale, WORD
 
 DWORD Advise(CPaylodgeCtrl& control, EventSink& sink) {
     DWORD cookie = 0;
-    EXPECT_EQ(EventsOf(control)->Advise(&sink, &cookie), S_OK);
+    EXPECT_HRESULT(S_OK, EventsOf(control)->Advise(&sink, &cookie));
     return cookie;
 }
 

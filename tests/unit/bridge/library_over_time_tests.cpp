@@ -2,6 +2,7 @@
 // test.
 
 #include "bridge/bridge_library.hpp"
+#include "tests/support/hresult.hpp"
 #include "tests/unit/bridge/forwarders.hpp"
 
 namespace paylodge::test {
@@ -53,7 +54,7 @@ class LibraryOverTime : public ControlTest {
     }
     void ExpectAllFoundIn(const std::wstring& variant) {
         for (const Forwarder& forwarder : Forwarders()) {
-            EXPECT_EQ(Forward(forwarder, control_).code, S_OK) << forwarder;
+            EXPECT_HRESULT(S_OK, Forward(forwarder, control_).code) << forwarder;
             ASSERT_FALSE(bridge_.calls.empty()) << forwarder;
             EXPECT_EQ(bridge_.calls.back(), variant + L": " + forwarder.call);
         }

@@ -2,6 +2,7 @@
 // function is ever found in this program.
 
 #include "bridge/bridge_library.hpp"
+#include "tests/support/hresult.hpp"
 #include "tests/unit/bridge/forwarders.hpp"
 
 namespace paylodge::test {
@@ -25,7 +26,7 @@ TEST_P(MissingFunctions, AreHarmlessInALibraryWithoutThem) {
     EXPECT_EQ(Forward(GetParam(), control_), WithoutFunction(GetParam()));
     EXPECT_TRUE(IsBridgeLoaded());
     // Only a script call frees what the others have loaded.
-    EXPECT_EQ(control_.ExecuteJavaScript(nullptr, 0, nullptr), E_FAIL);
+    EXPECT_HRESULT(E_FAIL, control_.ExecuteJavaScript(nullptr, 0, nullptr));
     EXPECT_FALSE(IsBridgeLoaded());
 }
 
@@ -35,7 +36,7 @@ TEST(UserData, OfNoNameFailsWithoutTheLibrary) {
     const auto control = Control::Create();
     for (const wchar_t* const wanted : {static_cast<const wchar_t*>(nullptr), L""}) {
         StringSink data;
-        EXPECT_EQ(control->GetLHUserData(Argument(wanted), data.Slot()), E_FAIL);
+        EXPECT_HRESULT(E_FAIL, control->GetLHUserData(Argument(wanted), data.Slot()));
         EXPECT_EQ(data.Get(), nullptr);
     }
 }

@@ -5,6 +5,7 @@
 #include "bridge/bridge_library.hpp"
 #include "bridge/channel_registry.hpp"
 #include "tests/support/bstr_allocations.hpp"
+#include "tests/support/hresult.hpp"
 #include "tests/support/live_allocations.hpp"
 #include "tests/unit/bridge/control_fixture.hpp"
 #include "tests/unit/bridge/script_page.hpp"
@@ -60,7 +61,7 @@ template <class Call>
 // What the process keeps of the last transaction that was notified of.
 [[nodiscard]] std::wstring StoredIn(CPaylodgeCtrl& control) {
     StringSink data;
-    EXPECT_EQ(control.get_LHTransactionNotificationData(data.Slot()), S_OK);
+    EXPECT_HRESULT(S_OK, control.get_LHTransactionNotificationData(data.Slot()));
     return data.Show();
 }
 
@@ -111,32 +112,32 @@ class Pushes : public ControlTest, public ::testing::WithParamInterface<Push> {
 INSTANTIATE_TEST_SUITE_P(Control, Pushes, ::testing::ValuesIn(kPushes), NameOf);
 
 TEST_P(Pushes, RaiseTheirEventWithoutABrowserInstance) {
-    EXPECT_EQ(Send(Argument(L"a \"b\"\nc\\\u2606")), S_OK);
+    EXPECT_HRESULT(S_OK, Send(Argument(L"a \"b\"\nc\\\u2606")));
     ExpectOnlyEvent(L"\"a \"b\"\nc\\\u2606\"");
 }
 
 TEST_P(Pushes, RaiseTheirEventWithNullEmptyAndEmbeddedNuls) {
-    EXPECT_EQ(Send(control_, nullptr), S_OK);
-    EXPECT_EQ(Send(Argument(L"")), S_OK);
-    EXPECT_EQ(Send(Argument(std::wstring{L'a', L'\0', L'b'})), S_OK);
+    EXPECT_HRESULT(S_OK, Send(control_, nullptr));
+    EXPECT_HRESULT(S_OK, Send(Argument(L"")));
+    EXPECT_HRESULT(S_OK, Send(Argument(std::wstring{L'a', L'\0', L'b'})));
     EXPECT_EQ(events_, (Texts{Event(L"null"), Event(L"\"\""), Event(std::wstring{L'"', L'a', L'\0', L'b', L'"'})}));
 }
 
 TEST_P(Pushes, GiveWhatTheSinkAnswers) {
     sink_->code = DISP_E_MEMBERNOTFOUND;
-    EXPECT_EQ(Send(Argument(L"a")), DISP_E_MEMBERNOTFOUND);
+    EXPECT_HRESULT(DISP_E_MEMBERNOTFOUND, Send(Argument(L"a")));
     sink_->code = S_FALSE;
-    EXPECT_EQ(Send(Argument(L"a")), S_FALSE);
+    EXPECT_HRESULT(S_FALSE, Send(Argument(L"a")));
 }
 
 TEST_P(Pushes, SucceedWithoutASink) {
     other_.SubscribeToNotifications();
-    EXPECT_EQ(Send(Argument(L"a")), S_OK);
+    EXPECT_HRESULT(S_OK, Send(Argument(L"a")));
     ExpectNothing();
 }
 
 TEST_P(Pushes, RaiseTheEventOfTheSubscribedControlWhicheverIsCalled) {
-    EXPECT_EQ(Send(other_, Argument(L"a")), S_OK);
+    EXPECT_HRESULT(S_OK, Send(other_, Argument(L"a")));
     ExpectOnlyEvent(L"\"a\"");
 }
 
@@ -145,7 +146,7 @@ TEST_P(Pushes, RaiseTheirEventForAnUndefinedBrowserInstance) {
          {L"undefined", L"UNDEFINED", L"Undefined", static_cast<const wchar_t*>(nullptr)}) {
         ::SetBrowserInstance(browser);
         events_.clear();
-        EXPECT_EQ(Send(Argument(L"a")), S_OK);
+        EXPECT_HRESULT(S_OK, Send(Argument(L"a")));
         ExpectOnlyEvent(L"\"a\"");
     }
 }
@@ -154,14 +155,14 @@ TEST_P(Pushes, FailWithoutASubscriberOnTheChannel) {
     control_.SetChannelName(Argument(L"nobody's"));
     for (const wchar_t* const browser : {L"", L"7"}) {
         ::SetBrowserInstance(browser);
-        EXPECT_EQ(Send(Argument(L"a")), E_FAIL);
+        EXPECT_HRESULT(E_FAIL, Send(Argument(L"a")));
         ExpectNothing();
     }
 }
 
 TEST_P(Pushes, RunTheirScriptInTheBrowserInstanceThatIsNamed) {
     ::SetBrowserInstance(L"7");
-    EXPECT_EQ(Send(Argument(L"a'b\tc")), S_OK);
+    EXPECT_HRESULT(S_OK, Send(Argument(L"a'b\tc")));
     if (IsNeverScript()) {
         ExpectOnlyEvent(L"\"a'b\tc\"");
     } else {
@@ -176,7 +177,7 @@ TEST_P(Pushes, EscapeEitherLineFeedsOrQuotes) {
         return;
     }
     ::SetBrowserInstance(L"7");
-    EXPECT_EQ(Send(Argument(L"\"a\"\n\r\\'b'\n")), S_OK);
+    EXPECT_HRESULT(S_OK, Send(Argument(L"\"a\"\n\r\\'b'\n")));
     EXPECT_EQ(bridge_.calls,
               Texts{Script(GetParam().escaping == Escaping::kQuote ? L"\\\"a\\\"\n\r\\'b'\n" : L"\"a\"\\n\r\\'b'\\n")});
 }
@@ -186,7 +187,7 @@ TEST_P(Pushes, RunTheirScriptWithAnEmptyTextForNull) {
         return;
     }
     ::SetBrowserInstance(L"7");
-    EXPECT_EQ(Send(control_, nullptr), S_OK);
+    EXPECT_HRESULT(S_OK, Send(control_, nullptr));
     EXPECT_EQ(bridge_.calls, Texts{Script(L"")});
 }
 
@@ -195,7 +196,7 @@ TEST_P(Pushes, RunTheirScriptFromAnyControl) {
         return;
     }
     ::SetBrowserInstance(L" undefined");
-    EXPECT_EQ(Send(other_, Argument(L"a")), S_OK);
+    EXPECT_HRESULT(S_OK, Send(other_, Argument(L"a")));
     EXPECT_EQ(bridge_.calls, Texts{Script(L"a", L" undefined")});
 }
 
@@ -208,7 +209,7 @@ TEST_P(Pushes, ArriveInThePage) {
     }
     ::SetBrowserInstance(L"7");
     const bool has_quotes = GetParam().escaping == Escaping::kQuote;
-    EXPECT_EQ(Send(Argument(has_quotes ? L"He said \"hi\", caf\xE9" : L"caf\xE9\nriverside")), S_OK);
+    EXPECT_HRESULT(S_OK, Send(Argument(has_quotes ? L"He said \"hi\", caf\xE9" : L"caf\xE9\nriverside")));
     ASSERT_EQ(bridge_.scripts.size(), 1U);
     const std::wstring function = GetParam().function;
     EXPECT_EQ(RunInPage(bridge_.scripts[0]),
@@ -219,14 +220,14 @@ TEST_P(Pushes, ArriveInThePage) {
 TEST_P(Pushes, AreLostWithoutTheLibrary) {
     ::SetBrowserInstance(L"7");
     const LibraryFolder missing(L".");
-    EXPECT_EQ(Send(Argument(L"a")), IsNeverScript() ? S_OK : E_FAIL);
+    EXPECT_HRESULT(IsNeverScript() ? S_OK : E_FAIL, Send(Argument(L"a")));
     EXPECT_EQ(events_.size(), IsNeverScript() ? 1U : 0U);
 }
 
 TEST_P(Pushes, AreLostWithoutTheFunction) {
     ::SetBrowserInstance(L"7");
     const LibraryFolder without_functions(L"without_functions");
-    EXPECT_EQ(Send(Argument(L"a")), IsNeverScript() ? S_OK : E_FAIL);
+    EXPECT_HRESULT(IsNeverScript() ? S_OK : E_FAIL, Send(Argument(L"a")));
     EXPECT_EQ(events_.size(), IsNeverScript() ? 1U : 0U);
     EXPECT_FALSE(IsBridgeLoaded());
 }
@@ -234,7 +235,7 @@ TEST_P(Pushes, AreLostWithoutTheFunction) {
 TEST_P(Pushes, StoreNothingUnlessTheyNotifyOfATransaction) {
     for (const wchar_t* const browser : {L"", L"7"}) {
         ::SetBrowserInstance(browser);
-        EXPECT_EQ(Send(Argument(browser)), S_OK);
+        EXPECT_HRESULT(S_OK, Send(Argument(browser)));
         EXPECT_EQ(StoredIn(control_), GetParam().event == 1 ? browser : kNull);
     }
 }
@@ -250,7 +251,7 @@ TEST_P(Pushes, RaiseFailedAllocations) {
             sink_->on_event = [&] { allocations.Pause(); };
             const HRESULT code = CodeOf([&] { return Send(control_, data); });
             has_failed = allocations.HasFailed();
-            EXPECT_EQ(code, has_failed ? E_OUTOFMEMORY : S_OK) << number;
+            EXPECT_HRESULT(has_failed ? E_OUTOFMEMORY : S_OK, code) << number;
             ASSERT_LT(number, 10);
         }
     }
@@ -266,9 +267,9 @@ TEST_P(Pushes, LeaveNothingAllocated) {
     const LiveAllocations live;
     {
         const Argument data(L"a");
-        EXPECT_EQ(Send(control_, data), S_OK);
+        EXPECT_HRESULT(S_OK, Send(control_, data));
         ::SetBrowserInstance(L"");
-        EXPECT_EQ(Send(control_, data), S_OK);
+        EXPECT_HRESULT(S_OK, Send(control_, data));
         // What the process keeps is freed too; the first two are older than the count.
         control_.put_LHTransactionNotificationData(nullptr);
         ::SetBrowserInstance(nullptr);
@@ -288,9 +289,9 @@ class TransactionNotifications : public ControlTest {
 
 TEST_F(TransactionNotifications, AreStoredAsTheyAreInScriptModeToo) {
     ::SetBrowserInstance(L"7");
-    EXPECT_EQ(Notify(L"a\n\"b\""), S_OK);
+    EXPECT_HRESULT(S_OK, Notify(L"a\n\"b\""));
     EXPECT_EQ(StoredIn(control_), L"a\n\"b\"");
-    EXPECT_EQ(Notify(nullptr), S_OK);
+    EXPECT_HRESULT(S_OK, Notify(nullptr));
     EXPECT_EQ(StoredIn(control_), kNull);
 }
 
@@ -298,7 +299,7 @@ TEST_F(TransactionNotifications, StayStoredWhenTheirScriptIsLost) {
     ::SetBrowserInstance(L"7");
     for (const wchar_t* const folder : {L".", L"without_functions"}) {
         const LibraryFolder library(folder);
-        EXPECT_EQ(Notify(folder), E_FAIL);
+        EXPECT_HRESULT(E_FAIL, Notify(folder));
         EXPECT_EQ(StoredIn(control_), folder);
     }
 }
@@ -306,13 +307,13 @@ TEST_F(TransactionNotifications, StayStoredWhenTheirScriptIsLost) {
 TEST_F(TransactionNotifications, StayStoredWhenTheirScriptFails) {
     ::SetBrowserInstance(L"7");
     bridge_.on_script = [] { ::RaiseException(EXCEPTION_ACCESS_VIOLATION, 0, 0, nullptr); };
-    EXPECT_EQ(Notify(L"a"), E_FAIL);
+    EXPECT_HRESULT(E_FAIL, Notify(L"a"));
     EXPECT_EQ(StoredIn(control_), L"a");
 }
 
 TEST_F(TransactionNotifications, StayStoredWhenTheSinkFails) {
     sink_->code = E_ABORT;
-    EXPECT_EQ(Notify(L"a"), E_ABORT);
+    EXPECT_HRESULT(E_ABORT, Notify(L"a"));
     EXPECT_EQ(StoredIn(control_), L"a");
 }
 
@@ -321,9 +322,9 @@ TEST_F(TransactionNotifications, AreStoredBeforeTheyAreDelivered) {
     std::wstring in_script;
     sink_->on_event = [&] { at_event = StoredIn(control_); };
     bridge_.on_script = [&] { in_script = StoredIn(control_); };
-    EXPECT_EQ(Notify(L"a"), S_OK);
+    EXPECT_HRESULT(S_OK, Notify(L"a"));
     ::SetBrowserInstance(L"7");
-    EXPECT_EQ(Notify(L"b"), S_OK);
+    EXPECT_HRESULT(S_OK, Notify(L"b"));
     EXPECT_EQ(at_event, L"a");
     EXPECT_EQ(in_script, L"b");
 }
@@ -333,7 +334,7 @@ TEST_F(TransactionNotifications, AreNotStoredWithoutASubscriber) {
     control_.UnSubscribeFromNotifications();
     for (const wchar_t* const browser : {L"", L"7"}) {
         ::SetBrowserInstance(browser);
-        EXPECT_EQ(Notify(L"a"), E_FAIL);
+        EXPECT_HRESULT(E_FAIL, Notify(L"a"));
         EXPECT_EQ(StoredIn(control_), L"older");
     }
 }
@@ -355,14 +356,14 @@ class ReconPayments : public ControlTest {
 };
 
 TEST_F(ReconPayments, RaiseTheirEventWithThreeArguments) {
-    EXPECT_EQ(Send(VARIANT_TRUE), S_OK);
-    EXPECT_EQ(Send(VARIANT_FALSE, nullptr, L""), S_OK);
+    EXPECT_HRESULT(S_OK, Send(VARIANT_TRUE));
+    EXPECT_HRESULT(S_OK, Send(VARIANT_FALSE, nullptr, L""));
     EXPECT_EQ(events_, (Texts{L"sink: 4(\"p1\", \"2024-01-31\", bool -1)", L"sink: 4(null, \"\", bool 0)"}));
 }
 
 TEST_F(ReconPayments, PassTheFlagOnAsItIs) {
-    EXPECT_EQ(Send(1), S_OK);
-    EXPECT_EQ(Send(-2), S_OK);
+    EXPECT_HRESULT(S_OK, Send(1));
+    EXPECT_HRESULT(S_OK, Send(-2));
     EXPECT_EQ(events_,
               (Texts{L"sink: 4(\"p1\", \"2024-01-31\", bool 1)", L"sink: 4(\"p1\", \"2024-01-31\", bool -2)"}));
 }
@@ -372,7 +373,7 @@ TEST_F(ReconPayments, RaiseTheirEventForAnUndefinedBrowserInstance) {
          {L"undefined", L"UNDEFINED", L"Undefined", static_cast<const wchar_t*>(nullptr)}) {
         ::SetBrowserInstance(browser);
         events_.clear();
-        EXPECT_EQ(Send(VARIANT_TRUE), S_OK);
+        EXPECT_HRESULT(S_OK, Send(VARIANT_TRUE));
         EXPECT_EQ(events_, Texts{L"sink: 4(\"p1\", \"2024-01-31\", bool -1)"});
     }
     EXPECT_EQ(bridge_.calls, Texts{});
@@ -381,13 +382,13 @@ TEST_F(ReconPayments, RaiseTheirEventForAnUndefinedBrowserInstance) {
 TEST_F(ReconPayments, RaiseTheirEventWithEmbeddedNuls) {
     const std::wstring payments{L'p', L'\0', L'1'};
     const std::wstring date{L'\0', L'd'};
-    EXPECT_EQ(control_.SetReconPaymentData(Argument(payments), Argument(date), VARIANT_FALSE), S_OK);
+    EXPECT_HRESULT(S_OK, control_.SetReconPaymentData(Argument(payments), Argument(date), VARIANT_FALSE));
     EXPECT_EQ(events_, Texts{L"sink: 4(\"" + payments + L"\", \"" + date + L"\", bool 0)"});
 }
 
 TEST_F(ReconPayments, SucceedWithoutASink) {
     other_.SubscribeToNotifications();
-    EXPECT_EQ(Send(VARIANT_TRUE), S_OK);
+    EXPECT_HRESULT(S_OK, Send(VARIANT_TRUE));
     EXPECT_EQ(events_, Texts{});
 }
 
@@ -395,27 +396,27 @@ TEST_F(ReconPayments, GiveWhatTheLastSinkAnswers) {
     const auto last = MakeSink(L"last");
     const DWORD cookie = Advise(control_, *last.Get());
     sink_->code = E_ABORT;
-    EXPECT_EQ(Send(VARIANT_TRUE), S_OK);
+    EXPECT_HRESULT(S_OK, Send(VARIANT_TRUE));
     last->code = DISP_E_MEMBERNOTFOUND;
-    EXPECT_EQ(Send(VARIANT_TRUE), DISP_E_MEMBERNOTFOUND);
+    EXPECT_HRESULT(DISP_E_MEMBERNOTFOUND, Send(VARIANT_TRUE));
     EXPECT_EQ(events_.size(), 4U);
-    EXPECT_EQ(Unadvise(control_, cookie), S_OK);
-    EXPECT_EQ(Send(VARIANT_TRUE), E_ABORT);
+    EXPECT_HRESULT(S_OK, Unadvise(control_, cookie));
+    EXPECT_HRESULT(E_ABORT, Send(VARIANT_TRUE));
 }
 
 TEST_F(ReconPayments, StoreNothing) {
     for (const wchar_t* const browser : {L"", L"7"}) {
         ::SetBrowserInstance(browser);
-        EXPECT_EQ(Send(VARIANT_TRUE), S_OK);
+        EXPECT_HRESULT(S_OK, Send(VARIANT_TRUE));
         EXPECT_EQ(StoredIn(control_), kNull);
     }
 }
 
 TEST_F(ReconPayments, RunTheirScriptWithThreeStrings) {
     ::SetBrowserInstance(L"7");
-    EXPECT_EQ(Send(VARIANT_FALSE), S_OK);
-    EXPECT_EQ(Send(VARIANT_TRUE), S_OK);
-    EXPECT_EQ(Send(1), S_OK);
+    EXPECT_HRESULT(S_OK, Send(VARIANT_FALSE));
+    EXPECT_HRESULT(S_OK, Send(VARIANT_TRUE));
+    EXPECT_HRESULT(S_OK, Send(1));
     const std::wstring with_true = Script(L"\"p1\",\"2024-01-31\",\"true\"");
     EXPECT_EQ(bridge_.calls, (Texts{Script(L"\"p1\",\"2024-01-31\",\"false\""), with_true, with_true}));
     EXPECT_EQ(events_, Texts{});
@@ -424,17 +425,17 @@ TEST_F(ReconPayments, RunTheirScriptWithThreeStrings) {
 
 TEST_F(ReconPayments, EscapeLineFeedsOfThePaymentsOnly) {
     ::SetBrowserInstance(L"7");
-    EXPECT_EQ(Send(VARIANT_TRUE, L"a\n\"b\"\r", L"c\n\"d\"\r"), S_OK);
-    EXPECT_EQ(Send(VARIANT_TRUE, nullptr, nullptr), S_OK);
+    EXPECT_HRESULT(S_OK, Send(VARIANT_TRUE, L"a\n\"b\"\r", L"c\n\"d\"\r"));
+    EXPECT_HRESULT(S_OK, Send(VARIANT_TRUE, nullptr, nullptr));
     EXPECT_EQ(bridge_.calls,
               (Texts{Script(L"\"a\\n\"b\"\r\",\"c\n\"d\"\r\",\"true\""), Script(L"\"\",\"\",\"true\"")}));
 }
 
 TEST_F(ReconPayments, FailWithoutASubscriber) {
     control_.UnSubscribeFromNotifications();
-    EXPECT_EQ(Send(VARIANT_TRUE), E_FAIL);
+    EXPECT_HRESULT(E_FAIL, Send(VARIANT_TRUE));
     ::SetBrowserInstance(L"7");
-    EXPECT_EQ(Send(VARIANT_TRUE), E_FAIL);
+    EXPECT_HRESULT(E_FAIL, Send(VARIANT_TRUE));
     EXPECT_EQ(bridge_.calls, Texts{});
     EXPECT_EQ(events_, Texts{});
 }
@@ -443,7 +444,7 @@ TEST_F(ReconPayments, AreLostWithoutTheLibraryOrItsFunction) {
     ::SetBrowserInstance(L"7");
     for (const wchar_t* const folder : {L".", L"without_functions"}) {
         const LibraryFolder library(folder);
-        EXPECT_EQ(Send(VARIANT_TRUE), E_FAIL);
+        EXPECT_HRESULT(E_FAIL, Send(VARIANT_TRUE));
         EXPECT_EQ(events_, Texts{});
         EXPECT_FALSE(IsBridgeLoaded());
     }
@@ -453,10 +454,10 @@ TEST_F(ReconPayments, FailWhenAnExceptionLeavesTheFunctionAndFreeTheLibrary) {
 #ifdef _WIN64
     ::SetBrowserInstance(L"7");
     bridge_.throws_at_end = true;
-    EXPECT_EQ(Send(VARIANT_TRUE), E_FAIL);
+    EXPECT_HRESULT(E_FAIL, Send(VARIANT_TRUE));
     ExpectNoLibrary();
     bridge_.throws_at_end = false;
-    EXPECT_EQ(Send(VARIANT_TRUE), S_OK);
+    EXPECT_HRESULT(S_OK, Send(VARIANT_TRUE));
 #else
     GTEST_SKIP() << kNoExceptionsBetweenModules;
 #endif
@@ -466,11 +467,11 @@ TEST_F(ReconPayments, FailWhenAStructuredExceptionLeavesTheFunctionAndFreeTheLib
     ::SetBrowserInstance(L"7");
     for (const DWORD code : kStructuredExceptions) {
         bridge_.on_script = [code] { ::RaiseException(code, 0, 0, nullptr); };
-        EXPECT_EQ(Send(VARIANT_TRUE), E_FAIL);
+        EXPECT_HRESULT(E_FAIL, Send(VARIANT_TRUE));
         ExpectNoLibrary();
     }
     bridge_.on_script = nullptr;
-    EXPECT_EQ(Send(VARIANT_TRUE), S_OK);
+    EXPECT_HRESULT(S_OK, Send(VARIANT_TRUE));
 }
 
 // Requests of the page that the host is told of.
@@ -485,7 +486,7 @@ TEST_F(RequestData, RaisesAnEventWithTheRequestAndTheResponse) {
     control_.SubscribeToNotifications();
     for (const wchar_t* const browser : {L"", L"7"}) {
         ::SetBrowserInstance(browser);
-        EXPECT_EQ(Send(), S_OK);
+        EXPECT_HRESULT(S_OK, Send());
     }
     const std::wstring event = L"sink: 7(\"<Request/>\", \"\")";
     EXPECT_EQ(events_, (Texts{event, event}));
@@ -496,10 +497,10 @@ TEST_F(RequestData, PassesOnWhatTheCallerPlacedInTheResponse) {
     control_.SubscribeToNotifications();
     OwnedBstr response = MakeBstr(L"<Response/>");
     BSTR slot = response.Get();
-    EXPECT_EQ(control_.ProcessLHRequestData(nullptr, &slot), S_OK);
+    EXPECT_HRESULT(S_OK, control_.ProcessLHRequestData(nullptr, &slot));
     EXPECT_EQ(slot, response.Get());
     BSTR none = nullptr;
-    EXPECT_EQ(control_.ProcessLHRequestData(Argument(L"r"), &none), S_OK);
+    EXPECT_HRESULT(S_OK, control_.ProcessLHRequestData(Argument(L"r"), &none));
     EXPECT_EQ(none, nullptr);
     EXPECT_EQ(events_, (Texts{L"sink: 7(null, \"<Response/>\")", L"sink: 7(\"r\", null)"}));
 }
@@ -510,29 +511,29 @@ TEST_F(RequestData, PassesEmbeddedNulsOn) {
     const std::wstring answer{L'\0', L'c'};
     const OwnedBstr response = MakeBstr(answer);
     BSTR slot = response.Get();
-    EXPECT_EQ(control_.ProcessLHRequestData(Argument(request), &slot), S_OK);
+    EXPECT_HRESULT(S_OK, control_.ProcessLHRequestData(Argument(request), &slot));
     EXPECT_EQ(events_, Texts{L"sink: 7(\"" + request + L"\", \"" + answer + L"\")"});
 }
 
 TEST_F(RequestData, WritesNothingBack) {
     control_.SubscribeToNotifications();
-    EXPECT_EQ(Send(), S_OK);
+    EXPECT_HRESULT(S_OK, Send());
     EXPECT_EQ(response_.Show(), kUntouched);
     sink_->code = E_ABORT;
-    EXPECT_EQ(Send(), E_ABORT);
+    EXPECT_HRESULT(E_ABORT, Send());
     EXPECT_EQ(response_.Show(), kUntouched);
 }
 
 TEST_F(RequestData, FailsWithoutASubscriber) {
-    EXPECT_EQ(Send(), E_FAIL);
+    EXPECT_HRESULT(E_FAIL, Send());
     EXPECT_EQ(response_.Show(), kUntouched);
     EXPECT_EQ(events_, Texts{});
 }
 
 TEST_F(RequestData, NeedsAPlaceForTheResponseOnceSomebodyIsSubscribed) {
-    EXPECT_EQ(control_.ProcessLHRequestData(Argument(L"r"), nullptr), E_FAIL);
+    EXPECT_HRESULT(E_FAIL, control_.ProcessLHRequestData(Argument(L"r"), nullptr));
     control_.SubscribeToNotifications();
-    EXPECT_EQ(control_.ProcessLHRequestData(Argument(L"r"), nullptr), E_POINTER);
+    EXPECT_HRESULT(E_POINTER, control_.ProcessLHRequestData(Argument(L"r"), nullptr));
     EXPECT_EQ(events_, Texts{});
 }
 
@@ -548,48 +549,48 @@ class Sinks : public ControlTest {
 };
 
 TEST_F(Sinks, AreCalledInTheOrderInWhichTheyWereConnected) {
-    EXPECT_EQ(Send(), S_OK);
+    EXPECT_HRESULT(S_OK, Send());
     EXPECT_EQ(events_, (Texts{L"sink: 5(\"1\")", L"b: 5(\"1\")", L"c: 5(\"1\")"}));
 }
 
 TEST_F(Sinks, DoNotStopTheOthersWhenTheyFail) {
     sink_->code = E_ABORT;
     b_->code = E_NOTIMPL;
-    EXPECT_EQ(Send(), S_OK);
+    EXPECT_HRESULT(S_OK, Send());
     EXPECT_EQ(events_.size(), 3U);
 }
 
 TEST_F(Sinks, GiveTheResultOfTheLast) {
     c_->code = E_NOTIMPL;
-    EXPECT_EQ(Send(), E_NOTIMPL);
-    EXPECT_EQ(Unadvise(control_, cookie_c_), S_OK);
+    EXPECT_HRESULT(E_NOTIMPL, Send());
+    EXPECT_HRESULT(S_OK, Unadvise(control_, cookie_c_));
     b_->code = S_FALSE;
-    EXPECT_EQ(Send(), S_FALSE);
+    EXPECT_HRESULT(S_FALSE, Send());
 }
 
 TEST_F(Sinks, AreSkippedWhereASlotIsEmpty) {
-    EXPECT_EQ(Unadvise(control_, cookie_b_), S_OK);
-    EXPECT_EQ(Send(), S_OK);
+    EXPECT_HRESULT(S_OK, Unadvise(control_, cookie_b_));
+    EXPECT_HRESULT(S_OK, Send());
     EXPECT_EQ(events_, (Texts{L"sink: 5(\"1\")", L"c: 5(\"1\")"}));
 }
 
 TEST_F(Sinks, MayDisconnectWithinAnEvent) {
     b_->on_event = [this] {
-        EXPECT_EQ(Unadvise(control_, cookie_b_), S_OK);
-        EXPECT_EQ(Unadvise(control_, cookie_c_), S_OK);
+        EXPECT_HRESULT(S_OK, Unadvise(control_, cookie_b_));
+        EXPECT_HRESULT(S_OK, Unadvise(control_, cookie_c_));
     };
-    EXPECT_EQ(Send(), S_OK);
+    EXPECT_HRESULT(S_OK, Send());
     b_->on_event = nullptr;
-    EXPECT_EQ(Send(), S_OK);
+    EXPECT_HRESULT(S_OK, Send());
     EXPECT_EQ(events_, (Texts{L"sink: 5(\"1\")", L"b: 5(\"1\")", L"sink: 5(\"1\")"}));
 }
 
 TEST_F(Sinks, MayPushThemselves) {
     sink_->on_event = [this] {
         sink_->on_event = nullptr;
-        EXPECT_EQ(Send(), S_OK);
+        EXPECT_HRESULT(S_OK, Send());
     };
-    EXPECT_EQ(Send(), S_OK);
+    EXPECT_HRESULT(S_OK, Send());
     EXPECT_EQ(events_.size(), 6U);
 }
 
@@ -602,15 +603,15 @@ TEST_F(Sinks, MayUnsubscribeTheControlAndLetGoOfIt) {
         brief->UnSubscribeFromNotifications();
         brief.Reset();
     };
-    EXPECT_EQ(Send(), S_OK);
-    EXPECT_EQ(Send(), E_FAIL);
+    EXPECT_HRESULT(S_OK, Send());
+    EXPECT_HRESULT(E_FAIL, Send());
     EXPECT_EQ(events_, Texts{L"brief: 5(\"1\")"});
 }
 
 TEST_F(Sinks, GetNoReferenceForGood) {
     b_->AddRef();
     const ULONG before = b_->Release();
-    EXPECT_EQ(Send(), S_OK);
+    EXPECT_HRESULT(S_OK, Send());
     b_->AddRef();
     EXPECT_EQ(b_->Release(), before);
 }
@@ -632,11 +633,11 @@ class ScriptCalls : public ControlTest {
             inner = Execute(L"inner", 0, L"fn");
             fail();
         };
-        EXPECT_EQ(Execute(L"outer", 0, L"fn"), E_FAIL);
-        EXPECT_EQ(inner, S_OK);
+        EXPECT_HRESULT(E_FAIL, Execute(L"outer", 0, L"fn"));
+        EXPECT_HRESULT(S_OK, inner);
         ExpectNoLibrary();
         bridge_.throws_at_end = false;
-        EXPECT_EQ(Execute(L"next", 0, L"fn"), S_OK);
+        EXPECT_HRESULT(S_OK, Execute(L"next", 0, L"fn"));
     }
 
     LibraryFolder library_{L"first"};
@@ -644,9 +645,9 @@ class ScriptCalls : public ControlTest {
 
 TEST_F(ScriptCalls, EscapeLineFeedsForZeroAndQuotesForAnyOtherNumber) {
     ::SetBrowserInstance(L"7");
-    EXPECT_EQ(Execute(L"a\n\"b\"", 0, L"fn"), S_OK);
+    EXPECT_HRESULT(S_OK, Execute(L"a\n\"b\"", 0, L"fn"));
     for (const LONG is_rebill : {1L, -1L, 2L, std::numeric_limits<LONG>::min()}) {
-        EXPECT_EQ(Execute(L"a\n\"b\"", is_rebill, L"fn"), S_OK);
+        EXPECT_HRESULT(S_OK, Execute(L"a\n\"b\"", is_rebill, L"fn"));
     }
     const std::wstring quoted = Call(L"fn(\"a\n\\\"b\\\"\")");
     EXPECT_EQ(bridge_.calls, (Texts{Call(L"fn(\"a\\n\"b\"\")"), quoted, quoted, quoted, quoted}));
@@ -654,33 +655,33 @@ TEST_F(ScriptCalls, EscapeLineFeedsForZeroAndQuotesForAnyOtherNumber) {
 
 TEST_F(ScriptCalls, HaveAnEmptyArgumentForAnEmptyText) {
     ::SetBrowserInstance(L"7");
-    EXPECT_EQ(Execute(L"", 0, L"fn"), S_OK);
-    EXPECT_EQ(Execute(nullptr, 1, L"fn"), S_OK);
-    EXPECT_EQ(Execute(L"a", 0, nullptr), S_OK);
+    EXPECT_HRESULT(S_OK, Execute(L"", 0, L"fn"));
+    EXPECT_HRESULT(S_OK, Execute(nullptr, 1, L"fn"));
+    EXPECT_HRESULT(S_OK, Execute(L"a", 0, nullptr));
     EXPECT_EQ(bridge_.calls, (Texts{Call(L"fn(\"\")"), Call(L"fn(\"\")"), Call(L"(\"a\")")}));
 }
 
 TEST_F(ScriptCalls, RunWhateverTheBrowserInstanceIs) {
     for (const wchar_t* const browser : {L"", L"undefined", L"UNDEFINED"}) {
         ::SetBrowserInstance(browser);
-        EXPECT_EQ(Execute(L"a", 0, L"fn"), S_OK);
+        EXPECT_HRESULT(S_OK, Execute(L"a", 0, L"fn"));
     }
     ::SetBrowserInstance(nullptr);
-    EXPECT_EQ(Execute(L"a", 0, L"fn"), S_OK);
+    EXPECT_HRESULT(S_OK, Execute(L"a", 0, L"fn"));
     EXPECT_EQ(bridge_.calls, (Texts{Call(L"fn(\"a\")", L""), Call(L"fn(\"a\")", L"undefined"),
                                     Call(L"fn(\"a\")", L"UNDEFINED"), Call(L"fn(\"a\")", L"")}));
 }
 
 TEST_F(ScriptCalls, AreInTheAnsiCodePage) {
     ::SetBrowserInstance(L"caf\xE9 \x0416");
-    EXPECT_EQ(Execute(L"\x20AC \xE9 \x0416", 0, L"fn\xE9\x0416"), S_OK);
+    EXPECT_HRESULT(S_OK, Execute(L"\x20AC \xE9 \x0416", 0, L"fn\xE9\x0416"));
     EXPECT_EQ(bridge_.calls, Texts{Call(L"fn\xE9?(\"\x80 \xE9 ?\")", L"caf\xE9 ?")});
 }
 
 // The library takes texts that end with a NUL.
 TEST_F(ScriptCalls, EndAtAnEmbeddedNul) {
     ::SetBrowserInstance(L"7");
-    EXPECT_EQ(control_.ExecuteJavaScript(Argument(std::wstring{L'a', L'\0', L'b'}), 0, Argument(L"fn")), S_OK);
+    EXPECT_HRESULT(S_OK, control_.ExecuteJavaScript(Argument(std::wstring{L'a', L'\0', L'b'}), 0, Argument(L"fn")));
     EXPECT_EQ(bridge_.calls, Texts{Call(L"fn(\"a")});
 }
 
@@ -689,7 +690,7 @@ TEST_F(ScriptCalls, LoadTheLibraryForTheirOwnTimeOnly) {
     bridge_.on_script = [&] { is_loaded = IsBridgeLoaded(); };
     for (int round = 0; round < 3; ++round) {
         is_loaded = false;
-        EXPECT_EQ(Execute(L"a", 0, L"fn"), S_OK);
+        EXPECT_HRESULT(S_OK, Execute(L"a", 0, L"fn"));
         EXPECT_TRUE(is_loaded);
         EXPECT_FALSE(IsBridgeLoaded());
         EXPECT_EQ(g_hBridgeModule, nullptr);
@@ -697,28 +698,28 @@ TEST_F(ScriptCalls, LoadTheLibraryForTheirOwnTimeOnly) {
 }
 
 TEST_F(ScriptCalls, UseTheLibraryThatIsThereAtTheTime) {
-    EXPECT_EQ(Execute(L"a", 0, L"fn"), S_OK);
+    EXPECT_HRESULT(S_OK, Execute(L"a", 0, L"fn"));
     {
         const LibraryFolder second(L"second");
-        EXPECT_EQ(Execute(L"b", 0, L"fn"), S_OK);
+        EXPECT_HRESULT(S_OK, Execute(L"b", 0, L"fn"));
     }
     {
         const LibraryFolder missing(L".");
-        EXPECT_EQ(Execute(L"c", 0, L"fn"), E_FAIL);
+        EXPECT_HRESULT(E_FAIL, Execute(L"c", 0, L"fn"));
     }
     EXPECT_EQ(bridge_.calls, (Texts{Call(L"fn(\"a\")", L""), L"second: ExecuteJavaScript(\"\", \"fn(\"b\")\")"}));
 }
 
 TEST_F(ScriptCalls, FailWithoutTheFunctionAndFreeTheLibrary) {
     const LibraryFolder without_functions(L"without_functions");
-    EXPECT_EQ(Execute(L"a", 0, L"fn"), E_FAIL);
+    EXPECT_HRESULT(E_FAIL, Execute(L"a", 0, L"fn"));
     EXPECT_FALSE(IsBridgeLoaded());
     EXPECT_EQ(g_hBridgeModule, nullptr);
 }
 
 TEST_F(ScriptCalls, FailWhenTheirTextCannotBeMadeAndFreeTheLibrary) {
-    EXPECT_EQ(RunScript([]() -> std::string { throw std::bad_alloc(); }), E_FAIL);
-    EXPECT_EQ(RunScript([]() -> std::string { throw _com_error(E_OUTOFMEMORY); }), E_FAIL);
+    EXPECT_HRESULT(E_FAIL, RunScript([]() -> std::string { throw std::bad_alloc(); }));
+    EXPECT_HRESULT(E_FAIL, RunScript([]() -> std::string { throw _com_error(E_OUTOFMEMORY); }));
     EXPECT_EQ(bridge_.calls, Texts{});
     EXPECT_FALSE(IsBridgeLoaded());
 }
@@ -726,10 +727,10 @@ TEST_F(ScriptCalls, FailWhenTheirTextCannotBeMadeAndFreeTheLibrary) {
 TEST_F(ScriptCalls, FailWhenAnExceptionLeavesTheFunctionAndFreeTheLibrary) {
 #ifdef _WIN64
     bridge_.throws_at_end = true;
-    EXPECT_EQ(Execute(L"a", 0, L"fn"), E_FAIL);
+    EXPECT_HRESULT(E_FAIL, Execute(L"a", 0, L"fn"));
     ExpectNoLibrary();
     bridge_.throws_at_end = false;
-    EXPECT_EQ(Execute(L"b", 0, L"fn"), S_OK);
+    EXPECT_HRESULT(S_OK, Execute(L"b", 0, L"fn"));
 #else
     GTEST_SKIP() << kNoExceptionsBetweenModules;
 #endif
@@ -738,20 +739,20 @@ TEST_F(ScriptCalls, FailWhenAnExceptionLeavesTheFunctionAndFreeTheLibrary) {
 TEST_F(ScriptCalls, FailWhenAStructuredExceptionLeavesTheFunctionAndFreeTheLibrary) {
     for (const DWORD code : kStructuredExceptions) {
         bridge_.on_script = [code] { ::RaiseException(code, 0, 0, nullptr); };
-        EXPECT_EQ(Execute(L"a", 0, L"fn"), E_FAIL);
+        EXPECT_HRESULT(E_FAIL, Execute(L"a", 0, L"fn"));
         ExpectNoLibrary();
     }
     bridge_.on_script = nullptr;
-    EXPECT_EQ(Execute(L"b", 0, L"fn"), S_OK);
+    EXPECT_HRESULT(S_OK, Execute(L"b", 0, L"fn"));
 }
 
 // A script of the library may end in another push.
 TEST_F(ScriptCalls, MayNest) {
     bridge_.on_script = [this] {
         bridge_.on_script = nullptr;
-        EXPECT_EQ(Execute(L"inner", 0, L"fn"), S_OK);
+        EXPECT_HRESULT(S_OK, Execute(L"inner", 0, L"fn"));
     };
-    EXPECT_EQ(Execute(L"outer", 0, L"fn"), S_OK);
+    EXPECT_HRESULT(S_OK, Execute(L"outer", 0, L"fn"));
     EXPECT_EQ(bridge_.calls, (Texts{Call(L"fn(\"outer\")", L""), Call(L"fn(\"inner\")", L"")}));
     EXPECT_FALSE(IsBridgeLoaded());
 }

@@ -2,6 +2,7 @@
 
 #include "bridge/channel_registry.hpp"
 #include "tests/support/fake_site.hpp"
+#include "tests/support/hresult.hpp"
 #include "tests/unit/bridge/control_fixture.hpp"
 
 namespace paylodge::test {
@@ -18,8 +19,8 @@ class RequestNotification : public OperationTest {
     }
     // The object's own channel, and the channel on which the control passes on.
     void UseChannel(std::wstring_view name) {
-        EXPECT_EQ(object_.SetNotificationChannel(Argument(name)), S_OK);
-        EXPECT_EQ(control_->SetChannelName(Argument(name)), S_OK);
+        EXPECT_HRESULT(S_OK, object_.SetNotificationChannel(Argument(name)));
+        EXPECT_HRESULT(S_OK, control_->SetChannelName(Argument(name)));
     }
 
   private:
@@ -51,7 +52,7 @@ TEST_F(RequestNotification, RaisesTheEventInScriptModeToo) {
     UseChannel(L"Feature");
     control_->SubscribeToNotifications2(Argument(L"Feature"));
     ::SetBrowserInstance(L"7");
-    EXPECT_EQ(Process().code, S_OK);
+    EXPECT_HRESULT(S_OK, Process().code);
     EXPECT_EQ(events_.size(), 1U);
 }
 
@@ -62,7 +63,7 @@ TEST_F(RequestNotification, DoesNotCareWhatTheControlAnswers) {
     RespondExactly(L"<R/>");
     EXPECT_EQ(Process(), (Result{S_OK, L"<R/>"}));
     // The control itself looks for the channel of the pushes, on which there is nobody.
-    EXPECT_EQ(control_->SetChannelName(Argument(L"Other")), S_OK);
+    EXPECT_HRESULT(S_OK, control_->SetChannelName(Argument(L"Other")));
     RespondExactly(L"<R/>");
     EXPECT_EQ(Process(), (Result{S_OK, L"<R/>"}));
     EXPECT_EQ(events_.size(), 1U);
@@ -80,41 +81,41 @@ TEST_F(RequestNotification, ReachesTheControlOnTheChannelOfThePushes) {
     const auto pushed = Control::Create();
     const auto pushed_sink = ComObject<EventSink>::Create(L"pushed", events_);
     static_cast<void>(Advise(*pushed.Get(), *pushed_sink.Get()));
-    EXPECT_EQ(object_.SetNotificationChannel(Argument(L"Requests")), S_OK);
+    EXPECT_HRESULT(S_OK, object_.SetNotificationChannel(Argument(L"Requests")));
     control_->SubscribeToNotifications2(Argument(L"Requests"));
     pushed->SubscribeToNotifications2(Argument(L"Pushes"));
-    EXPECT_EQ(control_->SetChannelName(Argument(L"Pushes")), S_OK);
+    EXPECT_HRESULT(S_OK, control_->SetChannelName(Argument(L"Pushes")));
     RespondExactly(L"<R/>");
     EXPECT_EQ(Process(), (Result{S_OK, L"<R/>"}));
     EXPECT_EQ(events_, Texts{L"pushed: 7(\"<Body/>\", \"<R/>\")"});
     // Without a control on the object's own channel nobody passes it on.
     control_->UnSubscribeFromNotifications2(Argument(L"Requests"));
-    EXPECT_EQ(Process().code, S_OK);
+    EXPECT_HRESULT(S_OK, Process().code);
     EXPECT_EQ(events_.size(), 1U);
 }
 
 // Null is the empty name.
 TEST_F(RequestNotification, TellsTheControlOnTheEmptyChannelWithoutAChannelName) {
     control_->SubscribeToNotifications2(Argument(L""));
-    EXPECT_EQ(control_->SetChannelName(nullptr), S_OK);
-    EXPECT_EQ(Process().code, S_OK);
+    EXPECT_HRESULT(S_OK, control_->SetChannelName(nullptr));
+    EXPECT_HRESULT(S_OK, Process().code);
     EXPECT_EQ(events_.size(), 1U);
-    EXPECT_EQ(object_.SetNotificationChannel(Argument(L"Feature")), S_OK);
-    EXPECT_EQ(Process().code, S_OK);
+    EXPECT_HRESULT(S_OK, object_.SetNotificationChannel(Argument(L"Feature")));
+    EXPECT_HRESULT(S_OK, Process().code);
     EXPECT_EQ(events_.size(), 1U);
-    EXPECT_EQ(object_.SetNotificationChannel(nullptr), S_OK);
-    EXPECT_EQ(Process().code, S_OK);
+    EXPECT_HRESULT(S_OK, object_.SetNotificationChannel(nullptr));
+    EXPECT_HRESULT(S_OK, Process().code);
     EXPECT_EQ(events_.size(), 2U);
 }
 
 TEST_F(RequestNotification, TellsTheControlOnTheChannelThatWasSetLast) {
     control_->SubscribeToNotifications2(Argument(L"second"));
-    EXPECT_EQ(control_->SetChannelName(Argument(L"second")), S_OK);
-    EXPECT_EQ(object_.SetNotificationChannel(Argument(L"first")), S_OK);
-    EXPECT_EQ(Process().code, S_OK);
+    EXPECT_HRESULT(S_OK, control_->SetChannelName(Argument(L"second")));
+    EXPECT_HRESULT(S_OK, object_.SetNotificationChannel(Argument(L"first")));
+    EXPECT_HRESULT(S_OK, Process().code);
     EXPECT_EQ(events_, Texts{});
-    EXPECT_EQ(object_.SetNotificationChannel(Argument(L"second")), S_OK);
-    EXPECT_EQ(Process().code, S_OK);
+    EXPECT_HRESULT(S_OK, object_.SetNotificationChannel(Argument(L"second")));
+    EXPECT_HRESULT(S_OK, Process().code);
     EXPECT_EQ(events_.size(), 1U);
 }
 
@@ -122,9 +123,9 @@ TEST_F(RequestNotification, KeepsACopyOfTheChannelName) {
     UseChannel(L"Feature");
     control_->SubscribeToNotifications2(Argument(L"Feature"));
     const Argument name(L"Feature");
-    EXPECT_EQ(object_.SetNotificationChannel(name), S_OK);
+    EXPECT_HRESULT(S_OK, object_.SetNotificationChannel(name));
     static_cast<BSTR>(name)[0] = L'X';
-    EXPECT_EQ(Process().code, S_OK);
+    EXPECT_HRESULT(S_OK, Process().code);
     EXPECT_EQ(events_.size(), 1U);
 }
 
@@ -141,7 +142,7 @@ TEST_F(RequestNotification, TellsNobodyOfARequestOfARefusedPage) {
 TEST_F(RequestNotification, TellsNobodyOfAnotherChannel) {
     UseChannel(L"Feature");
     control_->SubscribeToNotifications2(Argument(L"feature"));
-    EXPECT_EQ(Process().code, S_OK);
+    EXPECT_HRESULT(S_OK, Process().code);
     EXPECT_EQ(events_, Texts{});
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tests/support/bstr_allocations.hpp"
+#include "tests/support/hresult.hpp"
 #include "tests/support/thread_locale.hpp"
 
 namespace paylodge::test {
@@ -99,7 +100,7 @@ TEST_P(LackOfMemory, IsRaised) {
             static_cast<void>(GetParam()(text));
             ADD_FAILURE() << "nothing was raised";
         } catch (const _com_error& error) {
-            EXPECT_EQ(E_OUTOFMEMORY, error.Error());
+            EXPECT_HRESULT(E_OUTOFMEMORY, error.Error());
         }
     }
 }

@@ -8,6 +8,8 @@
 #include <limits>
 #include <new>
 
+#include "tests/support/hresult.hpp"
+
 namespace paylodge {
 namespace {
 
@@ -50,43 +52,43 @@ class ClassObject : public ::testing::Test {
 TEST_F(ClassObject, ComesForEachClassOfTheTable) {
     for (const CLSID& id : {kExampleClass, kOtherClass}) {
         ComPtr<IClassFactory> found;
-        ASSERT_EQ(S_OK, Get(id, IID_IClassFactory, found.ReceiveVoid()));
+        ASSERT_HRESULT(S_OK, Get(id, IID_IClassFactory, found.ReceiveVoid()));
         ComPtr<IPersist> object;
-        ASSERT_EQ(S_OK, found->CreateInstance(nullptr, __uuidof(IPersist), object.ReceiveVoid()));
+        ASSERT_HRESULT(S_OK, found->CreateInstance(nullptr, __uuidof(IPersist), object.ReceiveVoid()));
         CLSID class_id = CLSID_NULL;
-        EXPECT_EQ(S_OK, object->GetClassID(&class_id));
+        EXPECT_HRESULT(S_OK, object->GetClassID(&class_id));
         EXPECT_TRUE(IsEqualCLSID(id, class_id));
     }
 }
 
 TEST_F(ClassObject, UnknownClassIsNotAvailable) {
     void* found = &found;
-    EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE, Get(CLSID_NULL, IID_IClassFactory, &found));
+    EXPECT_HRESULT(CLASS_E_CLASSNOTAVAILABLE, Get(CLSID_NULL, IID_IClassFactory, &found));
     EXPECT_EQ(nullptr, found);
 }
 
 TEST_F(ClassObject, UnknownInterfaceOfAKnownClassIsENoInterface) {
     void* found = &found;
-    EXPECT_EQ(E_NOINTERFACE, Get(kExampleClass, IID_IDispatch, &found));
+    EXPECT_HRESULT(E_NOINTERFACE, Get(kExampleClass, IID_IDispatch, &found));
     EXPECT_EQ(nullptr, found);
 }
 
 TEST_F(ClassObject, WithoutASlotIsEPointer) {
-    EXPECT_EQ(E_POINTER, Get(kExampleClass, IID_IClassFactory, nullptr));
-    EXPECT_EQ(E_POINTER, Get(CLSID_NULL, IID_IClassFactory, nullptr));
+    EXPECT_HRESULT(E_POINTER, Get(kExampleClass, IID_IClassFactory, nullptr));
+    EXPECT_HRESULT(E_POINTER, Get(CLSID_NULL, IID_IClassFactory, nullptr));
 }
 
 TEST_F(ClassObject, HoldsTheModuleWhileItLives) {
-    ASSERT_EQ(S_OK, Get(kExampleClass, IID_IUnknown, factory.ReceiveVoid()));
+    ASSERT_HRESULT(S_OK, Get(kExampleClass, IID_IUnknown, factory.ReceiveVoid()));
     EXPECT_EQ(1, Module::References());
     factory.Reset();
     EXPECT_EQ(0, Module::References());
 }
 
 TEST_F(ClassObject, ObjectsHoldTheModuleWithoutTheirClassObject) {
-    ASSERT_EQ(S_OK, Get(kExampleClass, IID_IClassFactory, factory.ReceiveVoid()));
+    ASSERT_HRESULT(S_OK, Get(kExampleClass, IID_IClassFactory, factory.ReceiveVoid()));
     ComPtr<IUnknown> object;
-    ASSERT_EQ(S_OK, factory->CreateInstance(nullptr, IID_IUnknown, object.ReceiveVoid()));
+    ASSERT_HRESULT(S_OK, factory->CreateInstance(nullptr, IID_IUnknown, object.ReceiveVoid()));
     factory.Reset();
     EXPECT_EQ(1, Module::References());
     EXPECT_EQ(2U, object->AddRef());
@@ -94,25 +96,25 @@ TEST_F(ClassObject, ObjectsHoldTheModuleWithoutTheirClassObject) {
 }
 
 TEST_F(ClassObject, LocksAreCounted) {
-    ASSERT_EQ(S_OK, Get(kExampleClass, IID_IClassFactory, factory.ReceiveVoid()));
-    EXPECT_EQ(S_OK, factory->LockServer(TRUE));
-    EXPECT_EQ(S_OK, factory->LockServer(TRUE));
+    ASSERT_HRESULT(S_OK, Get(kExampleClass, IID_IClassFactory, factory.ReceiveVoid()));
+    EXPECT_HRESULT(S_OK, factory->LockServer(TRUE));
+    EXPECT_HRESULT(S_OK, factory->LockServer(TRUE));
     EXPECT_EQ(3, Module::References());
-    EXPECT_EQ(S_OK, factory->LockServer(FALSE));
+    EXPECT_HRESULT(S_OK, factory->LockServer(FALSE));
     EXPECT_EQ(2, Module::References());
-    EXPECT_EQ(S_OK, factory->LockServer(FALSE));
+    EXPECT_HRESULT(S_OK, factory->LockServer(FALSE));
     EXPECT_EQ(1, Module::References());
 }
 
 TEST_F(ClassObject, CreationFailsWithANullResultAndNothingAlive) {
-    ASSERT_EQ(S_OK, Get(kExampleClass, IID_IClassFactory, factory.ReceiveVoid()));
+    ASSERT_HRESULT(S_OK, Get(kExampleClass, IID_IClassFactory, factory.ReceiveVoid()));
     void* found = &found;
-    EXPECT_EQ(E_NOINTERFACE, factory->CreateInstance(nullptr, IID_IDispatch, &found));
+    EXPECT_HRESULT(E_NOINTERFACE, factory->CreateInstance(nullptr, IID_IDispatch, &found));
     EXPECT_EQ(nullptr, found);
     found = &found;
-    EXPECT_EQ(CLASS_E_NOAGGREGATION, factory->CreateInstance(factory.Get(), __uuidof(IPersist), &found));
+    EXPECT_HRESULT(CLASS_E_NOAGGREGATION, factory->CreateInstance(factory.Get(), __uuidof(IPersist), &found));
     EXPECT_EQ(nullptr, found);
-    EXPECT_EQ(E_POINTER, factory->CreateInstance(nullptr, IID_IUnknown, nullptr));
+    EXPECT_HRESULT(E_POINTER, factory->CreateInstance(nullptr, IID_IUnknown, nullptr));
     EXPECT_EQ(1, Module::References());
 }
 
@@ -146,8 +148,8 @@ class OuterObject final : public Outer {
 class Aggregation : public ClassObject {
   protected:
     Aggregation() {
-        EXPECT_EQ(S_OK, Get(kExampleClass, IID_IClassFactory, factory.ReceiveVoid()));
-        EXPECT_EQ(S_OK, factory->CreateInstance(&outer, IID_IUnknown, outer.part.ReceiveVoid()));
+        EXPECT_HRESULT(S_OK, Get(kExampleClass, IID_IClassFactory, factory.ReceiveVoid()));
+        EXPECT_HRESULT(S_OK, factory->CreateInstance(&outer, IID_IUnknown, outer.part.ReceiveVoid()));
         factory.Reset();
     }
     ~Aggregation() override {
@@ -164,13 +166,13 @@ TEST_F(Aggregation, GivesTheInnerUnknownWithOneReference) {
     EXPECT_EQ(1U, outer.part->Release());
     EXPECT_EQ(1U, outer.references) << "a part holds no reference to the whole";
     ComPtr<IUnknown> inner;
-    EXPECT_EQ(S_OK, outer.part.As(inner));
+    EXPECT_HRESULT(S_OK, outer.part.As(inner));
     EXPECT_EQ(outer.part.Get(), inner.Get());
 }
 
 TEST_F(Aggregation, InterfacesOfThePartCountAndAnswerAsTheWhole) {
     ComPtr<IPersist> persist;
-    ASSERT_EQ(S_OK, outer.QueryInterface(__uuidof(IPersist), persist.ReceiveVoid()));
+    ASSERT_HRESULT(S_OK, outer.QueryInterface(__uuidof(IPersist), persist.ReceiveVoid()));
     EXPECT_EQ(2U, outer.references);
     EXPECT_EQ(3U, persist->AddRef());
     EXPECT_EQ(2U, persist->Release());
@@ -178,20 +180,20 @@ TEST_F(Aggregation, InterfacesOfThePartCountAndAnswerAsTheWhole) {
     outer.part->Release();
 
     ComPtr<IUnknown> identity;
-    ASSERT_EQ(S_OK, persist.As(identity));
+    ASSERT_HRESULT(S_OK, persist.As(identity));
     EXPECT_EQ(static_cast<IUnknown*>(&outer), identity.Get());
     ComPtr<IOleWindow> window;
-    EXPECT_EQ(S_OK, persist.As(window));
+    EXPECT_HRESULT(S_OK, persist.As(window));
     ComPtr<IDispatch> none;
-    EXPECT_EQ(E_NOINTERFACE, persist.As(none));
+    EXPECT_HRESULT(E_NOINTERFACE, persist.As(none));
 }
 
 TEST_F(Aggregation, InnerUnknownAnswersForThePartAlone) {
     void* found = &found;
-    EXPECT_EQ(E_NOINTERFACE, outer.part->QueryInterface(__uuidof(IOleWindow), &found));
+    EXPECT_HRESULT(E_NOINTERFACE, outer.part->QueryInterface(__uuidof(IOleWindow), &found));
     EXPECT_EQ(nullptr, found);
-    EXPECT_EQ(E_POINTER, outer.part->QueryInterface(IID_IUnknown, nullptr));
-    EXPECT_EQ(E_POINTER, outer.part->QueryInterface(__uuidof(IPersist), nullptr));
+    EXPECT_HRESULT(E_POINTER, outer.part->QueryInterface(IID_IUnknown, nullptr));
+    EXPECT_HRESULT(E_POINTER, outer.part->QueryInterface(__uuidof(IPersist), nullptr));
 }
 
 TEST_F(Aggregation, PartHoldsTheModule) {
@@ -202,9 +204,9 @@ TEST_F(Aggregation, PartHoldsTheModule) {
 
 TEST_F(Aggregation, PartWorks) {
     ComPtr<IPersist> persist;
-    ASSERT_EQ(S_OK, outer.QueryInterface(__uuidof(IPersist), persist.ReceiveVoid()));
+    ASSERT_HRESULT(S_OK, outer.QueryInterface(__uuidof(IPersist), persist.ReceiveVoid()));
     CLSID class_id = CLSID_NULL;
-    EXPECT_EQ(S_OK, persist->GetClassID(&class_id));
+    EXPECT_HRESULT(S_OK, persist->GetClassID(&class_id));
     EXPECT_TRUE(IsEqualCLSID(kExampleClass, class_id));
 }
 
@@ -216,7 +218,7 @@ TEST(Module, RaisesAComErrorForEveryAllocationThatFails) {
         ::operator delete(::operator new(impossible));
         ADD_FAILURE() << "nothing was raised";
     } catch (const _com_error& error) {
-        EXPECT_EQ(E_OUTOFMEMORY, error.Error());
+        EXPECT_HRESULT(E_OUTOFMEMORY, error.Error());
     }
     void* const nothing = ::operator new(impossible, std::nothrow);
     EXPECT_EQ(nullptr, nothing);

@@ -11,6 +11,7 @@
 #include "com/object_root.hpp"
 #include "com/variant.hpp"
 #include "paylodge_methods.hpp"
+#include "tests/support/hresult.hpp"
 #include "tests/support/platform.hpp"
 
 namespace paylodge {
@@ -85,30 +86,30 @@ class DispatchImpl : public ::testing::Test {
 
 TEST_F(DispatchImpl, HasOneTypeInfo) {
     UINT count = 7;
-    EXPECT_EQ(S_OK, object->GetTypeInfoCount(&count));
+    EXPECT_HRESULT(S_OK, object->GetTypeInfoCount(&count));
     EXPECT_EQ(1U, count);
-    EXPECT_EQ(E_POINTER, object->GetTypeInfoCount(nullptr));
+    EXPECT_HRESULT(E_POINTER, object->GetTypeInfoCount(nullptr));
 }
 
 TEST_F(DispatchImpl, TypeInfoDescribesTheInterfaceAndIsTheSameEachTime) {
     ComPtr<ITypeInfo> info;
-    ASSERT_EQ(S_OK, object->GetTypeInfo(0, LOCALE_USER_DEFAULT, info.Receive()));
+    ASSERT_HRESULT(S_OK, object->GetTypeInfo(0, LOCALE_USER_DEFAULT, info.Receive()));
     TYPEATTR* attributes = nullptr;
-    ASSERT_EQ(S_OK, info->GetTypeAttr(&attributes));
+    ASSERT_HRESULT(S_OK, info->GetTypeAttr(&attributes));
     EXPECT_TRUE(IsEqualGUID(IID_IPaylodge, attributes->guid));
     info->ReleaseTypeAttr(attributes);
 
     const auto other_object = ComObject<Scriptable>::Create();
     ComPtr<ITypeInfo> again;
-    ASSERT_EQ(S_OK, other_object->GetTypeInfo(0, 0, again.Receive()));
+    ASSERT_HRESULT(S_OK, other_object->GetTypeInfo(0, 0, again.Receive()));
     EXPECT_EQ(info.Get(), again.Get());
 }
 
 TEST_F(DispatchImpl, TypeInfoWithAnotherIndexOrWithoutASlotIsRefused) {
     ComPtr<ITypeInfo> info;
-    EXPECT_EQ(DISP_E_BADINDEX, object->GetTypeInfo(1, LOCALE_USER_DEFAULT, info.Receive()));
+    EXPECT_HRESULT(DISP_E_BADINDEX, object->GetTypeInfo(1, LOCALE_USER_DEFAULT, info.Receive()));
     EXPECT_FALSE(static_cast<bool>(info));
-    EXPECT_EQ(E_POINTER, object->GetTypeInfo(0, LOCALE_USER_DEFAULT, nullptr));
+    EXPECT_HRESULT(E_POINTER, object->GetTypeInfo(0, LOCALE_USER_DEFAULT, nullptr));
 }
 
 // GetIDsOfNames for one name.
@@ -121,7 +122,7 @@ TEST_F(DispatchImpl, TypeInfoWithAnotherIndexOrWithoutASlotIsRefused) {
 TEST_F(DispatchImpl, FindsNamesInAnyLetterCase) {
     for (const wchar_t* name : {L"GetAccounts", L"getaccounts", L"GETACCOUNTS", L"gEtAcCoUnTs"}) {
         DISPID id = DISPID_UNKNOWN;
-        EXPECT_EQ(S_OK, FindId(*object.Get(), name, &id));
+        EXPECT_HRESULT(S_OK, FindId(*object.Get(), name, &id));
         EXPECT_EQ(1, id);
     }
 }
@@ -129,7 +130,7 @@ TEST_F(DispatchImpl, FindsNamesInAnyLetterCase) {
 TEST_F(DispatchImpl, UnknownNamesAreTold) {
     for (const wchar_t* name : {L"", L"GetAccount", L"GetAccountsX", L"get_GetAccounts", L"ProcessLHRequest"}) {
         DISPID id = 7;
-        EXPECT_EQ(DISP_E_UNKNOWNNAME, FindId(*object.Get(), name, &id));
+        EXPECT_HRESULT(DISP_E_UNKNOWNNAME, FindId(*object.Get(), name, &id));
         EXPECT_EQ(DISPID_UNKNOWN, id);
     }
 }
@@ -138,7 +139,7 @@ TEST_F(DispatchImpl, FindsArgumentsBesideTheirMember) {
     std::wstring texts[] = {L"CreateTxns", L"bFullResponse", L"txnRequests"};
     LPOLESTR names[] = {texts[0].data(), texts[1].data(), texts[2].data()};
     DISPID ids[] = {-2, -2, -2};
-    EXPECT_EQ(S_OK, object->GetIDsOfNames(IID_NULL, names, 3, LOCALE_USER_DEFAULT, ids));
+    EXPECT_HRESULT(S_OK, object->GetIDsOfNames(IID_NULL, names, 3, LOCALE_USER_DEFAULT, ids));
     EXPECT_EQ(3, ids[0]);
     EXPECT_EQ(1, ids[1]);
     EXPECT_EQ(0, ids[2]);
@@ -148,10 +149,10 @@ TEST_F(DispatchImpl, NamesAreRefusedForAnotherInterfaceOrWithoutPlaces) {
     DISPID id = 7;
     std::wstring text = L"GetAccounts";
     LPOLESTR names[] = {text.data()};
-    EXPECT_EQ(DISP_E_UNKNOWNINTERFACE, object->GetIDsOfNames(IID_IPaylodge, names, 1, 0, &id));
-    EXPECT_EQ(E_INVALIDARG, object->GetIDsOfNames(IID_NULL, nullptr, 1, 0, &id));
-    EXPECT_EQ(E_INVALIDARG, object->GetIDsOfNames(IID_NULL, names, 1, 0, nullptr));
-    EXPECT_EQ(E_INVALIDARG, object->GetIDsOfNames(IID_NULL, names, 0, 0, &id));
+    EXPECT_HRESULT(DISP_E_UNKNOWNINTERFACE, object->GetIDsOfNames(IID_IPaylodge, names, 1, 0, &id));
+    EXPECT_HRESULT(E_INVALIDARG, object->GetIDsOfNames(IID_NULL, nullptr, 1, 0, &id));
+    EXPECT_HRESULT(E_INVALIDARG, object->GetIDsOfNames(IID_NULL, names, 1, 0, nullptr));
+    EXPECT_HRESULT(E_INVALIDARG, object->GetIDsOfNames(IID_NULL, names, 0, 0, &id));
     EXPECT_EQ(7, id);
 }
 
@@ -159,7 +160,7 @@ TEST_F(DispatchImpl, ArgumentsStandInReverseOrder) {
     const OwnedBstr type = MakeBstr(L"type");
     const OwnedBstr id = MakeBstr(L"id");
     VARIANT arguments[] = {Argument(id), Argument(type)};
-    EXPECT_EQ(S_OK, Invoke(7, {arguments, nullptr, 2, 0}));
+    EXPECT_HRESULT(S_OK, Invoke(7, {arguments, nullptr, 2, 0}));
     EXPECT_EQ(std::vector<std::string>{"OpenTxnForm type id"}, object->calls);
 }
 
@@ -168,7 +169,7 @@ TEST_F(DispatchImpl, NamedArgumentsComeInAnyOrder) {
     const OwnedBstr id = MakeBstr(L"id");
     VARIANT arguments[] = {Argument(type), Argument(id)};
     DISPID named[] = {0, 1};
-    EXPECT_EQ(S_OK, Invoke(7, {arguments, named, 2, 2}));
+    EXPECT_HRESULT(S_OK, Invoke(7, {arguments, named, 2, 2}));
     EXPECT_EQ(std::vector<std::string>{"OpenTxnForm type id"}, object->calls);
 }
 
@@ -176,7 +177,7 @@ TEST_F(DispatchImpl, ReturnsTheResult) {
     const OwnedBstr type = MakeBstr(L"Bank");
     VARIANT arguments[] = {Argument(type)};
     OwnedVariant result;
-    EXPECT_EQ(S_OK, Invoke(1, {arguments, nullptr, 1, 0}, result.Receive()));
+    EXPECT_HRESULT(S_OK, Invoke(1, {arguments, nullptr, 1, 0}, result.Receive()));
     ASSERT_EQ(VT_BSTR, result.Type());
     EXPECT_EQ(L"names", View(result.Bstr()));
 }
@@ -186,7 +187,7 @@ TEST_F(DispatchImpl, FailureIsAnExceptionWithItsCode) {
     const OwnedBstr text = MakeBstr(L"x");
     VARIANT arguments[] = {Argument(text), Argument(text)};
     EXCEPINFO exception{};
-    EXPECT_EQ(DISP_E_EXCEPTION, Invoke(7, {arguments, nullptr, 2, 0}, nullptr, &exception));
+    EXPECT_HRESULT(DISP_E_EXCEPTION, Invoke(7, {arguments, nullptr, 2, 0}, nullptr, &exception));
     EXPECT_EQ(object->result, exception.scode);
     EXPECT_EQ(nullptr, exception.bstrDescription);
 }
@@ -195,12 +196,12 @@ TEST_F(DispatchImpl, FailureIsAnExceptionWithItsCode) {
 TEST_F(DispatchImpl, MemoryThatRunsOutIsReturnedToScripts) {
     OwnedVariant result;
     object->raise = [] { throw std::bad_alloc(); };
-    EXPECT_EQ(E_OUTOFMEMORY, Invoke(2, {}, result.Receive()));
+    EXPECT_HRESULT(E_OUTOFMEMORY, Invoke(2, {}, result.Receive()));
     object->raise = [] { _com_issue_error(E_OUTOFMEMORY); };
     EXCEPINFO exception{};
-    EXPECT_EQ(E_OUTOFMEMORY, Invoke(2, {}, result.Receive(), &exception));
+    EXPECT_HRESULT(E_OUTOFMEMORY, Invoke(2, {}, result.Receive(), &exception));
     object->raise = [] { static_cast<void>(std::string(std::string().max_size(), 'x')); };
-    EXPECT_EQ(E_OUTOFMEMORY, Invoke(2, {}, result.Receive()));
+    EXPECT_HRESULT(E_OUTOFMEMORY, Invoke(2, {}, result.Receive()));
     EXPECT_EQ(VT_EMPTY, result.Type());
     EXPECT_TRUE(object->calls.empty());
 }
@@ -208,15 +209,15 @@ TEST_F(DispatchImpl, MemoryThatRunsOutIsReturnedToScripts) {
 TEST_F(DispatchImpl, ComErrorThatAMemberRaisesIsAnExceptionWithItsCode) {
     object->raise = [] { _com_issue_error(DISP_E_OVERFLOW); };
     EXCEPINFO exception{};
-    EXPECT_EQ(DISP_E_EXCEPTION, Invoke(2, {}, nullptr, &exception));
-    EXPECT_EQ(DISP_E_OVERFLOW, exception.scode);
+    EXPECT_HRESULT(DISP_E_EXCEPTION, Invoke(2, {}, nullptr, &exception));
+    EXPECT_HRESULT(DISP_E_OVERFLOW, exception.scode);
 }
 
 TEST_F(DispatchImpl, AnythingElseThatAMemberRaisesIsUnexpected) {
     object->raise = [] { throw std::runtime_error("unexpected"); };
     EXCEPINFO exception{};
-    EXPECT_EQ(DISP_E_EXCEPTION, Invoke(2, {}, nullptr, &exception));
-    EXPECT_EQ(E_UNEXPECTED, exception.scode);
+    EXPECT_HRESULT(DISP_E_EXCEPTION, Invoke(2, {}, nullptr, &exception));
+    EXPECT_HRESULT(E_UNEXPECTED, exception.scode);
 }
 
 TEST_F(DispatchImpl, CallersOfTheSlotGetWhatAMemberRaises) {
@@ -227,16 +228,16 @@ TEST_F(DispatchImpl, CallersOfTheSlotGetWhatAMemberRaises) {
 TEST_F(DispatchImpl, ErrorOfAnEarlierCallIsNotTakenForThisOne) {
     ComPtr<ICreateErrorInfo> creator;
     ComPtr<IErrorInfo> error;
-    ASSERT_EQ(S_OK, ::CreateErrorInfo(creator.Receive()));
+    ASSERT_HRESULT(S_OK, ::CreateErrorInfo(creator.Receive()));
     const OwnedBstr description = MakeBstr(L"an earlier error");
-    ASSERT_EQ(S_OK, creator->SetDescription(description.Get()));
-    ASSERT_EQ(S_OK, creator.As(error));
-    ASSERT_EQ(S_OK, ::SetErrorInfo(0, error.Get()));
+    ASSERT_HRESULT(S_OK, creator->SetDescription(description.Get()));
+    ASSERT_HRESULT(S_OK, creator.As(error));
+    ASSERT_HRESULT(S_OK, ::SetErrorInfo(0, error.Get()));
 
     object->result = E_FAIL;
     VARIANT arguments[] = {Argument(description), Argument(description)};
     EXCEPINFO exception{};
-    EXPECT_EQ(DISP_E_EXCEPTION, Invoke(7, {arguments, nullptr, 2, 0}, nullptr, &exception));
+    EXPECT_HRESULT(DISP_E_EXCEPTION, Invoke(7, {arguments, nullptr, 2, 0}, nullptr, &exception));
     const OwnedBstr told(exception.bstrDescription);
     EXPECT_FALSE(static_cast<bool>(told));
     ::SysFreeString(exception.bstrSource);
@@ -246,14 +247,14 @@ TEST_F(DispatchImpl, ErrorOfAnEarlierCallIsNotTakenForThisOne) {
 TEST_F(DispatchImpl, CallsThatDoNotFitNeverReachTheObject) {
     const OwnedBstr text = MakeBstr(L"x");
     VARIANT one[] = {Argument(text)};
-    EXPECT_EQ(DISP_E_MEMBERNOTFOUND, Invoke(0x99, {one, nullptr, 1, 0}));
-    EXPECT_EQ(DISP_E_BADPARAMCOUNT, Invoke(1, {nullptr, nullptr, 0, 0}));
-    EXPECT_EQ(E_INVALIDARG, object->Invoke(1, IID_NULL, 0, DISPATCH_METHOD, nullptr, nullptr, nullptr, nullptr));
+    EXPECT_HRESULT(DISP_E_MEMBERNOTFOUND, Invoke(0x99, {one, nullptr, 1, 0}));
+    EXPECT_HRESULT(DISP_E_BADPARAMCOUNT, Invoke(1, {nullptr, nullptr, 0, 0}));
+    EXPECT_HRESULT(E_INVALIDARG, object->Invoke(1, IID_NULL, 0, DISPATCH_METHOD, nullptr, nullptr, nullptr, nullptr));
     DISPPARAMS parameters{one, nullptr, 1, 0};
-    EXPECT_EQ(DISP_E_UNKNOWNINTERFACE,
-              object->Invoke(1, IID_IPaylodge, 0, DISPATCH_METHOD, &parameters, nullptr, nullptr, nullptr));
-    EXPECT_EQ(DISP_E_MEMBERNOTFOUND,
-              object->Invoke(1, IID_NULL, 0, DISPATCH_PROPERTYPUT, &parameters, nullptr, nullptr, nullptr));
+    EXPECT_HRESULT(DISP_E_UNKNOWNINTERFACE,
+                   object->Invoke(1, IID_IPaylodge, 0, DISPATCH_METHOD, &parameters, nullptr, nullptr, nullptr));
+    EXPECT_HRESULT(DISP_E_MEMBERNOTFOUND,
+                   object->Invoke(1, IID_NULL, 0, DISPATCH_PROPERTYPUT, &parameters, nullptr, nullptr, nullptr));
     EXPECT_TRUE(object->calls.empty());
 }
 
@@ -262,8 +263,8 @@ TEST_F(DispatchImpl, ArgumentThatCannotBeConvertedIsNamed) {
     VARIANT arguments[] = {Argument(text), Argument(text)};  // bFullResponse, txnRequests
     DISPPARAMS parameters{arguments, nullptr, 2, 0};
     UINT wrong = 99;
-    EXPECT_EQ(DISP_E_TYPEMISMATCH,
-              object->Invoke(3, IID_NULL, 0, DISPATCH_METHOD, &parameters, nullptr, nullptr, &wrong));
+    EXPECT_HRESULT(DISP_E_TYPEMISMATCH,
+                   object->Invoke(3, IID_NULL, 0, DISPATCH_METHOD, &parameters, nullptr, nullptr, &wrong));
     // Wine does not say which one.
     EXPECT_EQ(test::WindowsOrWine(0U, 99U), wrong);
     EXPECT_TRUE(object->calls.empty());

@@ -6,6 +6,8 @@
 #include <functional>
 #include <stdexcept>
 
+#include "tests/support/hresult.hpp"
+
 namespace paylodge::test {
 namespace {
 
@@ -111,7 +113,7 @@ TEST(GuardedCall, LetsPassWhatItsFilterDoesNotName) {
 }
 
 TEST(HostCall, ReturnsWhatTheHostReturns) {
-    EXPECT_EQ(S_FALSE, CallHost([] { return S_FALSE; }));
+    EXPECT_HRESULT(S_FALSE, CallHost([] { return S_FALSE; }));
 }
 
 TEST(HostCall, RaisesAForeignCppExceptionAsAComError) {
@@ -122,7 +124,7 @@ TEST(HostCall, RaisesAForeignCppExceptionAsAComError) {
         }));
         ADD_FAILURE() << "nothing was raised";
     } catch (const _com_error& error) {
-        EXPECT_EQ(E_FAIL, error.Error());
+        EXPECT_HRESULT(E_FAIL, error.Error());
     }
 }
 
@@ -131,7 +133,7 @@ TEST(HostCall, LetsComErrorsOfThisCompilerThrough) {
         static_cast<void>(CallHost([]() -> HRESULT { throw _com_error(E_ABORT); }));
         ADD_FAILURE() << "nothing was raised";
     } catch (const _com_error& error) {
-        EXPECT_EQ(E_ABORT, error.Error());
+        EXPECT_HRESULT(E_ABORT, error.Error());
     }
 }
 

@@ -4,6 +4,8 @@
 #include <objidl.h>
 #include <ocidl.h>
 
+#include "tests/support/hresult.hpp"
+
 namespace paylodge {
 namespace {
 
@@ -57,7 +59,7 @@ TEST_F(ObjectRoot, AnswersForEveryInterfaceOfItsTable) {
     const auto object = ComObject<Example>::Create();
     for (const IID& id : {__uuidof(IPersistStream), __uuidof(IPersist), __uuidof(IOleWindow), IID_IUnknown}) {
         ComPtr<IUnknown> found;
-        EXPECT_EQ(S_OK, object->QueryInterface(id, found.ReceiveVoid()));
+        EXPECT_HRESULT(S_OK, object->QueryInterface(id, found.ReceiveVoid()));
         EXPECT_EQ(3U, found->AddRef());
         EXPECT_EQ(2U, found->Release());
     }
@@ -67,8 +69,8 @@ TEST_F(ObjectRoot, InterfacesAreTheBasesOfTheObject) {
     const auto object = ComObject<Example>::Create();
     ComPtr<IPersist> persist;
     ComPtr<IOleWindow> window;
-    ASSERT_EQ(S_OK, object.As(persist));
-    ASSERT_EQ(S_OK, object.As(window));
+    ASSERT_HRESULT(S_OK, object.As(persist));
+    ASSERT_HRESULT(S_OK, object.As(window));
     EXPECT_EQ(static_cast<IPersist*>(object.Get()), persist.Get());
     EXPECT_EQ(static_cast<IOleWindow*>(object.Get()), window.Get());
 }
@@ -76,18 +78,18 @@ TEST_F(ObjectRoot, InterfacesAreTheBasesOfTheObject) {
 TEST_F(ObjectRoot, IdentityIsTheSameThroughEveryInterface) {
     const auto object = ComObject<Example>::Create();
     ComPtr<IOleWindow> window;
-    ASSERT_EQ(S_OK, object.As(window));
+    ASSERT_HRESULT(S_OK, object.As(window));
     ComPtr<IUnknown> from_object;
     ComPtr<IUnknown> from_window;
-    ASSERT_EQ(S_OK, object.As(from_object));
-    ASSERT_EQ(S_OK, window.As(from_window));
+    ASSERT_HRESULT(S_OK, object.As(from_object));
+    ASSERT_HRESULT(S_OK, window.As(from_window));
     EXPECT_EQ(from_object.Get(), from_window.Get());
 }
 
 TEST_F(ObjectRoot, UnknownInterfaceGivesNullAndNoReference) {
     const auto object = ComObject<Example>::Create();
     void* found = &found;
-    EXPECT_EQ(E_NOINTERFACE, object->QueryInterface(IID_IDispatch, &found));
+    EXPECT_HRESULT(E_NOINTERFACE, object->QueryInterface(IID_IDispatch, &found));
     EXPECT_EQ(nullptr, found);
     EXPECT_EQ(2U, object->AddRef());
     EXPECT_EQ(1U, object->Release());
@@ -95,8 +97,8 @@ TEST_F(ObjectRoot, UnknownInterfaceGivesNullAndNoReference) {
 
 TEST_F(ObjectRoot, QueryWithoutASlotIsEPointer) {
     const auto object = ComObject<Example>::Create();
-    EXPECT_EQ(E_POINTER, object->QueryInterface(IID_IUnknown, nullptr));
-    EXPECT_EQ(E_POINTER, object->QueryInterface(IID_IDispatch, nullptr));
+    EXPECT_HRESULT(E_POINTER, object->QueryInterface(IID_IUnknown, nullptr));
+    EXPECT_HRESULT(E_POINTER, object->QueryInterface(IID_IDispatch, nullptr));
 }
 
 // What an object does at the end of its life is noted here, with the references to the module at that moment.
@@ -113,9 +115,9 @@ class Neighbour {
     void Release(IPersistStream& object) {
         object.AddRef();
         ComPtr<IPersist> persist;
-        EXPECT_EQ(S_OK, object.QueryInterface(__uuidof(IPersist), persist.ReceiveVoid()));
+        EXPECT_HRESULT(S_OK, object.QueryInterface(__uuidof(IPersist), persist.ReceiveVoid()));
         CLSID id;
-        EXPECT_EQ(S_OK, persist->GetClassID(&id));
+        EXPECT_HRESULT(S_OK, persist->GetClassID(&id));
         persist.Reset();
         g_end.left_by_caller = object.Release();
     }

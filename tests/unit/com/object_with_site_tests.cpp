@@ -5,6 +5,7 @@
 
 #include "com/object_root.hpp"
 #include "tests/support/fake_site.hpp"
+#include "tests/support/hresult.hpp"
 
 namespace paylodge::test {
 namespace {
@@ -28,47 +29,47 @@ class ObjectWithSite : public ::testing::Test {
 
 TEST_F(ObjectWithSite, HasNoneAtFirst) {
     void* found = &found;
-    EXPECT_EQ(E_FAIL, object->GetSite(IID_IUnknown, &found));
+    EXPECT_HRESULT(E_FAIL, object->GetSite(IID_IUnknown, &found));
     EXPECT_EQ(nullptr, found);
 }
 
 TEST_F(ObjectWithSite, HandsOutTheInterfacesOfItsSite) {
-    ASSERT_EQ(S_OK, object->SetSite(first_site.Get()));
+    ASSERT_HRESULT(S_OK, object->SetSite(first_site.Get()));
     ComPtr<IServiceProvider> services;
-    EXPECT_EQ(S_OK, object->GetSite(__uuidof(IServiceProvider), services.ReceiveVoid()));
+    EXPECT_HRESULT(S_OK, object->GetSite(__uuidof(IServiceProvider), services.ReceiveVoid()));
     EXPECT_EQ(first_site.Get(), services.Get());
     EXPECT_EQ(2, first_site.references);
 }
 
 TEST_F(ObjectWithSite, PassesTheSitesRefusalOn) {
-    ASSERT_EQ(S_OK, object->SetSite(first_site.Get()));
+    ASSERT_HRESULT(S_OK, object->SetSite(first_site.Get()));
     first_site.page.services_result = E_ACCESSDENIED;
     void* found = &found;
-    EXPECT_EQ(E_ACCESSDENIED, object->GetSite(__uuidof(IServiceProvider), &found));
+    EXPECT_HRESULT(E_ACCESSDENIED, object->GetSite(__uuidof(IServiceProvider), &found));
     EXPECT_EQ(nullptr, found);
 }
 
 TEST_F(ObjectWithSite, GetWithoutASlotIsEPointer) {
-    EXPECT_EQ(E_POINTER, object->GetSite(IID_IUnknown, nullptr));
-    ASSERT_EQ(S_OK, object->SetSite(first_site.Get()));
-    EXPECT_EQ(E_POINTER, object->GetSite(IID_IUnknown, nullptr));
+    EXPECT_HRESULT(E_POINTER, object->GetSite(IID_IUnknown, nullptr));
+    ASSERT_HRESULT(S_OK, object->SetSite(first_site.Get()));
+    EXPECT_HRESULT(E_POINTER, object->GetSite(IID_IUnknown, nullptr));
 }
 
 TEST_F(ObjectWithSite, HoldsOneReferenceOnTheLatestSite) {
-    ASSERT_EQ(S_OK, object->SetSite(first_site.Get()));
+    ASSERT_HRESULT(S_OK, object->SetSite(first_site.Get()));
     EXPECT_EQ(1, first_site.references);
-    ASSERT_EQ(S_OK, object->SetSite(first_site.Get()));
+    ASSERT_HRESULT(S_OK, object->SetSite(first_site.Get()));
     EXPECT_EQ(1, first_site.references);
-    ASSERT_EQ(S_OK, object->SetSite(second_site.Get()));
+    ASSERT_HRESULT(S_OK, object->SetSite(second_site.Get()));
     EXPECT_EQ(0, first_site.references);
     EXPECT_EQ(1, second_site.references);
-    ASSERT_EQ(S_OK, object->SetSite(nullptr));
+    ASSERT_HRESULT(S_OK, object->SetSite(nullptr));
     EXPECT_EQ(0, second_site.references);
-    ASSERT_EQ(S_OK, object->SetSite(nullptr));
+    ASSERT_HRESULT(S_OK, object->SetSite(nullptr));
 }
 
 TEST_F(ObjectWithSite, LetsTheSiteGoWithTheObject) {
-    ASSERT_EQ(S_OK, object->SetSite(first_site.Get()));
+    ASSERT_HRESULT(S_OK, object->SetSite(first_site.Get()));
     object.Reset();
     EXPECT_EQ(0, first_site.references);
 }

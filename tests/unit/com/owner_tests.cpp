@@ -13,6 +13,7 @@
 #include "com/com_ptr.hpp"
 #include "com/object_root.hpp"
 #include "tests/support/bstr_allocations.hpp"
+#include "tests/support/hresult.hpp"
 
 namespace paylodge::test {
 namespace {
@@ -222,7 +223,7 @@ TEST_F(ComPtrTest, AttachAndDetachPassAReferenceOn) {
 TEST_F(ComPtrTest, ReceivesWhatAFunctionHandsOut) {
     {
         ComPtr<IUnknown> received;
-        EXPECT_EQ(S_OK, object_->QueryInterface(IID_IUnknown, received.ReceiveVoid()));
+        EXPECT_HRESULT(S_OK, object_->QueryInterface(IID_IUnknown, received.ReceiveVoid()));
         EXPECT_EQ(2U, ReferencesOn(object_.Get()));
     }
     EXPECT_EQ(1U, ReferencesOn(object_.Get()));
@@ -230,12 +231,12 @@ TEST_F(ComPtrTest, ReceivesWhatAFunctionHandsOut) {
 
 TEST_F(ComPtrTest, AsksForAnotherInterface) {
     ComPtr<IUnknown> unknown;
-    EXPECT_EQ(S_OK, object_.As(unknown));
+    EXPECT_HRESULT(S_OK, object_.As(unknown));
     EXPECT_EQ(object_.Get(), unknown.Get());
     ComPtr<IDispatch> dispatch;
-    EXPECT_EQ(E_NOINTERFACE, object_.As(dispatch));
+    EXPECT_HRESULT(E_NOINTERFACE, object_.As(dispatch));
     EXPECT_FALSE(dispatch);
-    EXPECT_EQ(E_POINTER, ComPtr<IClassFactory>().As(dispatch));
+    EXPECT_HRESULT(E_POINTER, ComPtr<IClassFactory>().As(dispatch));
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/drawing_surface.hpp"
+#include "tests/support/hresult.hpp"
 #include "tests/support/recording_container.hpp"
 #include "tests/unit/control/test_control.hpp"
 
@@ -27,9 +28,9 @@ class DataObject : public ::testing::Test {
 
 TEST_F(DataObject, RendersTheControlAsAMetafileOfItsExtent) {
     SIZEL extent{2540, 1270};
-    ASSERT_EQ(S_OK, Query<IOleObject>(control_)->SetExtent(DVASPECT_CONTENT, &extent));
+    ASSERT_HRESULT(S_OK, Query<IOleObject>(control_)->SetExtent(DVASPECT_CONTENT, &extent));
     STGMEDIUM medium{};
-    ASSERT_EQ(S_OK, data_->GetData(&picture_, &medium));
+    ASSERT_HRESULT(S_OK, data_->GetData(&picture_, &medium));
     ASSERT_EQ(static_cast<DWORD>(TYMED_MFPICT), medium.tymed);
     EXPECT_EQ(nullptr, medium.pUnkForRelease);
     const auto* const picture = static_cast<const METAFILEPICT*>(::GlobalLock(medium.hMetaFilePict));
@@ -58,7 +59,7 @@ TEST_F(DataObject, RendersTheControlAsAMetafileOfItsExtent) {
 TEST_F(DataObject, ReportsADrawingThatFails) {
     control_->draw_result = E_ABORT;
     STGMEDIUM medium{};
-    EXPECT_EQ(E_ABORT, data_->GetData(&picture_, &medium));
+    EXPECT_HRESULT(E_ABORT, data_->GetData(&picture_, &medium));
     EXPECT_EQ(static_cast<DWORD>(TYMED_NULL), medium.tymed);
 }
 
@@ -69,29 +70,29 @@ TEST_F(DataObject, RendersNothingElse) {
         EXPECT_EQ(result, data_->QueryGetData(&format));
         return result;
     };
-    EXPECT_EQ(S_OK, data_->QueryGetData(&picture_));
-    EXPECT_EQ(DV_E_FORMATETC, refusal({CF_TEXT, nullptr, DVASPECT_CONTENT, -1, TYMED_MFPICT}));
-    EXPECT_EQ(DV_E_DVASPECT, refusal({CF_METAFILEPICT, nullptr, DVASPECT_ICON, -1, TYMED_MFPICT}));
-    EXPECT_EQ(DV_E_LINDEX, refusal({CF_METAFILEPICT, nullptr, DVASPECT_CONTENT, 0, TYMED_MFPICT}));
-    EXPECT_EQ(DV_E_TYMED, refusal({CF_METAFILEPICT, nullptr, DVASPECT_CONTENT, -1, TYMED_HGLOBAL}));
+    EXPECT_HRESULT(S_OK, data_->QueryGetData(&picture_));
+    EXPECT_HRESULT(DV_E_FORMATETC, refusal({CF_TEXT, nullptr, DVASPECT_CONTENT, -1, TYMED_MFPICT}));
+    EXPECT_HRESULT(DV_E_DVASPECT, refusal({CF_METAFILEPICT, nullptr, DVASPECT_ICON, -1, TYMED_MFPICT}));
+    EXPECT_HRESULT(DV_E_LINDEX, refusal({CF_METAFILEPICT, nullptr, DVASPECT_CONTENT, 0, TYMED_MFPICT}));
+    EXPECT_HRESULT(DV_E_TYMED, refusal({CF_METAFILEPICT, nullptr, DVASPECT_CONTENT, -1, TYMED_HGLOBAL}));
     STGMEDIUM medium{};
-    EXPECT_EQ(E_POINTER, data_->GetData(nullptr, &medium));
-    EXPECT_EQ(E_POINTER, data_->GetData(&picture_, nullptr));
-    EXPECT_EQ(E_POINTER, data_->QueryGetData(nullptr));
-    EXPECT_EQ(E_NOTIMPL, data_->GetDataHere(&picture_, &medium));
-    EXPECT_EQ(E_NOTIMPL, data_->SetData(&picture_, &medium, FALSE));
+    EXPECT_HRESULT(E_POINTER, data_->GetData(nullptr, &medium));
+    EXPECT_HRESULT(E_POINTER, data_->GetData(&picture_, nullptr));
+    EXPECT_HRESULT(E_POINTER, data_->QueryGetData(nullptr));
+    EXPECT_HRESULT(E_NOTIMPL, data_->GetDataHere(&picture_, &medium));
+    EXPECT_HRESULT(E_NOTIMPL, data_->SetData(&picture_, &medium, FALSE));
 }
 
 TEST_F(DataObject, EnumeratesItsFormat) {
     ComPtr<IEnumFORMATETC> formats;
-    ASSERT_EQ(S_OK, data_->EnumFormatEtc(DATADIR_GET, formats.Receive()));
+    ASSERT_HRESULT(S_OK, data_->EnumFormatEtc(DATADIR_GET, formats.Receive()));
     FORMATETC format{};
-    EXPECT_EQ(S_OK, formats->Next(1, &format, nullptr));
-    EXPECT_EQ(S_OK, data_->QueryGetData(&format));
-    EXPECT_EQ(S_FALSE, formats->Next(1, &format, nullptr));
+    EXPECT_HRESULT(S_OK, formats->Next(1, &format, nullptr));
+    EXPECT_HRESULT(S_OK, data_->QueryGetData(&format));
+    EXPECT_HRESULT(S_FALSE, formats->Next(1, &format, nullptr));
     ComPtr<IEnumFORMATETC> none;
-    EXPECT_EQ(E_NOTIMPL, data_->EnumFormatEtc(DATADIR_SET, none.Receive()));
-    EXPECT_EQ(E_POINTER, data_->EnumFormatEtc(DATADIR_GET, nullptr));
+    EXPECT_HRESULT(E_NOTIMPL, data_->EnumFormatEtc(DATADIR_SET, none.Receive()));
+    EXPECT_HRESULT(E_POINTER, data_->EnumFormatEtc(DATADIR_GET, nullptr));
 }
 
 TEST_F(DataObject, RendersAlikeForAllDevices) {
@@ -99,50 +100,50 @@ TEST_F(DataObject, RendersAlikeForAllDevices) {
     FORMATETC asked = picture_;
     asked.ptd = &device;
     FORMATETC canonical{};
-    EXPECT_EQ(DATA_S_SAMEFORMATETC, data_->GetCanonicalFormatEtc(&asked, &canonical));
+    EXPECT_HRESULT(DATA_S_SAMEFORMATETC, data_->GetCanonicalFormatEtc(&asked, &canonical));
     EXPECT_EQ(nullptr, canonical.ptd);
     EXPECT_EQ(picture_.cfFormat, canonical.cfFormat);
-    EXPECT_EQ(E_POINTER, data_->GetCanonicalFormatEtc(&asked, nullptr));
+    EXPECT_HRESULT(E_POINTER, data_->GetCanonicalFormatEtc(&asked, nullptr));
 }
 
 TEST_F(DataObject, TellsItsSinksOfANewSize) {
     DWORD cookie = 0;
-    EXPECT_EQ(S_OK, data_->DAdvise(&picture_, ADVF_NODATA, site_.Get(), &cookie));
+    EXPECT_HRESULT(S_OK, data_->DAdvise(&picture_, ADVF_NODATA, site_.Get(), &cookie));
     EXPECT_NE(0u, cookie);
     SIZEL extent{1, 2};
-    EXPECT_EQ(S_OK, Query<IOleObject>(control_)->SetExtent(DVASPECT_CONTENT, &extent));
+    EXPECT_HRESULT(S_OK, Query<IOleObject>(control_)->SetExtent(DVASPECT_CONTENT, &extent));
     EXPECT_EQ("OnDataChange", record_.Take());
-    EXPECT_EQ(S_OK, data_->DUnadvise(cookie));
-    EXPECT_EQ(OLE_E_NOCONNECTION, data_->DUnadvise(cookie));
+    EXPECT_HRESULT(S_OK, data_->DUnadvise(cookie));
+    EXPECT_HRESULT(OLE_E_NOCONNECTION, data_->DUnadvise(cookie));
     extent = {3, 4};
-    EXPECT_EQ(S_OK, Query<IOleObject>(control_)->SetExtent(DVASPECT_CONTENT, &extent));
+    EXPECT_HRESULT(S_OK, Query<IOleObject>(control_)->SetExtent(DVASPECT_CONTENT, &extent));
     EXPECT_EQ("", record_.Take());
 }
 
 TEST_F(DataObject, GivesItsSinksThePicture) {
     DWORD cookie = 0;
-    EXPECT_EQ(S_OK, data_->DAdvise(&picture_, ADVF_PRIMEFIRST, site_.Get(), &cookie));
+    EXPECT_HRESULT(S_OK, data_->DAdvise(&picture_, ADVF_PRIMEFIRST, site_.Get(), &cookie));
     EXPECT_EQ("OnDataChangeWithData", record_.Take());
-    EXPECT_EQ(S_OK, data_->DUnadvise(cookie));
+    EXPECT_HRESULT(S_OK, data_->DUnadvise(cookie));
 }
 
 TEST_F(DataObject, AnswersNullPointersOfItsSinks) {
     DWORD cookie = 1;
-    EXPECT_EQ(E_INVALIDARG, data_->DAdvise(&picture_, 0, nullptr, &cookie));
+    EXPECT_HRESULT(E_INVALIDARG, data_->DAdvise(&picture_, 0, nullptr, &cookie));
     EXPECT_EQ(0u, cookie);
-    EXPECT_EQ(E_POINTER, data_->DAdvise(nullptr, 0, site_.Get(), &cookie));
-    EXPECT_EQ(E_POINTER, data_->DAdvise(&picture_, 0, site_.Get(), nullptr));
-    EXPECT_EQ(E_POINTER, data_->EnumDAdvise(nullptr));
-    EXPECT_EQ(OLE_E_NOCONNECTION, data_->DUnadvise(1));
+    EXPECT_HRESULT(E_POINTER, data_->DAdvise(nullptr, 0, site_.Get(), &cookie));
+    EXPECT_HRESULT(E_POINTER, data_->DAdvise(&picture_, 0, site_.Get(), nullptr));
+    EXPECT_HRESULT(E_POINTER, data_->EnumDAdvise(nullptr));
+    EXPECT_HRESULT(OLE_E_NOCONNECTION, data_->DUnadvise(1));
 }
 
 TEST_F(DataObject, EnumeratesItsAdviseConnections) {
     DWORD cookie = 0;
-    EXPECT_EQ(S_OK, data_->DAdvise(&picture_, ADVF_NODATA, site_.Get(), &cookie));
+    EXPECT_HRESULT(S_OK, data_->DAdvise(&picture_, ADVF_NODATA, site_.Get(), &cookie));
     ComPtr<IEnumSTATDATA> connections;
-    ASSERT_EQ(S_OK, data_->EnumDAdvise(connections.Receive()));
+    ASSERT_HRESULT(S_OK, data_->EnumDAdvise(connections.Receive()));
     STATDATA connection{};
-    EXPECT_EQ(S_OK, connections->Next(1, &connection, nullptr));
+    EXPECT_HRESULT(S_OK, connections->Next(1, &connection, nullptr));
     EXPECT_EQ(cookie, connection.dwConnection);
     connection.pAdvSink->Release();
     ::CoTaskMemFree(connection.formatetc.ptd);

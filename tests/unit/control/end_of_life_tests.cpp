@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/hresult.hpp"
 #include "tests/support/recording_container.hpp"
 #include "tests/unit/control/test_control.hpp"
 
@@ -19,9 +20,9 @@ class EndOfLife : public ::testing::Test {
             ++last_words_;
             EXPECT_GT(Module::References(), modules_before_) << "the module is held";
             ComPtr<IOleObject> object;
-            ASSERT_EQ(S_OK, control_->QueryInterface(IID_IOleObject, object.ReceiveVoid()));
+            ASSERT_HRESULT(S_OK, control_->QueryInterface(IID_IOleObject, object.ReceiveVoid()));
             SIZEL size{};
-            EXPECT_EQ(S_OK, object->GetExtent(DVASPECT_CONTENT, &size));
+            EXPECT_HRESULT(S_OK, object->GetExtent(DVASPECT_CONTENT, &size));
             EXPECT_EQ(5080, size.cx);
             EXPECT_EQ(2u, object->AddRef() - 1);
             object->Release();
@@ -40,10 +41,10 @@ TEST_F(EndOfLife, EachOfItsHoldersIsReleasedWhileTheControlIsWhole) {
     auto control = ComObject<TestControl>::Create();
     control_ = control.Get();
     DWORD cookie = 0;
-    EXPECT_EQ(S_OK, Query<IOleObject>(control)->SetClientSite(NewSite().Get()));
-    EXPECT_EQ(S_OK, Query<IOleObject>(control)->Advise(NewSite().Get(), &cookie));
-    EXPECT_EQ(S_OK, Query<IViewObjectEx>(control)->SetAdvise(DVASPECT_CONTENT, 0, NewSite().Get()));
-    EXPECT_EQ(S_OK, Query<IObjectWithSite>(control)->SetSite(static_cast<IOleClientSite*>(NewSite().Get())));
+    EXPECT_HRESULT(S_OK, Query<IOleObject>(control)->SetClientSite(NewSite().Get()));
+    EXPECT_HRESULT(S_OK, Query<IOleObject>(control)->Advise(NewSite().Get(), &cookie));
+    EXPECT_HRESULT(S_OK, Query<IViewObjectEx>(control)->SetAdvise(DVASPECT_CONTENT, 0, NewSite().Get()));
+    EXPECT_HRESULT(S_OK, Query<IObjectWithSite>(control)->SetSite(static_cast<IOleClientSite*>(NewSite().Get())));
     EXPECT_EQ(0, last_words_);
     control.Reset();
     EXPECT_EQ(4, last_words_);
@@ -53,8 +54,8 @@ TEST_F(EndOfLife, SinksAreReleasedWhileTheControlIsWhole) {
     auto control = ComObject<TestControl>::Create();
     control_ = control.Get();
     ComPtr<IConnectionPoint> point;
-    ASSERT_EQ(S_OK, Query<IConnectionPointContainer>(control)->FindConnectionPoint(DIID__IPaylodgeCtrlEvents,
-                                                                                   point.Receive()));
+    ASSERT_HRESULT(S_OK, Query<IConnectionPointContainer>(control)->FindConnectionPoint(DIID__IPaylodgeCtrlEvents,
+                                                                                        point.Receive()));
     class SinkWithLastWord : public RecordingSink {
       public:
         using RecordingSink::RecordingSink;
@@ -68,7 +69,7 @@ TEST_F(EndOfLife, SinksAreReleasedWhileTheControlIsWhole) {
         EXPECT_EQ(1u, control_->Release());
     };
     DWORD cookie = 0;
-    EXPECT_EQ(S_OK, point->Advise(sink.Get(), &cookie));
+    EXPECT_HRESULT(S_OK, point->Advise(sink.Get(), &cookie));
     sink.Reset();
     point.Reset();
     control.Reset();

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/hresult.hpp"
 #include "tests/support/recording_container.hpp"
 #include "tests/unit/control/test_control.hpp"
 
@@ -24,12 +25,12 @@ class InPlace : public ::testing::Test {
         site_->parent = ::CreateWindowExW(0, L"Static", L"", WS_CHILD | WS_VISIBLE, 0, 0, 400, 300, desktop_window_,
                                           nullptr, nullptr, nullptr);
         ASSERT_NE(nullptr, site_->parent);
-        ASSERT_EQ(S_OK, object_->SetClientSite(site_.Get()));
+        ASSERT_HRESULT(S_OK, object_->SetClientSite(site_.Get()));
     }
     void TearDown() override {
         if (object_) {
-            EXPECT_EQ(S_OK, object_->Close(OLECLOSE_NOSAVE));
-            EXPECT_EQ(S_OK, object_->SetClientSite(nullptr));
+            EXPECT_HRESULT(S_OK, object_->Close(OLECLOSE_NOSAVE));
+            EXPECT_HRESULT(S_OK, object_->SetClientSite(nullptr));
         }
         object_.Reset();
         in_place_.Reset();
@@ -46,7 +47,7 @@ class InPlace : public ::testing::Test {
 
     HRESULT Do(LONG verb) { return object_->DoVerb(verb, nullptr, site_.Get(), 0, site_->parent, nullptr); }
     void ShowControl() {
-        ASSERT_EQ(S_OK, Do(OLEIVERB_SHOW));
+        ASSERT_HRESULT(S_OK, Do(OLEIVERB_SHOW));
         ASSERT_EQ(kActivation, record_.Take());
     }
     [[nodiscard]] HWND ControlWindow() {
@@ -80,12 +81,12 @@ class InPlace : public ::testing::Test {
 
 TEST_F(InPlace, HasNoWindowBeforeItIsActivated) {
     HWND window = site_->parent;
-    EXPECT_EQ(E_FAIL, in_place_->GetWindow(&window));
+    EXPECT_HRESULT(E_FAIL, in_place_->GetWindow(&window));
     EXPECT_EQ(nullptr, window);
-    EXPECT_EQ(E_POINTER, in_place_->GetWindow(nullptr));
+    EXPECT_HRESULT(E_POINTER, in_place_->GetWindow(nullptr));
     const auto active_object = Query<IOleInPlaceActiveObject>(control_);
     window = site_->parent;
-    EXPECT_EQ(E_FAIL, active_object->GetWindow(&window));
+    EXPECT_HRESULT(E_FAIL, active_object->GetWindow(&window));
     EXPECT_EQ(nullptr, window);
 }
 
@@ -97,7 +98,7 @@ TEST_F(InPlace, ShowsAChildWindowWhereTheSiteSays) {
     EXPECT_EQ(0, ::GetWindowLongPtrW(ControlWindow(), GWL_EXSTYLE));
     ExpectPlace(site_->position);
     HWND window = nullptr;
-    EXPECT_EQ(S_OK, Query<IOleInPlaceActiveObject>(control_)->GetWindow(&window));
+    EXPECT_HRESULT(S_OK, Query<IOleInPlaceActiveObject>(control_)->GetWindow(&window));
     EXPECT_EQ(ControlWindow(), window);
 }
 
@@ -115,26 +116,26 @@ TEST_F(InPlace, DrawsItselfInItsWindow) {
 
 TEST_F(InPlace, ActivationVerbsShowIt) {
     for (const LONG verb : {OLEIVERB_PRIMARY, OLEIVERB_SHOW, OLEIVERB_OPEN, OLEIVERB_INPLACEACTIVATE}) {
-        EXPECT_EQ(S_OK, Do(verb)) << verb;
+        EXPECT_HRESULT(S_OK, Do(verb)) << verb;
         EXPECT_EQ(kActivation, record_.Take()) << verb;
         EXPECT_NE(nullptr, ControlWindow()) << verb;
-        EXPECT_EQ(S_OK, in_place_->InPlaceDeactivate());
+        EXPECT_HRESULT(S_OK, in_place_->InPlaceDeactivate());
         EXPECT_EQ("OnInPlaceDeactivate", record_.Take());
     }
-    EXPECT_EQ(OLEOBJ_S_INVALIDVERB, Do(17));
+    EXPECT_HRESULT(OLEOBJ_S_INVALIDVERB, Do(17));
     EXPECT_NE(nullptr, ControlWindow());
 }
 
 TEST_F(InPlace, ActivatingTwiceActivatesOnce) {
     ShowControl();
     const HWND window = ControlWindow();
-    EXPECT_EQ(S_OK, Do(OLEIVERB_INPLACEACTIVATE));
+    EXPECT_HRESULT(S_OK, Do(OLEIVERB_INPLACEACTIVATE));
     EXPECT_EQ("ShowObject", record_.Take());
     EXPECT_EQ(window, ControlWindow());
 }
 
 TEST_F(InPlace, UsesTheSiteOfTheVerbWithoutAClientSite) {
-    EXPECT_EQ(S_OK, object_->SetClientSite(nullptr));
+    EXPECT_HRESULT(S_OK, object_->SetClientSite(nullptr));
     ShowControl();
     EXPECT_NE(nullptr, ControlWindow());
 }
@@ -142,7 +143,7 @@ TEST_F(InPlace, UsesTheSiteOfTheVerbWithoutAClientSite) {
 TEST_F(InPlace, UsesThePlaceOfTheVerbWhereTheSiteHasNone) {
     site_->answers["GetWindowContext"] = E_NOTIMPL;
     const RECT place{1, 2, 31, 42};
-    EXPECT_EQ(S_OK, object_->DoVerb(OLEIVERB_SHOW, nullptr, site_.Get(), 0, site_->parent, &place));
+    EXPECT_HRESULT(S_OK, object_->DoVerb(OLEIVERB_SHOW, nullptr, site_.Get(), 0, site_->parent, &place));
     ExpectPlace(place);
 }
 
@@ -180,85 +181,85 @@ TEST_F(InPlace, StaysInactiveWithoutAParentWindow) {
 TEST_F(InPlace, MovesWhereItIsTold) {
     ShowControl();
     const RECT place{5, 6, 105, 56};
-    EXPECT_EQ(S_OK, in_place_->SetObjectRects(&place, &site_->clip));
+    EXPECT_HRESULT(S_OK, in_place_->SetObjectRects(&place, &site_->clip));
     ExpectPlace(place);
-    EXPECT_EQ(S_OK, in_place_->SetObjectRects(&place, &site_->clip)) << "twice";
-    EXPECT_EQ(E_INVALIDARG, in_place_->SetObjectRects(nullptr, &site_->clip));
-    EXPECT_EQ(E_INVALIDARG, in_place_->SetObjectRects(&place, nullptr));
+    EXPECT_HRESULT(S_OK, in_place_->SetObjectRects(&place, &site_->clip)) << "twice";
+    EXPECT_HRESULT(E_INVALIDARG, in_place_->SetObjectRects(nullptr, &site_->clip));
+    EXPECT_HRESULT(E_INVALIDARG, in_place_->SetObjectRects(&place, nullptr));
 }
 
 TEST_F(InPlace, ShowsOnlyWhatIsInsideTheClip) {
     ShowControl();
     const RECT place{10, 10, 110, 60};
     const RECT clip{0, 0, 50, 30};
-    EXPECT_EQ(S_OK, in_place_->SetObjectRects(&place, &clip));
+    EXPECT_HRESULT(S_OK, in_place_->SetObjectRects(&place, &clip));
     RECT visible{};
     EXPECT_EQ(SIMPLEREGION, ::GetWindowRgnBox(ControlWindow(), &visible));
     const RECT expected{0, 0, 40, 20};
     EXPECT_TRUE(::EqualRect(&expected, &visible));
-    EXPECT_EQ(S_OK, in_place_->SetObjectRects(&place, &site_->clip));
+    EXPECT_HRESULT(S_OK, in_place_->SetObjectRects(&place, &site_->clip));
     EXPECT_EQ(ERROR, ::GetWindowRgnBox(ControlWindow(), &visible)) << "the window is whole again";
 }
 
 TEST_F(InPlace, PlacingItWhileInactiveDoesNothing) {
-    EXPECT_EQ(S_OK, in_place_->SetObjectRects(&site_->position, &site_->clip));
+    EXPECT_HRESULT(S_OK, in_place_->SetObjectRects(&site_->position, &site_->clip));
     EXPECT_EQ(nullptr, ChildWindow());
     EXPECT_EQ("", record_.Take());
 }
 
 TEST_F(InPlace, HidesAndShowsAgain) {
     ShowControl();
-    EXPECT_EQ(S_OK, Do(OLEIVERB_HIDE));
+    EXPECT_HRESULT(S_OK, Do(OLEIVERB_HIDE));
     EXPECT_FALSE(::IsWindowVisible(ControlWindow()));
-    EXPECT_EQ(S_OK, Do(OLEIVERB_SHOW));
+    EXPECT_HRESULT(S_OK, Do(OLEIVERB_SHOW));
     EXPECT_TRUE(::IsWindowVisible(ControlWindow()));
 }
 
 TEST_F(InPlace, DeactivatingTakesTheWindowAway) {
     ShowControl();
     const HWND window = ControlWindow();
-    EXPECT_EQ(S_OK, in_place_->InPlaceDeactivate());
+    EXPECT_HRESULT(S_OK, in_place_->InPlaceDeactivate());
     EXPECT_EQ("OnInPlaceDeactivate", record_.Take());
     EXPECT_FALSE(::IsWindow(window));
-    EXPECT_EQ(S_OK, in_place_->InPlaceDeactivate()) << "twice";
-    EXPECT_EQ(S_OK, in_place_->UIDeactivate());
+    EXPECT_HRESULT(S_OK, in_place_->InPlaceDeactivate()) << "twice";
+    EXPECT_HRESULT(S_OK, in_place_->UIDeactivate());
     EXPECT_EQ("", record_.Take());
     ShowControl();
 }
 
 TEST_F(InPlace, ClosingDeactivates) {
     DWORD cookie = 0;
-    EXPECT_EQ(S_OK, object_->Advise(site_.Get(), &cookie));
+    EXPECT_HRESULT(S_OK, object_->Advise(site_.Get(), &cookie));
     ShowControl();
-    EXPECT_EQ(S_OK, object_->Close(OLECLOSE_NOSAVE));
+    EXPECT_HRESULT(S_OK, object_->Close(OLECLOSE_NOSAVE));
     EXPECT_EQ("OnInPlaceDeactivate OnClose", record_.Take());
     EXPECT_EQ(nullptr, ControlWindow());
-    EXPECT_EQ(S_OK, object_->Unadvise(cookie));
+    EXPECT_HRESULT(S_OK, object_->Unadvise(cookie));
 }
 
 TEST_F(InPlace, UiActivationTellsSiteAndFrame) {
-    EXPECT_EQ(S_OK, Do(OLEIVERB_UIACTIVATE));
+    EXPECT_HRESULT(S_OK, Do(OLEIVERB_UIACTIVATE));
     EXPECT_EQ(std::string(kActivation) + " OnUIActivate ActiveObject NoBorderSpace OnFocus", record_.Take());
     EXPECT_EQ(ControlWindow(), ::GetFocus());
     EXPECT_TRUE(site_->frame->active_object);
-    EXPECT_EQ(S_OK, Do(OLEIVERB_UIACTIVATE)) << "twice";
+    EXPECT_HRESULT(S_OK, Do(OLEIVERB_UIACTIVATE)) << "twice";
     EXPECT_EQ("ShowObject", record_.Take());
-    EXPECT_EQ(S_OK, in_place_->UIDeactivate());
+    EXPECT_HRESULT(S_OK, in_place_->UIDeactivate());
     EXPECT_EQ("NoActiveObject OnUIDeactivate", record_.Take());
     EXPECT_NE(nullptr, ControlWindow());
 }
 
 TEST_F(InPlace, DeactivatingEndsUiActivationFirst) {
-    EXPECT_EQ(S_OK, Do(OLEIVERB_UIACTIVATE));
+    EXPECT_HRESULT(S_OK, Do(OLEIVERB_UIACTIVATE));
     ::SetFocus(site_->parent);
     record_.Clear();
-    EXPECT_EQ(S_OK, in_place_->InPlaceDeactivate());
+    EXPECT_HRESULT(S_OK, in_place_->InPlaceDeactivate());
     EXPECT_EQ("NoActiveObject OnUIDeactivate OnInPlaceDeactivate", record_.Take());
 }
 
 TEST_F(InPlace, StaysActiveWhenUiActivationIsRefused) {
     site_->answers["OnUIActivate"] = E_ABORT;
-    EXPECT_EQ(E_ABORT, Do(OLEIVERB_UIACTIVATE));
+    EXPECT_HRESULT(E_ABORT, Do(OLEIVERB_UIACTIVATE));
     EXPECT_NE(nullptr, ControlWindow());
     EXPECT_FALSE(site_->frame->active_object);
 }
@@ -286,39 +287,39 @@ TEST_F(InPlace, TellsItsSiteOfTheFocus) {
 TEST_F(InPlace, OffersKeysToItsSite) {
     const auto active_object = Query<IOleInPlaceActiveObject>(control_);
     MSG key{};
-    EXPECT_EQ(S_OK, active_object->TranslateAccelerator(&key));
+    EXPECT_HRESULT(S_OK, active_object->TranslateAccelerator(&key));
     EXPECT_EQ("Key0", record_.Take());
     site_->answers["Key0"] = S_FALSE;
-    EXPECT_EQ(S_FALSE, active_object->TranslateAccelerator(&key));
-    EXPECT_EQ(E_POINTER, active_object->TranslateAccelerator(nullptr));
-    EXPECT_EQ(S_OK, object_->SetClientSite(nullptr));
-    EXPECT_EQ(S_FALSE, active_object->TranslateAccelerator(&key));
+    EXPECT_HRESULT(S_FALSE, active_object->TranslateAccelerator(&key));
+    EXPECT_HRESULT(E_POINTER, active_object->TranslateAccelerator(nullptr));
+    EXPECT_HRESULT(S_OK, object_->SetClientSite(nullptr));
+    EXPECT_HRESULT(S_FALSE, active_object->TranslateAccelerator(&key));
 }
 
 TEST_F(InPlace, AnswersWhatItDoesNotHave) {
     LRESULT result = 5;
-    EXPECT_EQ(S_FALSE, in_place_->OnWindowMessage(WM_PAINT, 0, 0, &result));
+    EXPECT_HRESULT(S_FALSE, in_place_->OnWindowMessage(WM_PAINT, 0, 0, &result));
     EXPECT_EQ(0, result);
-    EXPECT_EQ(E_POINTER, in_place_->OnWindowMessage(WM_PAINT, 0, 0, nullptr));
+    EXPECT_HRESULT(E_POINTER, in_place_->OnWindowMessage(WM_PAINT, 0, 0, nullptr));
     ComPtr<IDropTarget> target;
-    EXPECT_EQ(E_NOTIMPL, in_place_->GetDropTarget(target.Receive()));
-    EXPECT_EQ(E_POINTER, in_place_->GetDropTarget(nullptr));
-    EXPECT_EQ(INPLACE_E_NOTUNDOABLE, in_place_->ReactivateAndUndo());
-    EXPECT_EQ(E_NOTIMPL, in_place_->ContextSensitiveHelp(TRUE));
+    EXPECT_HRESULT(E_NOTIMPL, in_place_->GetDropTarget(target.Receive()));
+    EXPECT_HRESULT(E_POINTER, in_place_->GetDropTarget(nullptr));
+    EXPECT_HRESULT(INPLACE_E_NOTUNDOABLE, in_place_->ReactivateAndUndo());
+    EXPECT_HRESULT(E_NOTIMPL, in_place_->ContextSensitiveHelp(TRUE));
     const auto active_object = Query<IOleInPlaceActiveObject>(control_);
-    EXPECT_EQ(E_NOTIMPL, active_object->ContextSensitiveHelp(TRUE));
-    EXPECT_EQ(S_OK, active_object->OnFrameWindowActivate(TRUE));
-    EXPECT_EQ(S_OK, active_object->OnDocWindowActivate(FALSE));
-    EXPECT_EQ(S_OK, active_object->ResizeBorder(nullptr, nullptr, TRUE));
-    EXPECT_EQ(S_OK, active_object->EnableModeless(FALSE));
+    EXPECT_HRESULT(E_NOTIMPL, active_object->ContextSensitiveHelp(TRUE));
+    EXPECT_HRESULT(S_OK, active_object->OnFrameWindowActivate(TRUE));
+    EXPECT_HRESULT(S_OK, active_object->OnDocWindowActivate(FALSE));
+    EXPECT_HRESULT(S_OK, active_object->ResizeBorder(nullptr, nullptr, TRUE));
+    EXPECT_HRESULT(S_OK, active_object->EnableModeless(FALSE));
 }
 
 TEST_F(InPlace, RedrawsAndTellsTheViewSinkOfANewSize) {
     ShowControl();
     ::UpdateWindow(ControlWindow());
-    EXPECT_EQ(S_OK, Query<IViewObjectEx>(control_)->SetAdvise(DVASPECT_CONTENT, 0, site_.Get()));
+    EXPECT_HRESULT(S_OK, Query<IViewObjectEx>(control_)->SetAdvise(DVASPECT_CONTENT, 0, site_.Get()));
     SIZEL size{100, 200};
-    EXPECT_EQ(S_OK, object_->SetExtent(DVASPECT_CONTENT, &size));
+    EXPECT_HRESULT(S_OK, object_->SetExtent(DVASPECT_CONTENT, &size));
     EXPECT_EQ("OnViewChange(1,-1)", record_.Take());
     EXPECT_TRUE(::GetUpdateRect(ControlWindow(), nullptr, FALSE));
 }
@@ -337,18 +338,18 @@ TEST_F(InPlace, SurvivesItsWindowBeingDestroyedByTheContainer) {
     ShowControl();
     ::DestroyWindow(ControlWindow());
     EXPECT_EQ(nullptr, ControlWindow());
-    EXPECT_EQ(S_OK, Do(OLEIVERB_SHOW));
+    EXPECT_HRESULT(S_OK, Do(OLEIVERB_SHOW));
     EXPECT_NE(nullptr, ControlWindow());
     ::DestroyWindow(ControlWindow());
     record_.Clear();
-    EXPECT_EQ(S_OK, in_place_->InPlaceDeactivate());
+    EXPECT_HRESULT(S_OK, in_place_->InPlaceDeactivate());
     EXPECT_EQ("OnInPlaceDeactivate", record_.Take());
 }
 
 TEST_F(InPlace, MayBeDeactivatedFromWithinItsActivation) {
     for (const char* const call : {"OnInPlaceActivate", "GetWindowContext"}) {
         record_.reactions = {{call, [this] { in_place_->InPlaceDeactivate(); }}};
-        EXPECT_EQ(E_FAIL, Do(OLEIVERB_SHOW)) << call;
+        EXPECT_HRESULT(E_FAIL, Do(OLEIVERB_SHOW)) << call;
         EXPECT_EQ(nullptr, ChildWindow()) << call;
     }
     record_.reactions = {{"OnUIActivate", [this] { in_place_->InPlaceDeactivate(); }}};
@@ -377,7 +378,7 @@ class LastReference : public InPlace {
     // The control is gone when the verb or method returns, and nothing of it was used afterwards.
     template <class Method>
     void ReleaseAt(const char* call, const Method& method) {
-        ASSERT_EQ(S_OK, Do(OLEIVERB_UIACTIVATE));
+        ASSERT_HRESULT(S_OK, Do(OLEIVERB_UIACTIVATE));
         const HWND window = ControlWindow();
         IOleObject* const object = object_.Detach();
         IOleInPlaceObjectWindowless* const in_place = in_place_.Detach();
@@ -398,25 +399,27 @@ class LastReference : public InPlace {
 };
 
 TEST_F(LastReference, GoesWhileTheUserInterfaceIsDeactivated) {
-    ReleaseAt("OnUIDeactivate",
-              [](IOleObject&, IOleInPlaceObjectWindowless& in_place) { EXPECT_EQ(S_OK, in_place.UIDeactivate()); });
+    ReleaseAt("OnUIDeactivate", [](IOleObject&, IOleInPlaceObjectWindowless& in_place) {
+        EXPECT_HRESULT(S_OK, in_place.UIDeactivate());
+    });
 }
 
 TEST_F(LastReference, GoesWhileTheControlIsHidden) {
     ReleaseAt("OnUIDeactivate", [this](IOleObject& object, IOleInPlaceObjectWindowless&) {
-        EXPECT_EQ(S_OK, object.DoVerb(OLEIVERB_HIDE, nullptr, site_.Get(), 0, site_->parent, nullptr));
+        EXPECT_HRESULT(S_OK, object.DoVerb(OLEIVERB_HIDE, nullptr, site_.Get(), 0, site_->parent, nullptr));
     });
 }
 
 TEST_F(LastReference, GoesWhileTheControlIsDeactivated) {
     ReleaseAt("OnInPlaceDeactivate", [](IOleObject&, IOleInPlaceObjectWindowless& in_place) {
-        EXPECT_EQ(S_OK, in_place.InPlaceDeactivate());
+        EXPECT_HRESULT(S_OK, in_place.InPlaceDeactivate());
     });
 }
 
 TEST_F(LastReference, GoesWhileTheControlIsClosed) {
-    ReleaseAt("OnInPlaceDeactivate",
-              [](IOleObject& object, IOleInPlaceObjectWindowless&) { EXPECT_EQ(S_OK, object.Close(OLECLOSE_NOSAVE)); });
+    ReleaseAt("OnInPlaceDeactivate", [](IOleObject& object, IOleInPlaceObjectWindowless&) {
+        EXPECT_HRESULT(S_OK, object.Close(OLECLOSE_NOSAVE));
+    });
 }
 
 TEST_F(InPlace, PrintingLeavesTheCallersContextAsItWas) {
@@ -446,13 +449,13 @@ TEST_F(InPlace, TwoControlsAreIndependent) {
     const auto other_site = ComObject<RecordingSite>::Create(other_record);
     other_site->parent = site_->parent;
     auto other = Query<IOleObject>(ComObject<TestControl>::Create());
-    EXPECT_EQ(S_OK, other->SetClientSite(other_site.Get()));
+    EXPECT_HRESULT(S_OK, other->SetClientSite(other_site.Get()));
     ShowControl();
-    EXPECT_EQ(S_OK, other->DoVerb(OLEIVERB_SHOW, nullptr, nullptr, 0, nullptr, nullptr));
+    EXPECT_HRESULT(S_OK, other->DoVerb(OLEIVERB_SHOW, nullptr, nullptr, 0, nullptr, nullptr));
     EXPECT_EQ(kActivation, other_record.Take());
     other.Reset();
     EXPECT_NE(nullptr, ControlWindow());
-    EXPECT_EQ(S_OK, in_place_->InPlaceDeactivate());
+    EXPECT_HRESULT(S_OK, in_place_->InPlaceDeactivate());
 }
 
 TEST_F(InPlace, LeavesNoWindowClassBehind) {
@@ -462,7 +465,7 @@ TEST_F(InPlace, LeavesNoWindowClassBehind) {
     WNDCLASSEXW description{};
     description.cbSize = sizeof description;
     EXPECT_TRUE(::GetClassInfoExW(Module::Instance(), name, &description));
-    EXPECT_EQ(S_OK, in_place_->InPlaceDeactivate());
+    EXPECT_HRESULT(S_OK, in_place_->InPlaceDeactivate());
     object_.Reset();
     in_place_.Reset();
     control_.Reset();

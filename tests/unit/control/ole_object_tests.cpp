@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/hresult.hpp"
 #include "tests/support/recording_container.hpp"
 #include "tests/unit/control/test_control.hpp"
 
@@ -28,23 +29,23 @@ class OleObject : public ::testing::Test {
 
 TEST_F(OleObject, HoldsItsClientSite) {
     ComPtr<IOleClientSite> none;
-    EXPECT_EQ(S_OK, object_->GetClientSite(none.Receive()));
+    EXPECT_HRESULT(S_OK, object_->GetClientSite(none.Receive()));
     EXPECT_FALSE(none);
-    EXPECT_EQ(S_OK, object_->SetClientSite(Site()));
+    EXPECT_HRESULT(S_OK, object_->SetClientSite(Site()));
     EXPECT_EQ(2u, References(site_));
-    EXPECT_EQ(S_OK, object_->SetClientSite(Site()));
+    EXPECT_HRESULT(S_OK, object_->SetClientSite(Site()));
     EXPECT_EQ(2u, References(site_));
     ComPtr<IOleClientSite> held;
-    EXPECT_EQ(S_OK, object_->GetClientSite(held.Receive()));
+    EXPECT_HRESULT(S_OK, object_->GetClientSite(held.Receive()));
     EXPECT_EQ(Site(), held.Get());
     held.Reset();
-    EXPECT_EQ(S_OK, object_->SetClientSite(nullptr));
+    EXPECT_HRESULT(S_OK, object_->SetClientSite(nullptr));
     EXPECT_EQ(1u, References(site_));
-    EXPECT_EQ(E_POINTER, object_->GetClientSite(nullptr));
+    EXPECT_HRESULT(E_POINTER, object_->GetClientSite(nullptr));
 }
 
 TEST_F(OleObject, LetsItsSiteGoWhenItIsReleased) {
-    EXPECT_EQ(S_OK, object_->SetClientSite(Site()));
+    EXPECT_HRESULT(S_OK, object_->SetClientSite(Site()));
     object_.Reset();
     control_.Reset();
     EXPECT_EQ(1u, References(site_));
@@ -53,134 +54,135 @@ TEST_F(OleObject, LetsItsSiteGoWhenItIsReleased) {
 
 TEST_F(OleObject, KnowsItsMiscStatusUnregistered) {
     DWORD status = 0;
-    EXPECT_EQ(S_OK, object_->GetMiscStatus(DVASPECT_CONTENT, &status));
+    EXPECT_HRESULT(S_OK, object_->GetMiscStatus(DVASPECT_CONTENT, &status));
     EXPECT_EQ(131473u, status);
-    EXPECT_EQ(S_OK, object_->GetMiscStatus(DVASPECT_ICON, &status));
+    EXPECT_HRESULT(S_OK, object_->GetMiscStatus(DVASPECT_ICON, &status));
     EXPECT_EQ(0u, status);
-    EXPECT_EQ(E_POINTER, object_->GetMiscStatus(DVASPECT_CONTENT, nullptr));
+    EXPECT_HRESULT(E_POINTER, object_->GetMiscStatus(DVASPECT_CONTENT, nullptr));
 }
 
 TEST_F(OleObject, IsTwoInchesLargeUntilItIsGivenASize) {
     SIZEL size{};
-    EXPECT_EQ(S_OK, object_->GetExtent(DVASPECT_CONTENT, &size));
+    EXPECT_HRESULT(S_OK, object_->GetExtent(DVASPECT_CONTENT, &size));
     EXPECT_EQ(5080, size.cx);
     EXPECT_EQ(5080, size.cy);
     size = {1234, 567};
-    EXPECT_EQ(S_OK, object_->SetExtent(DVASPECT_CONTENT, &size));
+    EXPECT_HRESULT(S_OK, object_->SetExtent(DVASPECT_CONTENT, &size));
     size = {};
-    EXPECT_EQ(S_OK, object_->GetExtent(DVASPECT_CONTENT, &size));
+    EXPECT_HRESULT(S_OK, object_->GetExtent(DVASPECT_CONTENT, &size));
     EXPECT_EQ(1234, size.cx);
     EXPECT_EQ(567, size.cy);
 }
 
 TEST_F(OleObject, RefusesSizesThatMeanNothing) {
     SIZEL size{-1, 5};
-    EXPECT_EQ(E_INVALIDARG, object_->SetExtent(DVASPECT_CONTENT, &size));
-    EXPECT_EQ(DV_E_DVASPECT, object_->SetExtent(DVASPECT_ICON, &size));
-    EXPECT_EQ(DV_E_DVASPECT, object_->GetExtent(DVASPECT_ICON, &size));
-    EXPECT_EQ(E_POINTER, object_->SetExtent(DVASPECT_CONTENT, nullptr));
-    EXPECT_EQ(E_POINTER, object_->GetExtent(DVASPECT_CONTENT, nullptr));
+    EXPECT_HRESULT(E_INVALIDARG, object_->SetExtent(DVASPECT_CONTENT, &size));
+    EXPECT_HRESULT(DV_E_DVASPECT, object_->SetExtent(DVASPECT_ICON, &size));
+    EXPECT_HRESULT(DV_E_DVASPECT, object_->GetExtent(DVASPECT_ICON, &size));
+    EXPECT_HRESULT(E_POINTER, object_->SetExtent(DVASPECT_CONTENT, nullptr));
+    EXPECT_HRESULT(E_POINTER, object_->GetExtent(DVASPECT_CONTENT, nullptr));
 }
 
 TEST_F(OleObject, TellsItsSinksWhenItCloses) {
     DWORD cookie = 0;
-    EXPECT_EQ(S_OK, object_->Advise(site_.Get(), &cookie));
+    EXPECT_HRESULT(S_OK, object_->Advise(site_.Get(), &cookie));
     EXPECT_NE(0u, cookie);
-    EXPECT_EQ(S_OK, object_->Close(OLECLOSE_NOSAVE));
+    EXPECT_HRESULT(S_OK, object_->Close(OLECLOSE_NOSAVE));
     EXPECT_EQ("OnClose", record_.Take());
-    EXPECT_EQ(S_OK, object_->Unadvise(cookie));
-    EXPECT_EQ(OLE_E_NOCONNECTION, object_->Unadvise(cookie));
-    EXPECT_EQ(S_OK, object_->Close(OLECLOSE_NOSAVE));
+    EXPECT_HRESULT(S_OK, object_->Unadvise(cookie));
+    EXPECT_HRESULT(OLE_E_NOCONNECTION, object_->Unadvise(cookie));
+    EXPECT_HRESULT(S_OK, object_->Close(OLECLOSE_NOSAVE));
     EXPECT_EQ("", record_.Take());
 }
 
 TEST_F(OleObject, AdvisesNobodyWithoutASink) {
     DWORD cookie = 1;
-    EXPECT_EQ(E_INVALIDARG, object_->Advise(nullptr, &cookie));
+    EXPECT_HRESULT(E_INVALIDARG, object_->Advise(nullptr, &cookie));
     EXPECT_EQ(0u, cookie);
-    EXPECT_EQ(E_POINTER, object_->Advise(site_.Get(), nullptr));
-    EXPECT_EQ(OLE_E_NOCONNECTION, object_->Unadvise(1));
+    EXPECT_HRESULT(E_POINTER, object_->Advise(site_.Get(), nullptr));
+    EXPECT_HRESULT(OLE_E_NOCONNECTION, object_->Unadvise(1));
 }
 
 TEST_F(OleObject, EnumeratesItsAdviseConnections) {
-    EXPECT_EQ(E_POINTER, object_->EnumAdvise(nullptr));
+    EXPECT_HRESULT(E_POINTER, object_->EnumAdvise(nullptr));
     DWORD cookie = 0;
-    EXPECT_EQ(S_OK, object_->Advise(site_.Get(), &cookie));
+    EXPECT_HRESULT(S_OK, object_->Advise(site_.Get(), &cookie));
     ComPtr<IEnumSTATDATA> connections;
-    ASSERT_EQ(S_OK, object_->EnumAdvise(connections.Receive()));
+    ASSERT_HRESULT(S_OK, object_->EnumAdvise(connections.Receive()));
     STATDATA connection{};
     ULONG fetched = 0;
-    EXPECT_EQ(S_OK, connections->Next(1, &connection, &fetched));
+    EXPECT_HRESULT(S_OK, connections->Next(1, &connection, &fetched));
     EXPECT_EQ(1u, fetched);
     EXPECT_EQ(static_cast<IAdviseSink*>(site_.Get()), connection.pAdvSink);
     connection.pAdvSink->Release();
 }
 
 TEST_F(OleObject, SavesThroughItsSiteOnlyWhatIsDirty) {
-    EXPECT_EQ(S_OK, object_->SetClientSite(Site()));
-    EXPECT_EQ(S_OK, object_->Close(OLECLOSE_SAVEIFDIRTY));
+    EXPECT_HRESULT(S_OK, object_->SetClientSite(Site()));
+    EXPECT_HRESULT(S_OK, object_->Close(OLECLOSE_SAVEIFDIRTY));
     EXPECT_EQ("", record_.Take());
     control_->SetControlDirty(true);
-    EXPECT_EQ(S_OK, object_->Close(OLECLOSE_NOSAVE));
+    EXPECT_HRESULT(S_OK, object_->Close(OLECLOSE_NOSAVE));
     EXPECT_EQ("", record_.Take());
-    EXPECT_EQ(S_OK, object_->Close(OLECLOSE_SAVEIFDIRTY));
+    EXPECT_HRESULT(S_OK, object_->Close(OLECLOSE_SAVEIFDIRTY));
     EXPECT_EQ("SaveObject", record_.Take());
-    EXPECT_EQ(S_OK, object_->Close(OLECLOSE_PROMPTSAVE));
+    EXPECT_HRESULT(S_OK, object_->Close(OLECLOSE_PROMPTSAVE));
     EXPECT_EQ("SaveObject", record_.Take());
     site_->answers["SaveObject"] = E_ACCESSDENIED;
-    EXPECT_EQ(E_ACCESSDENIED, object_->Close(OLECLOSE_SAVEIFDIRTY));
-    EXPECT_EQ(E_INVALIDARG, object_->Close(3));
+    EXPECT_HRESULT(E_ACCESSDENIED, object_->Close(OLECLOSE_SAVEIFDIRTY));
+    EXPECT_HRESULT(E_INVALIDARG, object_->Close(3));
 }
 
 TEST_F(OleObject, CannotBeShownWithoutASite) {
     for (const LONG verb :
          {OLEIVERB_PRIMARY, OLEIVERB_SHOW, OLEIVERB_OPEN, OLEIVERB_INPLACEACTIVATE, OLEIVERB_UIACTIVATE}) {
-        EXPECT_EQ(OLEOBJ_S_CANNOT_DOVERB_NOW, object_->DoVerb(verb, nullptr, nullptr, 0, nullptr, nullptr)) << verb;
+        EXPECT_HRESULT(OLEOBJ_S_CANNOT_DOVERB_NOW, object_->DoVerb(verb, nullptr, nullptr, 0, nullptr, nullptr))
+            << verb;
     }
-    EXPECT_EQ(S_OK, object_->DoVerb(OLEIVERB_HIDE, nullptr, nullptr, 0, nullptr, nullptr));
-    EXPECT_EQ(S_OK, object_->DoVerb(OLEIVERB_DISCARDUNDOSTATE, nullptr, nullptr, 0, nullptr, nullptr));
-    EXPECT_EQ(E_NOTIMPL, object_->DoVerb(-100, nullptr, nullptr, 0, nullptr, nullptr));
+    EXPECT_HRESULT(S_OK, object_->DoVerb(OLEIVERB_HIDE, nullptr, nullptr, 0, nullptr, nullptr));
+    EXPECT_HRESULT(S_OK, object_->DoVerb(OLEIVERB_DISCARDUNDOSTATE, nullptr, nullptr, 0, nullptr, nullptr));
+    EXPECT_HRESULT(E_NOTIMPL, object_->DoVerb(-100, nullptr, nullptr, 0, nullptr, nullptr));
 }
 
 TEST_F(OleObject, NeedsNoRegistrationForItsIdentity) {
     CLSID id{};
-    EXPECT_EQ(S_OK, object_->GetUserClassID(&id));
+    EXPECT_HRESULT(S_OK, object_->GetUserClassID(&id));
     EXPECT_TRUE(IsEqualCLSID(kTestControlId, id));
-    EXPECT_EQ(E_POINTER, object_->GetUserClassID(nullptr));
+    EXPECT_HRESULT(E_POINTER, object_->GetUserClassID(nullptr));
     ComPtr<IEnumOLEVERB> verbs;
-    EXPECT_EQ(OLEOBJ_E_NOVERBS, object_->EnumVerbs(verbs.Receive()));
+    EXPECT_HRESULT(OLEOBJ_E_NOVERBS, object_->EnumVerbs(verbs.Receive()));
     EXPECT_FALSE(verbs);
-    EXPECT_EQ(E_POINTER, object_->EnumVerbs(nullptr));
+    EXPECT_HRESULT(E_POINTER, object_->EnumVerbs(nullptr));
     LPOLESTR name = nullptr;
     EXPECT_TRUE(FAILED(object_->GetUserType(USERCLASSTYPE_FULL, &name)));
     EXPECT_EQ(nullptr, name);
-    EXPECT_EQ(E_POINTER, object_->GetUserType(USERCLASSTYPE_FULL, nullptr));
+    EXPECT_HRESULT(E_POINTER, object_->GetUserType(USERCLASSTYPE_FULL, nullptr));
 }
 
 TEST_F(OleObject, AnswersWhatItDoesNotHave) {
     ComPtr<IMoniker> moniker;
-    EXPECT_EQ(E_NOTIMPL, object_->GetMoniker(0, 0, moniker.Receive()));
-    EXPECT_EQ(E_POINTER, object_->GetMoniker(0, 0, nullptr));
-    EXPECT_EQ(E_NOTIMPL, object_->SetMoniker(0, nullptr));
-    EXPECT_EQ(E_NOTIMPL, object_->InitFromData(nullptr, FALSE, 0));
+    EXPECT_HRESULT(E_NOTIMPL, object_->GetMoniker(0, 0, moniker.Receive()));
+    EXPECT_HRESULT(E_POINTER, object_->GetMoniker(0, 0, nullptr));
+    EXPECT_HRESULT(E_NOTIMPL, object_->SetMoniker(0, nullptr));
+    EXPECT_HRESULT(E_NOTIMPL, object_->InitFromData(nullptr, FALSE, 0));
     ComPtr<IDataObject> data;
-    EXPECT_EQ(E_NOTIMPL, object_->GetClipboardData(0, data.Receive()));
-    EXPECT_EQ(E_POINTER, object_->GetClipboardData(0, nullptr));
-    EXPECT_EQ(E_NOTIMPL, object_->SetColorScheme(nullptr));
-    EXPECT_EQ(S_OK, object_->SetHostNames(L"host", nullptr));
-    EXPECT_EQ(S_OK, object_->Update());
-    EXPECT_EQ(S_OK, object_->IsUpToDate());
+    EXPECT_HRESULT(E_NOTIMPL, object_->GetClipboardData(0, data.Receive()));
+    EXPECT_HRESULT(E_POINTER, object_->GetClipboardData(0, nullptr));
+    EXPECT_HRESULT(E_NOTIMPL, object_->SetColorScheme(nullptr));
+    EXPECT_HRESULT(S_OK, object_->SetHostNames(L"host", nullptr));
+    EXPECT_HRESULT(S_OK, object_->Update());
+    EXPECT_HRESULT(S_OK, object_->IsUpToDate());
 }
 
 TEST_F(OleObject, IsAControlWithoutMnemonics) {
     const auto control = Query<IOleControl>(object_);
     CONTROLINFO info{};
-    EXPECT_EQ(E_NOTIMPL, control->GetControlInfo(&info));
-    EXPECT_EQ(E_POINTER, control->GetControlInfo(nullptr));
-    EXPECT_EQ(S_OK, control->OnMnemonic(nullptr));
-    EXPECT_EQ(S_OK, control->OnAmbientPropertyChange(DISPID_UNKNOWN));
-    EXPECT_EQ(S_OK, control->FreezeEvents(TRUE));
-    EXPECT_EQ(S_OK, control->FreezeEvents(FALSE));
+    EXPECT_HRESULT(E_NOTIMPL, control->GetControlInfo(&info));
+    EXPECT_HRESULT(E_POINTER, control->GetControlInfo(nullptr));
+    EXPECT_HRESULT(S_OK, control->OnMnemonic(nullptr));
+    EXPECT_HRESULT(S_OK, control->OnAmbientPropertyChange(DISPID_UNKNOWN));
+    EXPECT_HRESULT(S_OK, control->FreezeEvents(TRUE));
+    EXPECT_HRESULT(S_OK, control->FreezeEvents(FALSE));
 }
 
 }  // namespace

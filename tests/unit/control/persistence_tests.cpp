@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <objbase.h>
 
+#include "tests/support/hresult.hpp"
 #include "tests/support/recording_container.hpp"
 #include "tests/unit/control/test_control.hpp"
 
@@ -11,28 +12,28 @@ namespace {
 
 [[nodiscard]] ComPtr<IStream> NewStream() {
     ComPtr<IStream> stream;
-    EXPECT_EQ(S_OK, ::CreateStreamOnHGlobal(nullptr, TRUE, stream.Receive()));
+    EXPECT_HRESULT(S_OK, ::CreateStreamOnHGlobal(nullptr, TRUE, stream.Receive()));
     return stream;
 }
 
 void MoveTo(IStream& stream, LONGLONG position) {
     LARGE_INTEGER offset;
     offset.QuadPart = position;
-    EXPECT_EQ(S_OK, stream.Seek(offset, STREAM_SEEK_SET, nullptr));
+    EXPECT_HRESULT(S_OK, stream.Seek(offset, STREAM_SEEK_SET, nullptr));
 }
 
 [[nodiscard]] ULONGLONG Position(IStream& stream) {
     ULARGE_INTEGER position{};
-    EXPECT_EQ(S_OK, stream.Seek({}, STREAM_SEEK_CUR, &position));
+    EXPECT_HRESULT(S_OK, stream.Seek({}, STREAM_SEEK_CUR, &position));
     return position.QuadPart;
 }
 
 [[nodiscard]] ComPtr<IStorage> NewStorage() {
     ComPtr<ILockBytes> bytes;
-    EXPECT_EQ(S_OK, ::CreateILockBytesOnHGlobal(nullptr, TRUE, bytes.Receive()));
+    EXPECT_HRESULT(S_OK, ::CreateILockBytesOnHGlobal(nullptr, TRUE, bytes.Receive()));
     ComPtr<IStorage> storage;
-    EXPECT_EQ(S_OK, ::StgCreateDocfileOnILockBytes(bytes.Get(), STGM_READWRITE | STGM_SHARE_EXCLUSIVE | STGM_CREATE, 0,
-                                                   storage.Receive()));
+    EXPECT_HRESULT(S_OK, ::StgCreateDocfileOnILockBytes(
+                             bytes.Get(), STGM_READWRITE | STGM_SHARE_EXCLUSIVE | STGM_CREATE, 0, storage.Receive()));
     return storage;
 }
 
@@ -51,51 +52,51 @@ class Persistence : public ::testing::Test {
 
 TEST_F(Persistence, NamesTheClass) {
     CLSID id{};
-    EXPECT_EQ(S_OK, in_stream_->GetClassID(&id));
+    EXPECT_HRESULT(S_OK, in_stream_->GetClassID(&id));
     EXPECT_TRUE(IsEqualCLSID(kTestControlId, id));
     id = {};
-    EXPECT_EQ(S_OK, in_storage_->GetClassID(&id));
+    EXPECT_HRESULT(S_OK, in_storage_->GetClassID(&id));
     EXPECT_TRUE(IsEqualCLSID(kTestControlId, id));
-    EXPECT_EQ(E_POINTER, in_stream_->GetClassID(nullptr));
-    EXPECT_EQ(E_POINTER, in_storage_->GetClassID(nullptr));
+    EXPECT_HRESULT(E_POINTER, in_stream_->GetClassID(nullptr));
+    EXPECT_HRESULT(E_POINTER, in_storage_->GetClassID(nullptr));
 }
 
 TEST_F(Persistence, AStreamIsReadBackExactly) {
     const auto stream = NewStream();
     ULARGE_INTEGER size{};
-    EXPECT_EQ(S_OK, in_stream_->InitNew());
-    EXPECT_EQ(S_OK, in_stream_->Save(stream.Get(), TRUE));
-    EXPECT_EQ(S_OK, in_stream_->GetSizeMax(&size));
+    EXPECT_HRESULT(S_OK, in_stream_->InitNew());
+    EXPECT_HRESULT(S_OK, in_stream_->Save(stream.Get(), TRUE));
+    EXPECT_HRESULT(S_OK, in_stream_->GetSizeMax(&size));
     EXPECT_EQ(size.QuadPart, Position(*stream.Get()));
     // Something else follows in the same stream.
-    EXPECT_EQ(S_OK, stream->Write("more", 4, nullptr));
+    EXPECT_HRESULT(S_OK, stream->Write("more", 4, nullptr));
     MoveTo(*stream.Get(), 0);
     const auto other = Query<IPersistStreamInit>(ComObject<TestControl>::Create());
-    EXPECT_EQ(S_OK, other->Load(stream.Get()));
+    EXPECT_HRESULT(S_OK, other->Load(stream.Get()));
     EXPECT_EQ(size.QuadPart, Position(*stream.Get()));
-    EXPECT_EQ(S_FALSE, other->IsDirty());
+    EXPECT_HRESULT(S_FALSE, other->IsDirty());
 }
 
 TEST_F(Persistence, OnlyASaveThatClearsItMakesTheControlClean) {
-    EXPECT_EQ(S_FALSE, in_stream_->IsDirty());
+    EXPECT_HRESULT(S_FALSE, in_stream_->IsDirty());
     control_->SetControlDirty(true);
-    EXPECT_EQ(S_OK, in_stream_->IsDirty());
-    EXPECT_EQ(S_OK, in_storage_->IsDirty());
-    EXPECT_EQ(S_OK, in_stream_->Save(NewStream().Get(), FALSE));
-    EXPECT_EQ(S_OK, in_stream_->IsDirty());
-    EXPECT_EQ(S_OK, in_stream_->Save(NewStream().Get(), TRUE));
-    EXPECT_EQ(S_FALSE, in_stream_->IsDirty());
-    EXPECT_EQ(S_FALSE, in_storage_->IsDirty());
+    EXPECT_HRESULT(S_OK, in_stream_->IsDirty());
+    EXPECT_HRESULT(S_OK, in_storage_->IsDirty());
+    EXPECT_HRESULT(S_OK, in_stream_->Save(NewStream().Get(), FALSE));
+    EXPECT_HRESULT(S_OK, in_stream_->IsDirty());
+    EXPECT_HRESULT(S_OK, in_stream_->Save(NewStream().Get(), TRUE));
+    EXPECT_HRESULT(S_FALSE, in_stream_->IsDirty());
+    EXPECT_HRESULT(S_FALSE, in_storage_->IsDirty());
 }
 
 TEST_F(Persistence, AStreamOfAnyVersionOfTheFrameworkIsRead) {
     for (const DWORD version : {0x0001u, 0x0200u, 0x0300u, 0x0700u, 0x0710u, 0x0800u, 0x0B00u, 0x0C00u, 0x0E00u}) {
         const auto stream = NewStream();
-        EXPECT_EQ(S_OK, stream->Write(&version, sizeof version, nullptr));
+        EXPECT_HRESULT(S_OK, stream->Write(&version, sizeof version, nullptr));
         MoveTo(*stream.Get(), 0);
         control_->SetControlDirty(true);
-        EXPECT_EQ(S_OK, in_stream_->Load(stream.Get())) << std::hex << version;
-        EXPECT_EQ(S_FALSE, in_stream_->IsDirty());
+        EXPECT_HRESULT(S_OK, in_stream_->Load(stream.Get())) << std::hex << version;
+        EXPECT_HRESULT(S_FALSE, in_stream_->IsDirty());
         EXPECT_EQ(4u, Position(*stream.Get()));
     }
 }
@@ -103,71 +104,73 @@ TEST_F(Persistence, AStreamOfAnyVersionOfTheFrameworkIsRead) {
 TEST_F(Persistence, AStreamOfNoVersionOfTheFrameworkIsRefused) {
     for (const DWORD version : {0x0000u, 0x0E01u, 0x10000u, 0xFFFFFFFFu}) {
         const auto stream = NewStream();
-        EXPECT_EQ(S_OK, stream->Write(&version, sizeof version, nullptr));
+        EXPECT_HRESULT(S_OK, stream->Write(&version, sizeof version, nullptr));
         MoveTo(*stream.Get(), 0);
         control_->SetControlDirty(true);
-        EXPECT_EQ(E_FAIL, in_stream_->Load(stream.Get())) << std::hex << version;
-        EXPECT_EQ(S_OK, in_stream_->IsDirty());
+        EXPECT_HRESULT(E_FAIL, in_stream_->Load(stream.Get())) << std::hex << version;
+        EXPECT_HRESULT(S_OK, in_stream_->IsDirty());
         control_->SetControlDirty(false);
     }
 }
 
 TEST_F(Persistence, AStreamOfAnotherKindIsRefused) {
-    EXPECT_EQ(E_FAIL, in_stream_->Load(NewStream().Get()));
+    EXPECT_HRESULT(E_FAIL, in_stream_->Load(NewStream().Get()));
     const auto stream = NewStream();
-    EXPECT_EQ(S_OK, stream->Write("what?", 5, nullptr));
+    EXPECT_HRESULT(S_OK, stream->Write("what?", 5, nullptr));
     MoveTo(*stream.Get(), 0);
-    EXPECT_EQ(E_FAIL, in_stream_->Load(stream.Get()));
+    EXPECT_HRESULT(E_FAIL, in_stream_->Load(stream.Get()));
 }
 
 TEST_F(Persistence, AnswersNullPointers) {
-    EXPECT_EQ(E_INVALIDARG, in_stream_->Load(nullptr));
-    EXPECT_EQ(E_INVALIDARG, in_stream_->Save(nullptr, TRUE));
-    EXPECT_EQ(E_POINTER, in_stream_->GetSizeMax(nullptr));
-    EXPECT_EQ(E_INVALIDARG, in_storage_->InitNew(nullptr));
-    EXPECT_EQ(E_INVALIDARG, in_storage_->Load(nullptr));
-    EXPECT_EQ(E_INVALIDARG, in_storage_->Save(nullptr, TRUE));
+    EXPECT_HRESULT(E_INVALIDARG, in_stream_->Load(nullptr));
+    EXPECT_HRESULT(E_INVALIDARG, in_stream_->Save(nullptr, TRUE));
+    EXPECT_HRESULT(E_POINTER, in_stream_->GetSizeMax(nullptr));
+    EXPECT_HRESULT(E_INVALIDARG, in_storage_->InitNew(nullptr));
+    EXPECT_HRESULT(E_INVALIDARG, in_storage_->Load(nullptr));
+    EXPECT_HRESULT(E_INVALIDARG, in_storage_->Save(nullptr, TRUE));
 }
 
 TEST_F(Persistence, AStorageIsReadBack) {
     const auto storage = NewStorage();
-    EXPECT_EQ(S_OK, in_storage_->InitNew(storage.Get()));
-    EXPECT_EQ(S_OK, in_storage_->Save(storage.Get(), TRUE));
-    EXPECT_EQ(S_OK, in_storage_->SaveCompleted(nullptr));
-    EXPECT_EQ(S_OK, in_storage_->Save(storage.Get(), TRUE)) << "a second time over the first";
-    EXPECT_EQ(S_OK, in_storage_->HandsOffStorage());
+    EXPECT_HRESULT(S_OK, in_storage_->InitNew(storage.Get()));
+    EXPECT_HRESULT(S_OK, in_storage_->Save(storage.Get(), TRUE));
+    EXPECT_HRESULT(S_OK, in_storage_->SaveCompleted(nullptr));
+    EXPECT_HRESULT(S_OK, in_storage_->Save(storage.Get(), TRUE)) << "a second time over the first";
+    EXPECT_HRESULT(S_OK, in_storage_->HandsOffStorage());
     const auto other = Query<IPersistStorage>(ComObject<TestControl>::Create());
-    EXPECT_EQ(S_OK, other->Load(storage.Get()));
+    EXPECT_HRESULT(S_OK, other->Load(storage.Get()));
     EXPECT_EQ(1u, References(storage));
 }
 
-TEST_F(Persistence, AnEmptyStorageIsRefused) { EXPECT_EQ(STG_E_FILENOTFOUND, in_storage_->Load(NewStorage().Get())); }
+TEST_F(Persistence, AnEmptyStorageIsRefused) {
+    EXPECT_HRESULT(STG_E_FILENOTFOUND, in_storage_->Load(NewStorage().Get()));
+}
 
 TEST_F(Persistence, AStorageSaveIsOverWhenItIsCompleted) {
     Record record;
     const auto site = ComObject<RecordingSite>::Create(record);
     DWORD cookie = 0;
-    EXPECT_EQ(S_OK, Query<IOleObject>(control_)->Advise(site.Get(), &cookie));
+    EXPECT_HRESULT(S_OK, Query<IOleObject>(control_)->Advise(site.Get(), &cookie));
     const auto storage = NewStorage();
     control_->SetControlDirty(true);
-    EXPECT_EQ(S_OK, in_storage_->Save(storage.Get(), TRUE));
-    EXPECT_EQ(S_OK, in_storage_->IsDirty());
+    EXPECT_HRESULT(S_OK, in_storage_->Save(storage.Get(), TRUE));
+    EXPECT_HRESULT(S_OK, in_storage_->IsDirty());
     EXPECT_EQ("", record.Take());
-    EXPECT_EQ(S_OK, in_storage_->SaveCompleted(nullptr));
-    EXPECT_EQ(S_FALSE, in_storage_->IsDirty());
+    EXPECT_HRESULT(S_OK, in_storage_->SaveCompleted(nullptr));
+    EXPECT_HRESULT(S_FALSE, in_storage_->IsDirty());
     EXPECT_EQ("OnSave", record.Take());
 }
 
 TEST_F(Persistence, ACopyInAnotherStorageLeavesTheControlDirty) {
     const auto storage = NewStorage();
     control_->SetControlDirty(true);
-    EXPECT_EQ(S_OK, in_storage_->Save(storage.Get(), FALSE));
-    EXPECT_EQ(S_OK, in_storage_->SaveCompleted(nullptr));
-    EXPECT_EQ(S_OK, in_storage_->IsDirty());
+    EXPECT_HRESULT(S_OK, in_storage_->Save(storage.Get(), FALSE));
+    EXPECT_HRESULT(S_OK, in_storage_->SaveCompleted(nullptr));
+    EXPECT_HRESULT(S_OK, in_storage_->IsDirty());
     // Unless the control goes on in the copy.
-    EXPECT_EQ(S_OK, in_storage_->Save(storage.Get(), FALSE));
-    EXPECT_EQ(S_OK, in_storage_->SaveCompleted(storage.Get()));
-    EXPECT_EQ(S_FALSE, in_storage_->IsDirty());
+    EXPECT_HRESULT(S_OK, in_storage_->Save(storage.Get(), FALSE));
+    EXPECT_HRESULT(S_OK, in_storage_->SaveCompleted(storage.Get()));
+    EXPECT_HRESULT(S_FALSE, in_storage_->IsDirty());
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "com/bstr.hpp"
+#include "tests/support/hresult.hpp"
 #include "tests/support/recording_container.hpp"
 #include "tests/unit/control/test_control.hpp"
 
@@ -32,7 +33,7 @@ TEST_F(SmallInterfaces, AnswerForAllInterfacesTheyExtend) {
                        IID_IProvideClassInfo, IID_IProvideClassInfo2, IID_IOleInPlaceActiveObject};
     for (const IID& id : ids) {
         ComPtr<IUnknown> found;
-        ASSERT_EQ(S_OK, unknown->QueryInterface(id, found.ReceiveVoid()));
+        ASSERT_HRESULT(S_OK, unknown->QueryInterface(id, found.ReceiveVoid()));
         EXPECT_EQ(unknown.Get(), Query<IUnknown>(found).Get());
     }
 }
@@ -57,7 +58,7 @@ TEST_F(QuickActivation, ConnectsEverythingAtOnce) {
     container_.pUnkEventSink = event_sink.Get();
     // Only its presence matters here: nothing is called on it.
     container_.pPropertyNotifySink = reinterpret_cast<IPropertyNotifySink*>(property_sink.Get());
-    EXPECT_EQ(S_OK, Activate());
+    EXPECT_HRESULT(S_OK, Activate());
     EXPECT_EQ(sizeof result_, result_.cbSize);
     EXPECT_EQ(131473u, result_.dwMiscStatus);
     EXPECT_EQ(static_cast<DWORD>(VIEWSTATUS_OPAQUE), result_.dwViewStatus);
@@ -68,15 +69,15 @@ TEST_F(QuickActivation, ConnectsEverythingAtOnce) {
     RaiseEvent(static_cast<TestControl::Events&>(*control_.Get()).Point(), 5, {});
     EXPECT_EQ("event5", record_.Take());
     ComPtr<IAdviseSink> sink;
-    EXPECT_EQ(S_OK, Query<IViewObjectEx>(control_)->GetAdvise(nullptr, nullptr, sink.Receive()));
+    EXPECT_HRESULT(S_OK, Query<IViewObjectEx>(control_)->GetAdvise(nullptr, nullptr, sink.Receive()));
     EXPECT_EQ(static_cast<IAdviseSink*>(site_.Get()), sink.Get());
     ComPtr<IOleClientSite> client_site;
-    EXPECT_EQ(S_OK, Query<IOleObject>(control_)->GetClientSite(client_site.Receive()));
+    EXPECT_HRESULT(S_OK, Query<IOleObject>(control_)->GetClientSite(client_site.Receive()));
     EXPECT_EQ(static_cast<IOleClientSite*>(site_.Get()), client_site.Get());
 }
 
 TEST_F(QuickActivation, NeedsNoSinks) {
-    EXPECT_EQ(S_OK, Activate());
+    EXPECT_HRESULT(S_OK, Activate());
     EXPECT_EQ(131473u, result_.dwMiscStatus);
     EXPECT_EQ(0u, result_.dwEventCookie);
     EXPECT_EQ(0u, result_.dwPropNotifyCookie);
@@ -84,53 +85,53 @@ TEST_F(QuickActivation, NeedsNoSinks) {
 
 TEST_F(QuickActivation, ReportsASinkThatDoesNotFit) {
     container_.pUnkEventSink = static_cast<IOleClientSite*>(site_.Get());
-    EXPECT_EQ(CONNECT_E_CANNOTCONNECT, Activate());
+    EXPECT_HRESULT(CONNECT_E_CANNOTCONNECT, Activate());
     EXPECT_EQ(0u, result_.dwEventCookie);
 }
 
 TEST_F(QuickActivation, ChecksItsStructures) {
     const auto quick = Query<IQuickActivate>(control_);
-    EXPECT_EQ(E_POINTER, quick->QuickActivate(nullptr, &result_));
-    EXPECT_EQ(E_POINTER, quick->QuickActivate(&container_, nullptr));
+    EXPECT_HRESULT(E_POINTER, quick->QuickActivate(nullptr, &result_));
+    EXPECT_HRESULT(E_POINTER, quick->QuickActivate(&container_, nullptr));
     result_.cbSize = 4;
-    EXPECT_EQ(E_INVALIDARG, Activate());
+    EXPECT_HRESULT(E_INVALIDARG, Activate());
     result_.cbSize = sizeof result_;
     container_.cbSize = 0;
-    EXPECT_EQ(E_INVALIDARG, Activate());
+    EXPECT_HRESULT(E_INVALIDARG, Activate());
 }
 
 TEST_F(QuickActivation, SetsTheExtent) {
     const auto quick = Query<IQuickActivate>(control_);
     SIZEL size{11, 22};
-    EXPECT_EQ(S_OK, quick->SetContentExtent(&size));
+    EXPECT_HRESULT(S_OK, quick->SetContentExtent(&size));
     size = {};
-    EXPECT_EQ(S_OK, quick->GetContentExtent(&size));
+    EXPECT_HRESULT(S_OK, quick->GetContentExtent(&size));
     EXPECT_EQ(11, size.cx);
     EXPECT_EQ(22, size.cy);
-    EXPECT_EQ(E_POINTER, quick->SetContentExtent(nullptr));
-    EXPECT_EQ(E_POINTER, quick->GetContentExtent(nullptr));
+    EXPECT_HRESULT(E_POINTER, quick->SetContentExtent(nullptr));
+    EXPECT_HRESULT(E_POINTER, quick->GetContentExtent(nullptr));
 }
 
 TEST_F(SmallInterfaces, ClassInformationIsTheCoclass) {
     const auto info = Query<IProvideClassInfo2>(control_);
     ComPtr<ITypeInfo> type;
-    ASSERT_EQ(S_OK, info->GetClassInfo(type.Receive()));
+    ASSERT_HRESULT(S_OK, info->GetClassInfo(type.Receive()));
     TYPEATTR* attributes = nullptr;
-    ASSERT_EQ(S_OK, type->GetTypeAttr(&attributes));
+    ASSERT_HRESULT(S_OK, type->GetTypeAttr(&attributes));
     EXPECT_EQ(TKIND_COCLASS, attributes->typekind);
     EXPECT_TRUE(IsEqualGUID(CLSID_PaylodgeCtrl, attributes->guid));
     type->ReleaseTypeAttr(attributes);
-    EXPECT_EQ(E_POINTER, info->GetClassInfo(nullptr));
+    EXPECT_HRESULT(E_POINTER, info->GetClassInfo(nullptr));
 }
 
 TEST_F(SmallInterfaces, ClassInformationNamesTheEvents) {
     const auto info = Query<IProvideClassInfo2>(control_);
     GUID id{};
-    EXPECT_EQ(S_OK, info->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, &id));
+    EXPECT_HRESULT(S_OK, info->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, &id));
     EXPECT_TRUE(IsEqualGUID(DIID__IPaylodgeCtrlEvents, id));
-    EXPECT_EQ(E_INVALIDARG, info->GetGUID(0, &id));
+    EXPECT_HRESULT(E_INVALIDARG, info->GetGUID(0, &id));
     EXPECT_TRUE(IsEqualGUID(GUID_NULL, id));
-    EXPECT_EQ(E_POINTER, info->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, nullptr));
+    EXPECT_HRESULT(E_POINTER, info->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, nullptr));
 }
 
 TEST_F(SmallInterfaces, SafetyOptionsChangeWhereTheMaskSaysSo) {
@@ -138,51 +139,51 @@ TEST_F(SmallInterfaces, SafetyOptionsChangeWhereTheMaskSaysSo) {
     const auto enabled = [&safety] {
         DWORD supported = 0;
         DWORD options = 99;
-        EXPECT_EQ(S_OK, safety->GetInterfaceSafetyOptions(IID_IOleObject, &supported, &options));
+        EXPECT_HRESULT(S_OK, safety->GetInterfaceSafetyOptions(IID_IOleObject, &supported, &options));
         EXPECT_EQ(static_cast<DWORD>(INTERFACESAFE_FOR_UNTRUSTED_CALLER), supported);
         return options;
     };
     EXPECT_EQ(0u, enabled());
-    EXPECT_EQ(S_OK, safety->SetInterfaceSafetyOptions(IID_IOleObject, 1, 1));
+    EXPECT_HRESULT(S_OK, safety->SetInterfaceSafetyOptions(IID_IOleObject, 1, 1));
     EXPECT_EQ(1u, enabled());
-    EXPECT_EQ(S_OK, safety->SetInterfaceSafetyOptions(IID_IOleObject, 0, 0)) << "a mask of nothing";
+    EXPECT_HRESULT(S_OK, safety->SetInterfaceSafetyOptions(IID_IOleObject, 0, 0)) << "a mask of nothing";
     EXPECT_EQ(1u, enabled());
-    EXPECT_EQ(S_OK, safety->SetInterfaceSafetyOptions(IID_IOleObject, 1, 2)) << "an option outside the mask";
+    EXPECT_HRESULT(S_OK, safety->SetInterfaceSafetyOptions(IID_IOleObject, 1, 2)) << "an option outside the mask";
     EXPECT_EQ(0u, enabled());
 }
 
 TEST_F(SmallInterfaces, SafetyOptionsThatAreNotKnownAreRefused) {
     const auto safety = Query<IObjectSafety>(control_);
-    EXPECT_EQ(E_FAIL, safety->SetInterfaceSafetyOptions(IID_IOleObject, INTERFACESAFE_FOR_UNTRUSTED_DATA, 0));
-    EXPECT_EQ(E_NOINTERFACE, safety->SetInterfaceSafetyOptions(IID_IStream, 1, 1));
+    EXPECT_HRESULT(E_FAIL, safety->SetInterfaceSafetyOptions(IID_IOleObject, INTERFACESAFE_FOR_UNTRUSTED_DATA, 0));
+    EXPECT_HRESULT(E_NOINTERFACE, safety->SetInterfaceSafetyOptions(IID_IStream, 1, 1));
     DWORD supported = 9;
     DWORD enabled = 9;
-    EXPECT_EQ(E_NOINTERFACE, safety->GetInterfaceSafetyOptions(IID_IStream, &supported, &enabled));
+    EXPECT_HRESULT(E_NOINTERFACE, safety->GetInterfaceSafetyOptions(IID_IStream, &supported, &enabled));
     EXPECT_EQ(0u, supported);
     EXPECT_EQ(0u, enabled);
-    EXPECT_EQ(E_POINTER, safety->GetInterfaceSafetyOptions(IID_IOleObject, nullptr, &enabled));
-    EXPECT_EQ(E_POINTER, safety->GetInterfaceSafetyOptions(IID_IOleObject, &supported, nullptr));
+    EXPECT_HRESULT(E_POINTER, safety->GetInterfaceSafetyOptions(IID_IOleObject, nullptr, &enabled));
+    EXPECT_HRESULT(E_POINTER, safety->GetInterfaceSafetyOptions(IID_IOleObject, &supported, nullptr));
 }
 
 TEST_F(SmallInterfaces, ThereAreNoPropertyPages) {
     const auto pages = Query<ISpecifyPropertyPages>(control_);
     CAUUID list{9, nullptr};
-    EXPECT_EQ(S_OK, pages->GetPages(&list));
+    EXPECT_HRESULT(S_OK, pages->GetPages(&list));
     EXPECT_EQ(0u, list.cElems);
     EXPECT_EQ(nullptr, list.pElems);
-    EXPECT_EQ(E_POINTER, pages->GetPages(nullptr));
+    EXPECT_HRESULT(E_POINTER, pages->GetPages(nullptr));
 }
 
 TEST_F(SmallInterfaces, ServicesAreThoseOfTheHost) {
     const auto services = Query<IServiceProvider>(control_);
     void* found = &found;
-    EXPECT_EQ(E_NOINTERFACE, services->QueryService(IID_IOleClientSite, IID_IOleClientSite, &found));
+    EXPECT_HRESULT(E_NOINTERFACE, services->QueryService(IID_IOleClientSite, IID_IOleClientSite, &found));
     EXPECT_EQ(nullptr, found);
-    EXPECT_EQ(E_POINTER, services->QueryService(IID_IOleClientSite, IID_IOleClientSite, nullptr));
+    EXPECT_HRESULT(E_POINTER, services->QueryService(IID_IOleClientSite, IID_IOleClientSite, nullptr));
 
-    EXPECT_EQ(S_OK, Query<IOleObject>(control_)->SetClientSite(site_.Get()));
+    EXPECT_HRESULT(S_OK, Query<IOleObject>(control_)->SetClientSite(site_.Get()));
     ComPtr<IOleControlSite> service;
-    EXPECT_EQ(S_OK, services->QueryService(CLSID_PaylodgeCtrl, IID_IOleControlSite, service.ReceiveVoid()));
+    EXPECT_HRESULT(S_OK, services->QueryService(CLSID_PaylodgeCtrl, IID_IOleControlSite, service.ReceiveVoid()));
     EXPECT_EQ("QueryService", record_.Take());
     EXPECT_TRUE(IsEqualGUID(CLSID_PaylodgeCtrl, site_->last_service));
 }
@@ -190,14 +191,14 @@ TEST_F(SmallInterfaces, ServicesAreThoseOfTheHost) {
 TEST_F(SmallInterfaces, ServicesAreAskedOfTheBrowserFirst) {
     Record browser_record;
     const auto browser = ComObject<RecordingSite>::Create(browser_record);
-    EXPECT_EQ(S_OK, Query<IOleObject>(control_)->SetClientSite(site_.Get()));
-    EXPECT_EQ(S_OK, Query<IObjectWithSite>(control_)->SetSite(static_cast<IOleClientSite*>(browser.Get())));
+    EXPECT_HRESULT(S_OK, Query<IOleObject>(control_)->SetClientSite(site_.Get()));
+    EXPECT_HRESULT(S_OK, Query<IObjectWithSite>(control_)->SetSite(static_cast<IOleClientSite*>(browser.Get())));
     ComPtr<IOleControlSite> service;
-    EXPECT_EQ(S_OK, Query<IServiceProvider>(control_)->QueryService(CLSID_PaylodgeCtrl, IID_IOleControlSite,
-                                                                    service.ReceiveVoid()));
+    EXPECT_HRESULT(S_OK, Query<IServiceProvider>(control_)->QueryService(CLSID_PaylodgeCtrl, IID_IOleControlSite,
+                                                                         service.ReceiveVoid()));
     EXPECT_EQ("QueryService", browser_record.Take());
     EXPECT_EQ("", record_.Take());
-    EXPECT_EQ(S_OK, Query<IObjectWithSite>(control_)->SetSite(nullptr));
+    EXPECT_HRESULT(S_OK, Query<IObjectWithSite>(control_)->SetSite(nullptr));
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tests/support/drawing_surface.hpp"
+#include "tests/support/hresult.hpp"
 #include "tests/support/recording_container.hpp"
 #include "tests/unit/control/test_control.hpp"
 
@@ -38,7 +39,7 @@ class ViewObject : public ::testing::Test {
 };
 
 TEST_F(ViewObject, DrawsARectangleOverItsBounds) {
-    EXPECT_EQ(S_OK, Draw({10, 20, 210, 100}));
+    EXPECT_HRESULT(S_OK, Draw({10, 20, 210, 100}));
     ExpectRect({10, 20, 210, 100},
                surface_.Around(surface_.All(), [](COLORREF pixel) { return pixel != DrawingSurface::kUntouched; }));
     for (const POINT corner : {POINT{10, 20}, POINT{209, 20}, POINT{10, 99}, POINT{209, 99}}) {
@@ -48,7 +49,7 @@ TEST_F(ViewObject, DrawsARectangleOverItsBounds) {
 }
 
 TEST_F(ViewObject, WritesItsNameCentredOnABaselineInTheMiddle) {
-    EXPECT_EQ(S_OK, Draw({10, 20, 210, 100}));
+    EXPECT_HRESULT(S_OK, Draw({10, 20, 210, 100}));
     const RECT text = surface_.Around({11, 21, 209, 99}, [](COLORREF pixel) { return pixel != kWhite; });
     ASSERT_FALSE(::IsRectEmpty(&text));
     EXPECT_NEAR(110, (text.left + text.right) / 2.0, 2.0);
@@ -60,13 +61,13 @@ TEST_F(ViewObject, WritesItsNameCentredOnABaselineInTheMiddle) {
 
 TEST_F(ViewObject, WritesNothingOutsideItsBounds) {
     const RECT bounds{100, 50, 130, 60};
-    EXPECT_EQ(S_OK, Draw({bounds.left, bounds.top, bounds.right, bounds.bottom}));
+    EXPECT_HRESULT(S_OK, Draw({bounds.left, bounds.top, bounds.right, bounds.bottom}));
     ExpectRect(bounds,
                surface_.Around(surface_.All(), [](COLORREF pixel) { return pixel != DrawingSurface::kUntouched; }));
 }
 
 TEST_F(ViewObject, LeavesNoClipRegionBehind) {
-    EXPECT_EQ(S_OK, control_->OnDraw({surface_.Dc(), {0, 0, 50, 50}}));
+    EXPECT_HRESULT(S_OK, control_->OnDraw({surface_.Dc(), {0, 0, 50, 50}}));
     const Region clip(::CreateRectRgn(0, 0, 1, 1));
     EXPECT_EQ(0, ::GetClipRgn(surface_.Dc(), clip.Get()));
     EXPECT_EQ(static_cast<UINT>(TA_CENTER | TA_BASELINE), ::GetTextAlign(surface_.Dc()));
@@ -76,7 +77,7 @@ TEST_F(ViewObject, GivesTheContextBackAsItWas) {
     const Region mine(::CreateRectRgn(5, 5, 100, 100));
     ::SelectClipRgn(surface_.Dc(), mine.Get());
     ::SetMapMode(surface_.Dc(), MM_ANISOTROPIC);
-    EXPECT_EQ(S_OK, Draw({0, 0, 50, 50}));
+    EXPECT_HRESULT(S_OK, Draw({0, 0, 50, 50}));
     const Region clip(::CreateRectRgn(0, 0, 1, 1));
     EXPECT_EQ(1, ::GetClipRgn(surface_.Dc(), clip.Get()));
     EXPECT_TRUE(::EqualRgn(mine.Get(), clip.Get()));
@@ -89,7 +90,7 @@ TEST_F(ViewObject, DrawsWhereTheMappingModePutsItsBounds) {
     ::SetWindowExtEx(surface_.Dc(), 1000, 1000, nullptr);
     ::SetViewportExtEx(surface_.Dc(), 100, 100, nullptr);
     ::SetViewportOrgEx(surface_.Dc(), 20, 10, nullptr);
-    EXPECT_EQ(S_OK, Draw({0, 0, 1000, 500}));
+    EXPECT_HRESULT(S_OK, Draw({0, 0, 1000, 500}));
     ExpectRect({20, 10, 120, 60},
                surface_.Around(surface_.All(), [](COLORREF pixel) { return pixel != DrawingSurface::kUntouched; }));
     EXPECT_EQ(20, control_->last_bounds.left);
@@ -100,7 +101,7 @@ TEST_F(ViewObject, DrawsWhereAWorldTransformPutsItsBounds) {
     ::SetGraphicsMode(surface_.Dc(), GM_ADVANCED);
     const XFORM twice_as_large{2, 0, 0, 2, 10, 10};
     ASSERT_TRUE(::SetWorldTransform(surface_.Dc(), &twice_as_large));
-    EXPECT_EQ(S_OK, Draw({0, 0, 50, 25}));
+    EXPECT_HRESULT(S_OK, Draw({0, 0, 50, 25}));
     ExpectRect({10, 10, 110, 60},
                surface_.Around(surface_.All(), [](COLORREF pixel) { return pixel != DrawingSurface::kUntouched; }));
 }
@@ -137,8 +138,8 @@ struct Recorded {
 TEST_F(ViewObject, DrawnIntoAnOldMetafileKeepsThePlayersStatesAndClips) {
     const HDC recording = ::CreateMetaFileW(nullptr);
     const RECTL bounds{10, 20, 110, 70};
-    EXPECT_EQ(S_OK,
-              view_->Draw(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, recording, &bounds, nullptr, nullptr, 0));
+    EXPECT_HRESULT(
+        S_OK, view_->Draw(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, recording, &bounds, nullptr, nullptr, 0));
     const HMETAFILE metafile = ::CloseMetaFile(recording);
     const Recorded recorded = RecordsOf(metafile);
     EXPECT_EQ((std::vector<SHORT>{-1}), recorded.restored) << "the state saved last, none of the player's own";
@@ -160,70 +161,70 @@ TEST_F(ViewObject, DrawnIntoAnOldMetafileKeepsThePlayersStatesAndClips) {
 
 TEST_F(ViewObject, ReportsWhatItsDrawingReports) {
     control_->draw_result = E_ABORT;
-    EXPECT_EQ(E_ABORT, Draw({0, 0, 50, 50}));
+    EXPECT_HRESULT(E_ABORT, Draw({0, 0, 50, 50}));
 }
 
 TEST_F(ViewObject, DrawsOnlyItsContentAsAWhole) {
     const RECTL bounds{0, 0, 10, 10};
-    EXPECT_EQ(DV_E_DVASPECT, Draw(bounds, DVASPECT_ICON));
-    EXPECT_EQ(DV_E_LINDEX, Draw(bounds, DVASPECT_CONTENT, 0));
-    EXPECT_EQ(E_INVALIDARG,
-              view_->Draw(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, nullptr, &bounds, nullptr, nullptr, 0));
-    EXPECT_EQ(E_INVALIDARG, view_->Draw(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, surface_.Dc(), nullptr,
-                                        nullptr, nullptr, 0));
+    EXPECT_HRESULT(DV_E_DVASPECT, Draw(bounds, DVASPECT_ICON));
+    EXPECT_HRESULT(DV_E_LINDEX, Draw(bounds, DVASPECT_CONTENT, 0));
+    EXPECT_HRESULT(E_INVALIDARG,
+                   view_->Draw(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, nullptr, &bounds, nullptr, nullptr, 0));
+    EXPECT_HRESULT(E_INVALIDARG, view_->Draw(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, surface_.Dc(), nullptr,
+                                             nullptr, nullptr, 0));
     EXPECT_EQ(0, control_->draw_count);
 }
 
 TEST_F(ViewObject, KnowsItsExtents) {
     SIZEL size{1000, 2000};
-    EXPECT_EQ(S_OK, Query<IOleObject>(control_)->SetExtent(DVASPECT_CONTENT, &size));
+    EXPECT_HRESULT(S_OK, Query<IOleObject>(control_)->SetExtent(DVASPECT_CONTENT, &size));
     size = {};
-    EXPECT_EQ(S_OK, view_->GetExtent(DVASPECT_CONTENT, -1, nullptr, &size));
+    EXPECT_HRESULT(S_OK, view_->GetExtent(DVASPECT_CONTENT, -1, nullptr, &size));
     EXPECT_EQ(1000, size.cx);
     EXPECT_EQ(2000, size.cy);
     DVEXTENTINFO request{sizeof request, DVEXTENT_CONTENT, {0, 0}};
-    EXPECT_EQ(S_OK, view_->GetNaturalExtent(DVASPECT_CONTENT, -1, nullptr, nullptr, &request, &size));
+    EXPECT_HRESULT(S_OK, view_->GetNaturalExtent(DVASPECT_CONTENT, -1, nullptr, nullptr, &request, &size));
     EXPECT_EQ(5080, size.cx);
     EXPECT_EQ(5080, size.cy);
     request.dwExtentMode = DVEXTENT_INTEGRAL;
-    EXPECT_EQ(E_NOTIMPL, view_->GetNaturalExtent(DVASPECT_CONTENT, -1, nullptr, nullptr, &request, &size));
-    EXPECT_EQ(DV_E_DVASPECT, view_->GetNaturalExtent(DVASPECT_ICON, -1, nullptr, nullptr, &request, &size));
-    EXPECT_EQ(E_POINTER, view_->GetExtent(DVASPECT_CONTENT, -1, nullptr, nullptr));
-    EXPECT_EQ(E_POINTER, view_->GetNaturalExtent(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, &size));
+    EXPECT_HRESULT(E_NOTIMPL, view_->GetNaturalExtent(DVASPECT_CONTENT, -1, nullptr, nullptr, &request, &size));
+    EXPECT_HRESULT(DV_E_DVASPECT, view_->GetNaturalExtent(DVASPECT_ICON, -1, nullptr, nullptr, &request, &size));
+    EXPECT_HRESULT(E_POINTER, view_->GetExtent(DVASPECT_CONTENT, -1, nullptr, nullptr));
+    EXPECT_HRESULT(E_POINTER, view_->GetNaturalExtent(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, &size));
 }
 
 TEST_F(ViewObject, IsHitInsideItsBounds) {
     const RECT bounds{0, 0, 10, 10};
     DWORD result = 99;
-    EXPECT_EQ(S_OK, view_->QueryHitPoint(DVASPECT_CONTENT, &bounds, {9, 9}, 0, &result));
+    EXPECT_HRESULT(S_OK, view_->QueryHitPoint(DVASPECT_CONTENT, &bounds, {9, 9}, 0, &result));
     EXPECT_EQ(static_cast<DWORD>(HITRESULT_HIT), result);
-    EXPECT_EQ(S_OK, view_->QueryHitPoint(DVASPECT_CONTENT, &bounds, {10, 9}, 0, &result));
+    EXPECT_HRESULT(S_OK, view_->QueryHitPoint(DVASPECT_CONTENT, &bounds, {10, 9}, 0, &result));
     EXPECT_EQ(static_cast<DWORD>(HITRESULT_OUTSIDE), result);
     const RECT across{5, 5, 20, 20};
-    EXPECT_EQ(S_OK, view_->QueryHitRect(DVASPECT_CONTENT, &bounds, &across, 0, &result));
+    EXPECT_HRESULT(S_OK, view_->QueryHitRect(DVASPECT_CONTENT, &bounds, &across, 0, &result));
     EXPECT_EQ(static_cast<DWORD>(HITRESULT_HIT), result);
     const RECT beside{10, 0, 20, 10};
-    EXPECT_EQ(S_OK, view_->QueryHitRect(DVASPECT_CONTENT, &bounds, &beside, 0, &result));
+    EXPECT_HRESULT(S_OK, view_->QueryHitRect(DVASPECT_CONTENT, &bounds, &beside, 0, &result));
     EXPECT_EQ(static_cast<DWORD>(HITRESULT_OUTSIDE), result);
-    EXPECT_EQ(DV_E_DVASPECT, view_->QueryHitPoint(DVASPECT_ICON, &bounds, {1, 1}, 0, &result));
-    EXPECT_EQ(E_POINTER, view_->QueryHitPoint(DVASPECT_CONTENT, nullptr, {1, 1}, 0, &result));
-    EXPECT_EQ(E_POINTER, view_->QueryHitRect(DVASPECT_CONTENT, &bounds, &bounds, 0, nullptr));
+    EXPECT_HRESULT(DV_E_DVASPECT, view_->QueryHitPoint(DVASPECT_ICON, &bounds, {1, 1}, 0, &result));
+    EXPECT_HRESULT(E_POINTER, view_->QueryHitPoint(DVASPECT_CONTENT, nullptr, {1, 1}, 0, &result));
+    EXPECT_HRESULT(E_POINTER, view_->QueryHitRect(DVASPECT_CONTENT, &bounds, &bounds, 0, nullptr));
 }
 
 TEST_F(ViewObject, AnswersWhatItDoesNotHave) {
     LOGPALETTE* colors = nullptr;
-    EXPECT_EQ(S_FALSE, view_->GetColorSet(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, &colors));
-    EXPECT_EQ(E_POINTER, view_->GetColorSet(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, nullptr));
+    EXPECT_HRESULT(S_FALSE, view_->GetColorSet(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, &colors));
+    EXPECT_HRESULT(E_POINTER, view_->GetColorSet(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, nullptr));
     RECTL bounds;
-    EXPECT_EQ(E_NOTIMPL, view_->GetRect(DVASPECT_CONTENT, &bounds));
-    EXPECT_EQ(E_POINTER, view_->GetRect(DVASPECT_CONTENT, nullptr));
+    EXPECT_HRESULT(E_NOTIMPL, view_->GetRect(DVASPECT_CONTENT, &bounds));
+    EXPECT_HRESULT(E_POINTER, view_->GetRect(DVASPECT_CONTENT, nullptr));
     DWORD key = 0;
-    EXPECT_EQ(E_NOTIMPL, view_->Freeze(DVASPECT_CONTENT, -1, nullptr, &key));
-    EXPECT_EQ(E_NOTIMPL, view_->Unfreeze(1));
+    EXPECT_HRESULT(E_NOTIMPL, view_->Freeze(DVASPECT_CONTENT, -1, nullptr, &key));
+    EXPECT_HRESULT(E_NOTIMPL, view_->Unfreeze(1));
     DWORD status = 0;
-    EXPECT_EQ(S_OK, view_->GetViewStatus(&status));
+    EXPECT_HRESULT(S_OK, view_->GetViewStatus(&status));
     EXPECT_EQ(static_cast<DWORD>(VIEWSTATUS_OPAQUE), status);
-    EXPECT_EQ(E_POINTER, view_->GetViewStatus(nullptr));
+    EXPECT_HRESULT(E_POINTER, view_->GetViewStatus(nullptr));
 }
 
 class ViewAdvise : public ViewObject {
@@ -235,7 +236,7 @@ class ViewAdvise : public ViewObject {
     }
     void SetWidth(LONG width) {
         SIZEL size{width, 100};
-        EXPECT_EQ(S_OK, Query<IOleObject>(control_)->SetExtent(DVASPECT_CONTENT, &size));
+        EXPECT_HRESULT(S_OK, Query<IOleObject>(control_)->SetExtent(DVASPECT_CONTENT, &size));
     }
 
     Record record_;
@@ -243,24 +244,24 @@ class ViewAdvise : public ViewObject {
 };
 
 TEST_F(ViewAdvise, IsHeldAndToldOfANewSize) {
-    EXPECT_EQ(S_OK, view_->SetAdvise(DVASPECT_CONTENT, 0, site_.Get()));
+    EXPECT_HRESULT(S_OK, view_->SetAdvise(DVASPECT_CONTENT, 0, site_.Get()));
     EXPECT_EQ(2u, References(site_));
     SetWidth(1);
     SetWidth(1);
     EXPECT_EQ("OnViewChange(1,-1)", record_.Take());
-    EXPECT_EQ(S_OK, view_->SetAdvise(DVASPECT_CONTENT, 0, nullptr));
+    EXPECT_HRESULT(S_OK, view_->SetAdvise(DVASPECT_CONTENT, 0, nullptr));
     EXPECT_EQ(1u, References(site_));
     SetWidth(2);
     EXPECT_EQ("", record_.Take());
 }
 
 TEST_F(ViewAdvise, IsToldAtOnceWhenItAsks) {
-    EXPECT_EQ(S_OK, view_->SetAdvise(DVASPECT_CONTENT, ADVF_PRIMEFIRST, site_.Get()));
+    EXPECT_HRESULT(S_OK, view_->SetAdvise(DVASPECT_CONTENT, ADVF_PRIMEFIRST, site_.Get()));
     EXPECT_EQ("OnViewChange(1,-1)", record_.Take());
 }
 
 TEST_F(ViewAdvise, IsToldOnlyOnceWhenItAsks) {
-    EXPECT_EQ(S_OK, view_->SetAdvise(DVASPECT_CONTENT, ADVF_ONLYONCE, site_.Get()));
+    EXPECT_HRESULT(S_OK, view_->SetAdvise(DVASPECT_CONTENT, ADVF_ONLYONCE, site_.Get()));
     SetWidth(1);
     SetWidth(2);
     EXPECT_EQ("OnViewChange(1,-1)", record_.Take());
@@ -268,25 +269,25 @@ TEST_F(ViewAdvise, IsToldOnlyOnceWhenItAsks) {
 }
 
 TEST_F(ViewAdvise, IsHandedOut) {
-    EXPECT_EQ(S_OK, view_->SetAdvise(DVASPECT_CONTENT, ADVF_PRIMEFIRST, site_.Get()));
+    EXPECT_HRESULT(S_OK, view_->SetAdvise(DVASPECT_CONTENT, ADVF_PRIMEFIRST, site_.Get()));
     DWORD aspects = 0;
     DWORD flags = 0;
     ComPtr<IAdviseSink> sink;
-    EXPECT_EQ(S_OK, view_->GetAdvise(&aspects, &flags, sink.Receive()));
+    EXPECT_HRESULT(S_OK, view_->GetAdvise(&aspects, &flags, sink.Receive()));
     EXPECT_EQ(static_cast<DWORD>(DVASPECT_CONTENT), aspects);
     EXPECT_EQ(static_cast<DWORD>(ADVF_PRIMEFIRST), flags);
     EXPECT_EQ(static_cast<IAdviseSink*>(site_.Get()), sink.Get());
-    EXPECT_EQ(S_OK, view_->GetAdvise(nullptr, nullptr, nullptr));
+    EXPECT_HRESULT(S_OK, view_->GetAdvise(nullptr, nullptr, nullptr));
 }
 
 TEST_F(ViewAdvise, IsReleasedByClosing) {
-    EXPECT_EQ(S_OK, view_->SetAdvise(DVASPECT_CONTENT, ADVF_ONLYONCE, site_.Get()));
-    EXPECT_EQ(S_OK, Query<IOleObject>(control_)->Close(OLECLOSE_NOSAVE));
+    EXPECT_HRESULT(S_OK, view_->SetAdvise(DVASPECT_CONTENT, ADVF_ONLYONCE, site_.Get()));
+    EXPECT_HRESULT(S_OK, Query<IOleObject>(control_)->Close(OLECLOSE_NOSAVE));
     EXPECT_EQ(1u, References(site_));
     DWORD aspects = 7;
     DWORD flags = 7;
     ComPtr<IAdviseSink> sink;
-    EXPECT_EQ(S_OK, view_->GetAdvise(&aspects, &flags, sink.Receive()));
+    EXPECT_HRESULT(S_OK, view_->GetAdvise(&aspects, &flags, sink.Receive()));
     EXPECT_EQ(0u, aspects);
     EXPECT_EQ(0u, flags);
     EXPECT_FALSE(sink);
@@ -296,18 +297,18 @@ TEST_F(ViewAdvise, IsReleasedByClosing) {
 
 TEST_F(ViewAdvise, StaysWhenClosingFails) {
     const auto object = Query<IOleObject>(control_);
-    EXPECT_EQ(S_OK, object->SetClientSite(site_.Get()));
-    EXPECT_EQ(S_OK, view_->SetAdvise(DVASPECT_CONTENT, 0, site_.Get()));
+    EXPECT_HRESULT(S_OK, object->SetClientSite(site_.Get()));
+    EXPECT_HRESULT(S_OK, view_->SetAdvise(DVASPECT_CONTENT, 0, site_.Get()));
     control_->SetControlDirty(true);
     site_->answers["SaveObject"] = E_ACCESSDENIED;
-    EXPECT_EQ(E_ACCESSDENIED, object->Close(OLECLOSE_SAVEIFDIRTY));
+    EXPECT_HRESULT(E_ACCESSDENIED, object->Close(OLECLOSE_SAVEIFDIRTY));
     EXPECT_EQ(3u, References(site_));
-    EXPECT_EQ(S_OK, object->Close(OLECLOSE_NOSAVE));
-    EXPECT_EQ(S_OK, object->SetClientSite(nullptr));
+    EXPECT_HRESULT(S_OK, object->Close(OLECLOSE_NOSAVE));
+    EXPECT_HRESULT(S_OK, object->SetClientSite(nullptr));
 }
 
 TEST_F(ViewAdvise, IsOnlyForTheContent) {
-    EXPECT_EQ(OLE_E_ADVISENOTSUPPORTED, view_->SetAdvise(DVASPECT_ICON, 0, site_.Get()));
+    EXPECT_HRESULT(OLE_E_ADVISENOTSUPPORTED, view_->SetAdvise(DVASPECT_ICON, 0, site_.Get()));
     EXPECT_EQ(1u, References(site_));
 }
 

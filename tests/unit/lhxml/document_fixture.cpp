@@ -4,6 +4,8 @@
 
 #include "lhxml/dom.hpp"
 
+#include "tests/support/hresult.hpp"
+
 namespace paylodge::test {
 
 ComPtr<IXMLDOMNode> TopElement(std::string_view text) {
@@ -11,7 +13,7 @@ ComPtr<IXMLDOMNode> TopElement(std::string_view text) {
     const auto document = LoadXmlDocument(text, error);
     EXPECT_TRUE(document) << error;
     ComPtr<IXMLDOMNode> top;
-    EXPECT_EQ(S_OK, FindFirstChildElement(document.Get(), top));
+    EXPECT_HRESULT(S_OK, FindFirstChildElement(document.Get(), top));
     EXPECT_TRUE(top) << text;
     return top;
 }

@@ -13,6 +13,7 @@
 
 #include "lhxml/envelope.hpp"
 #include "tests/support/document_watch.hpp"
+#include "tests/support/hresult.hpp"
 #include "tests/support/thread_locale.hpp"
 #include "tests/unit/lhxml/document_fixture.hpp"
 #include "tests/unit/lhxml/fake_node.hpp"
@@ -30,19 +31,19 @@ constexpr auto kLoadFailed = "Load failed because "sv;
 
 [[nodiscard]] std::string TextOf(IXMLDOMNode* node) {
     std::string text(kSentinel);
-    EXPECT_EQ(S_OK, GetNodeText(node, text));
+    EXPECT_HRESULT(S_OK, GetNodeText(node, text));
     return text;
 }
 
 [[nodiscard]] std::string NameOf(IXMLDOMNode* node) {
     std::string name(kSentinel);
-    EXPECT_EQ(S_OK, GetNodeName(node, name));
+    EXPECT_HRESULT(S_OK, GetNodeName(node, name));
     return name;
 }
 
 [[nodiscard]] ComPtr<IXMLDOMNamedNodeMap> AttributesOf(std::string_view document) {
     ComPtr<IXMLDOMNamedNodeMap> attributes;
-    EXPECT_EQ(S_OK, TopElement(document)->get_attributes(attributes.Receive()));
+    EXPECT_HRESULT(S_OK, TopElement(document)->get_attributes(attributes.Receive()));
     return attributes;
 }
 
@@ -70,7 +71,7 @@ void PrintTo(const Reading& reading, std::ostream* out) {
 // The text of the first element with this name below the document's element, or "none".
 [[nodiscard]] std::string FirstText(std::string_view document, std::wstring_view name) {
     ComPtr<IXMLDOMNode> element;
-    EXPECT_EQ(S_OK, FindFirstElement(TopElement(document).Get(), name, element));
+    EXPECT_HRESULT(S_OK, FindFirstElement(TopElement(document).Get(), name, element));
     return element ? TextOf(element.Get()) : "none";
 }
 
@@ -150,7 +151,7 @@ TEST_F(Dom, LoadsTextOfTheThreadsCodePageNotTheSystems) {
         top = TopElement("<A>\xE1</A>");
     }
     OwnedBstr text;
-    EXPECT_EQ(S_OK, top->get_text(text.Receive()));
+    EXPECT_HRESULT(S_OK, top->get_text(text.Receive()));
     EXPECT_EQ(L"\x3B1", View(text));
 }
 
@@ -219,8 +220,8 @@ TEST_F(Dom, NullNodeChangesNothing) {
 TEST_F(Dom, NodeThatCannotBeReadGivesItsCodeAndChangesNothing) {
     const auto node = MakeFakeNode({});
     std::string text(kSentinel);
-    EXPECT_EQ(E_NOTIMPL, GetNodeText(node.Get(), text));
-    EXPECT_EQ(E_NOTIMPL, GetNodeName(node.Get(), text));
+    EXPECT_HRESULT(E_NOTIMPL, GetNodeText(node.Get(), text));
+    EXPECT_HRESULT(E_NOTIMPL, GetNodeName(node.Get(), text));
     EXPECT_EQ(kSentinel, text);
 }
 
@@ -237,9 +238,9 @@ TEST_F(Dom, FirstElementStandsBelowTheNode) {
 TEST_F(Dom, FirstElementIsNotSoughtBehindTheNode) {
     const auto top = TopElement("<A><X><Y/></X><B/></A>");
     ComPtr<IXMLDOMNode> below;
-    ASSERT_EQ(S_OK, FindFirstChildElement(top.Get(), below));
+    ASSERT_HRESULT(S_OK, FindFirstChildElement(top.Get(), below));
     ComPtr<IXMLDOMNode> element;
-    EXPECT_EQ(S_OK, FindFirstElement(below.Get(), L"B", element));
+    EXPECT_HRESULT(S_OK, FindFirstElement(below.Get(), L"B", element));
     EXPECT_FALSE(element);
 }
 
@@ -247,7 +248,7 @@ TEST_F(Dom, FirstElementIsFoundFromTheDocument) {
     std::string error;
     const auto document = LoadXmlDocument("<?lhxml version=\"7.0\" ?><B>1</B>", error);
     ComPtr<IXMLDOMNode> element;
-    EXPECT_EQ(S_OK, FindFirstElement(document.Get(), L"B", element));
+    EXPECT_HRESULT(S_OK, FindFirstElement(document.Get(), L"B", element));
     EXPECT_EQ("1", TextOf(element.Get()));
 }
 
@@ -264,20 +265,20 @@ TEST_F(Dom, FirstElementHasExactlyThatName) {
 TEST_F(Dom, FirstElementIsFoundInTheDepth) {
     const auto top = TopElement(Nested(200));
     ComPtr<IXMLDOMNode> element;
-    EXPECT_EQ(S_OK, FindFirstElement(top.Get(), L"B", element));
+    EXPECT_HRESULT(S_OK, FindFirstElement(top.Get(), L"B", element));
     EXPECT_FALSE(element);
 }
 
 TEST_F(Dom, FirstElementNeedsANode) {
     ComPtr<IXMLDOMNode> element;
-    EXPECT_EQ(E_POINTER, FindFirstElement(nullptr, L"B", element));
+    EXPECT_HRESULT(E_POINTER, FindFirstElement(nullptr, L"B", element));
     EXPECT_FALSE(element);
 }
 
 // The text of the element that FindResponseElement finds, or "none".
 [[nodiscard]] std::string ResponseText(std::string_view response, std::wstring_view name) {
     ComPtr<IXMLDOMNode> element;
-    EXPECT_EQ(S_OK, FindResponseElement(response, name, element));
+    EXPECT_HRESULT(S_OK, FindResponseElement(response, name, element));
     return element ? TextOf(element.Get()) : "none";
 }
 
@@ -327,12 +328,12 @@ TEST_F(Dom, WalkReturnsTheFailureOfTheDom) {
 
 [[nodiscard]] bool IsElement(IXMLDOMNode* node) {
     bool is_element = true;
-    EXPECT_EQ(S_OK, TestElement(node, is_element));
+    EXPECT_HRESULT(S_OK, TestElement(node, is_element));
     return is_element;
 }
 [[nodiscard]] bool IsElement(IXMLDOMNode* node, std::wstring_view name) {
     bool is_element = true;
-    EXPECT_EQ(S_OK, TestElement(node, name, is_element));
+    EXPECT_HRESULT(S_OK, TestElement(node, name, is_element));
     return is_element;
 }
 
@@ -342,36 +343,36 @@ TEST_F(Dom, ElementsAreToldFromOtherNodes) {
     EXPECT_TRUE(IsElement(top.Get(), L"A"));
     EXPECT_FALSE(IsElement(top.Get(), L"a"));
     ComPtr<IXMLDOMNode> instruction;
-    ASSERT_EQ(S_OK, top->get_firstChild(instruction.Receive()));
+    ASSERT_HRESULT(S_OK, top->get_firstChild(instruction.Receive()));
     EXPECT_FALSE(IsElement(instruction.Get()));
     EXPECT_FALSE(IsElement(instruction.Get(), L"A"));
 }
 
 TEST_F(Dom, NodeThatCannotBeReadIsNoElement) {
     bool is_element = true;
-    EXPECT_EQ(E_NOTIMPL, TestElement(MakeFakeNode({}).Get(), is_element));
+    EXPECT_HRESULT(E_NOTIMPL, TestElement(MakeFakeNode({}).Get(), is_element));
     EXPECT_FALSE(is_element);
     is_element = true;
-    EXPECT_EQ(E_NOTIMPL, TestElement(MakeFakeNode({}).Get(), L"A", is_element));
+    EXPECT_HRESULT(E_NOTIMPL, TestElement(MakeFakeNode({}).Get(), L"A", is_element));
     EXPECT_FALSE(is_element);
 }
 
 TEST_F(Dom, FirstChildElementIsTheFirstChildThatIsOne) {
     const auto top = TopElement("<A>text<?B x?><!--B--><C>1</C><D/></A>");
     ComPtr<IXMLDOMNode> element;
-    EXPECT_EQ(S_OK, FindFirstChildElement(top.Get(), element));
+    EXPECT_HRESULT(S_OK, FindFirstChildElement(top.Get(), element));
     EXPECT_EQ("C", NameOf(element.Get()));
     ComPtr<IXMLDOMNode> none;
-    EXPECT_EQ(S_OK, FindFirstChildElement(element.Get(), none));
+    EXPECT_HRESULT(S_OK, FindFirstChildElement(element.Get(), none));
     EXPECT_FALSE(none);
-    EXPECT_EQ(S_OK, FindFirstChildElement(nullptr, none));
+    EXPECT_HRESULT(S_OK, FindFirstChildElement(nullptr, none));
     EXPECT_FALSE(none);
 }
 
 // The text of the element at the end of a path, or "none".
 [[nodiscard]] std::string PathText(IXMLDOMNode* node, std::initializer_list<std::wstring_view> names) {
     ComPtr<IXMLDOMNode> element;
-    EXPECT_EQ(S_OK, FindPath(node, std::span(names.begin(), names.size()), element));
+    EXPECT_HRESULT(S_OK, FindPath(node, std::span(names.begin(), names.size()), element));
     return element ? TextOf(element.Get()) : "none";
 }
 
@@ -393,7 +394,7 @@ template <size_t count>
 [[nodiscard]] std::array<std::string, count> ChildTexts(IXMLDOMNode* node,
                                                         const std::array<std::wstring_view, count>& names) {
     std::array<std::string, count> texts;
-    EXPECT_EQ(S_OK, ReadChildTexts(node, names, texts));
+    EXPECT_HRESULT(S_OK, ReadChildTexts(node, names, texts));
     return texts;
 }
 

@@ -8,6 +8,7 @@
 
 #include "lhxml/dom.hpp"
 #include "lhxml/response_status.hpp"
+#include "tests/support/hresult.hpp"
 
 namespace paylodge {
 namespace {
@@ -30,12 +31,12 @@ TEST_F(WithoutHost, DocumentCannotBeCreated) {
 
 TEST_F(WithoutHost, ResponseHoldsNoElement) {
     ComPtr<IXMLDOMNode> element;
-    EXPECT_EQ(S_OK, FindResponseElement("<A/>", L"A", element));
+    EXPECT_HRESULT(S_OK, FindResponseElement("<A/>", L"A", element));
     EXPECT_FALSE(element);
 }
 
 TEST_F(WithoutHost, AddResponseIsRefused) {
-    EXPECT_EQ(E_FAIL, CheckAddResponse("<AccountAddRs statusCode='0'/>", L"AccountAddRs"));
+    EXPECT_HRESULT(E_FAIL, CheckAddResponse("<AccountAddRs statusCode='0'/>", L"AccountAddRs"));
 }
 
 }  // namespace

@@ -16,6 +16,7 @@
 #include "operations/paylodge.hpp"
 #include "tests/support/bstr_allocations.hpp"
 #include "tests/support/fake_host.hpp"
+#include "tests/support/hresult.hpp"
 
 namespace paylodge::test {
 namespace {
@@ -41,10 +42,10 @@ constexpr HRESULT kRefused = static_cast<HRESULT>(0x80040400);
 // Error information with this description, as a host attaches it to what it raises.
 [[nodiscard]] ComPtr<IErrorInfo> ErrorInformation(std::wstring description) {
     ComPtr<ICreateErrorInfo> creation;
-    EXPECT_EQ(S_OK, ::CreateErrorInfo(creation.Receive()));
-    EXPECT_EQ(S_OK, creation->SetDescription(description.data()));
+    EXPECT_HRESULT(S_OK, ::CreateErrorInfo(creation.Receive()));
+    EXPECT_HRESULT(S_OK, creation->SetDescription(description.data()));
     ComPtr<IErrorInfo> information;
-    EXPECT_EQ(S_OK, creation.As(information));
+    EXPECT_HRESULT(S_OK, creation.As(information));
     return information;
 }
 
@@ -126,45 +127,45 @@ TEST_F(RequestSession, BeginsWithSuccess) {
 }
 
 TEST_F(RequestSession, CallsTheProcessorInOrder) {
-    EXPECT_EQ(S_OK, Send());
+    EXPECT_HRESULT(S_OK, Send());
     EXPECT_EQ(kWholeSession, host_.calls);
     ExpectUntroubled();
 }
 
 TEST_F(RequestSession, LeavesOneReferenceOnTheBroker) {
-    EXPECT_EQ(S_OK, Send());
+    EXPECT_HRESULT(S_OK, Send());
     EXPECT_EQ(1U, host_.broker_references);
-    EXPECT_EQ(S_OK, Send());
+    EXPECT_HRESULT(S_OK, Send());
     EXPECT_EQ(2U, host_.broker_references);
 }
 
 TEST_F(RequestSession, SendsTheRequestAsItIs) {
     const std::string request = "<?xml version=\"1.0\"?>\r\n<A>&<caf\xE9 \x80\0z"s;
-    EXPECT_EQ(S_OK, Send(request));
+    EXPECT_HRESULT(S_OK, Send(request));
     EXPECT_EQ(request, host_.OnlyRequest());
 }
 
 TEST_F(RequestSession, SendsAnEmptyRequest) {
-    EXPECT_EQ(S_OK, Send(""));
+    EXPECT_HRESULT(S_OK, Send(""));
     EXPECT_EQ(std::vector<std::wstring>{L""}, host_.requests);
 }
 
 TEST_F(RequestSession, SendsALongRequest) {
-    EXPECT_EQ(S_OK, Send(std::string(3'000'000, 'x')));
+    EXPECT_HRESULT(S_OK, Send(std::string(3'000'000, 'x')));
     EXPECT_EQ(std::wstring(3'000'000, L'x'), host_.requests.at(0));
 }
 
 TEST_F(RequestSession, GivesTheResponseAsItIs) {
     host_.answers = {{.response = L"<A>caf\xE9 \x65E5\0z</A>"s}};
     OwnedBstr response;
-    EXPECT_EQ(S_OK, Wrap().SendRequest(response.Receive()));
+    EXPECT_HRESULT(S_OK, Wrap().SendRequest(response.Receive()));
     EXPECT_EQ(L"<A>caf\xE9 \x65E5\0z</A>"s, View(response));
 }
 
 TEST_F(RequestSession, NamesTheCompanyFile) {
     lhXMLRPWrapper session("C:\\caf\xE9.lh", "<LHXML/>");
     OwnedBstr response;
-    EXPECT_EQ(S_OK, session.SendRequest(response.Receive()));
+    EXPECT_HRESULT(S_OK, session.SendRequest(response.Receive()));
     EXPECT_EQ("BeginSession(\"C:\\caf\xE9.lh\", 2)", host_.calls.at(2));
 }
 
@@ -175,14 +176,14 @@ TEST_F(RequestSession, KeepsCopiesOfItsArguments) {
     file.assign("xxxx");
     request.assign("yyyyyyy");
     OwnedBstr response;
-    EXPECT_EQ(S_OK, session.SendRequest(response.Receive()));
+    EXPECT_HRESULT(S_OK, session.SendRequest(response.Receive()));
     EXPECT_EQ("BeginSession(\"file\", 2)", host_.calls.at(2));
     EXPECT_EQ("request", host_.OnlyRequest());
 }
 
 TEST_F(RequestSession, IsOpenedAnewForEachRequest) {
-    EXPECT_EQ(S_OK, Send("first"));
-    EXPECT_EQ(S_OK, Send("second"));
+    EXPECT_HRESULT(S_OK, Send("first"));
+    EXPECT_HRESULT(S_OK, Send("second"));
     EXPECT_EQ(Twice(kWholeSession), host_.calls);
     EXPECT_EQ((std::vector<std::wstring>{L"first", L"second"}), host_.requests);
 }
@@ -191,41 +192,41 @@ TEST_F(RequestSession, CanBeRunTwiceByOneObject) {
     lhXMLRPWrapper& session = Wrap();
     for (int run = 0; run < 2; ++run) {
         OwnedBstr response;
-        EXPECT_EQ(S_OK, session.SendRequest(response.Receive()));
+        EXPECT_HRESULT(S_OK, session.SendRequest(response.Receive()));
     }
     EXPECT_EQ(Twice(kWholeSession), host_.calls);
 }
 
 TEST_F(RequestSession, GivesTheProcessorsSuccessCode) {
     host_.answers = {{.result = S_FALSE, .response = L"<A/>"}};
-    EXPECT_EQ(S_FALSE, Send());
+    EXPECT_HRESULT(S_FALSE, Send());
     EXPECT_EQ("<A/>", response_);
     ExpectUntroubled();
 }
 
 TEST_F(RequestSession, FailedRequestStillEndsItsSession) {
     host_.failures = {{"ProcessRequest", kRefused}};
-    EXPECT_EQ(kRefused, Send());
+    EXPECT_HRESULT(kRefused, Send());
     EXPECT_EQ(kWholeSession, host_.calls);
     ExpectUntroubled();
 }
 
 TEST_F(RequestSession, GivesTheResponseOfAFailedRequest) {
     host_.answers = {{.result = kRefused, .response = L"<A/>"}};
-    EXPECT_EQ(kRefused, Send());
+    EXPECT_HRESULT(kRefused, Send());
     EXPECT_EQ("<A/>", response_);
 }
 
 TEST_F(RequestSession, ConnectionThatDoesNotOpenGoesUnnoticed) {
     host_.failures = {{"OpenConnection", kRefused}};
-    EXPECT_EQ(S_OK, Send());
+    EXPECT_HRESULT(S_OK, Send());
     EXPECT_EQ(kWholeSession, host_.calls);
     ExpectUntroubled();
 }
 
 TEST_F(RequestSession, SessionThatDoesNotBeginLeavesTheTicketNull) {
     host_.failures = {{"BeginSession", kRefused}};
-    EXPECT_EQ(S_OK, Send());
+    EXPECT_HRESULT(S_OK, Send());
     EXPECT_EQ((std::vector<std::string>{kCreate, kOpen, kBegin, "ProcessRequest(null)", "EndSession(null)", kClose}),
               host_.calls);
     ExpectUntroubled();
@@ -233,7 +234,7 @@ TEST_F(RequestSession, SessionThatDoesNotBeginLeavesTheTicketNull) {
 
 TEST_F(RequestSession, EndThatFailsGoesUnnoticed) {
     host_.failures = {{"EndSession", kRefused}, {"CloseConnection", E_ACCESSDENIED}};
-    EXPECT_EQ(S_OK, Send());
+    EXPECT_HRESULT(S_OK, Send());
     EXPECT_EQ(kWholeSession, host_.calls);
     ExpectUntroubled();
 }
@@ -244,25 +245,25 @@ TEST_F(RequestSession, GivesTheRequestsCodeWhenEverythingFails) {
                       {"ProcessRequest", kRefused},
                       {"EndSession", E_ABORT},
                       {"CloseConnection", E_ABORT}};
-    EXPECT_EQ(kRefused, Send());
+    EXPECT_HRESULT(kRefused, Send());
     ExpectUntroubled();
 }
 
 TEST_F(RequestSession, NeedsABroker) {
     host_.failures = {{"CreateInstance", E_ACCESSDENIED}};
-    EXPECT_EQ(E_FAIL, Send());
+    EXPECT_HRESULT(E_FAIL, Send());
     EXPECT_TRUE(host_.calls.empty());
     ExpectFailure("");
 }
 
 TEST_F(RequestSession, AsksForABrokerOfItsOwn) {
-    EXPECT_EQ(S_OK, Send());
+    EXPECT_HRESULT(S_OK, Send());
     EXPECT_EQ(std::vector<IUnknown*>{nullptr}, host_.outer_objects);
 }
 
 TEST_F(RequestSession, TakesNothingForABrokerThatCouldNotBeMade) {
     host_.has_broker = false;
-    EXPECT_EQ(E_FAIL, Send());
+    EXPECT_HRESULT(E_FAIL, Send());
     EXPECT_TRUE(host_.calls.empty());
     ExpectFailure("");
 }
@@ -273,18 +274,18 @@ TEST(RequestSessionBeside, ABrokerOfAnotherProcessDoesWithoutIt) {
     FakeHost in_process;
     in_process.failures = {{"CreateInstance", E_ACCESSDENIED}};
     ComPtr<IClassFactory> class_object;
-    ASSERT_EQ(S_OK, ::CoGetClassObject(kHostObjectBrokerClass, CLSCTX_LOCAL_SERVER, nullptr, IID_IClassFactory,
-                                       class_object.ReceiveVoid()));
+    ASSERT_HRESULT(S_OK, ::CoGetClassObject(kHostObjectBrokerClass, CLSCTX_LOCAL_SERVER, nullptr, IID_IClassFactory,
+                                            class_object.ReceiveVoid()));
     lhXMLRPWrapper session("", "<LHXML/>");
     OwnedBstr response;
-    EXPECT_EQ(E_FAIL, session.SendRequest(response.Receive()));
+    EXPECT_HRESULT(E_FAIL, session.SendRequest(response.Receive()));
     EXPECT_EQ(1U, in_process.outer_objects.size());
     EXPECT_TRUE(elsewhere.outer_objects.empty());
 }
 
 TEST_F(RequestSession, NeedsAProcessor) {
     host_.failures = {{"CreateObjectFromClassId", E_ACCESSDENIED}};
-    EXPECT_EQ(E_FAIL, Send());
+    EXPECT_HRESULT(E_FAIL, Send());
     EXPECT_EQ(std::vector{kCreate}, host_.calls);
     EXPECT_EQ(1U, host_.broker_references);
     ExpectFailure("");
@@ -294,7 +295,7 @@ TEST_F(RequestSession, TakesNoOtherObjectForAProcessor) {
     for (const auto& object : {ComPtr<IUnknown>(ComObject<SomeObject>::Create().Get()), ComPtr<IUnknown>()}) {
         host_.calls.clear();
         host_.created_object = object;
-        EXPECT_EQ(E_FAIL, Send());
+        EXPECT_HRESULT(E_FAIL, Send());
         EXPECT_EQ(std::vector{kCreate}, host_.calls);
         ExpectFailure("");
     }
@@ -302,16 +303,16 @@ TEST_F(RequestSession, TakesNoOtherObjectForAProcessor) {
 
 TEST_F(RequestSession, DescribesNoErrorOfAnotherCall) {
     host_.failures = {{"CreateObjectFromClassId", E_ACCESSDENIED}};
-    EXPECT_EQ(S_OK, ::SetErrorInfo(0, ErrorInformation(L"left by another call").Get()));
-    EXPECT_EQ(E_FAIL, Send());
+    EXPECT_HRESULT(S_OK, ::SetErrorInfo(0, ErrorInformation(L"left by another call").Get()));
+    EXPECT_HRESULT(E_FAIL, Send());
     ExpectFailure("");
-    EXPECT_EQ(S_OK, ::SetErrorInfo(0, nullptr));
+    EXPECT_HRESULT(S_OK, ::SetErrorInfo(0, nullptr));
 }
 
 TEST_F(RequestSession, CanSucceedAfterAFailure) {
     Once("ProcessRequest", RaiseBare);
-    EXPECT_EQ(E_FAIL, Send());
-    EXPECT_EQ(S_OK, Send());
+    EXPECT_HRESULT(E_FAIL, Send());
+    EXPECT_HRESULT(S_OK, Send());
     ExpectUntroubled();
 }
 
@@ -337,7 +338,7 @@ INSTANTIATE_TEST_SUITE_P(At, RaisedError,
 TEST_P(RaisedError, FailsWithItsDescriptionAndClosesWhatIsOpen) {
     Once(GetParam().method, [] { RaiseDescribed(L"The company file is in use: caf\xE9 \x65E5"); });
     host_.answers = {{.is_null = true}};
-    EXPECT_EQ(E_FAIL, Send());
+    EXPECT_HRESULT(E_FAIL, Send());
     EXPECT_EQ(GetParam().calls, host_.calls);
     ExpectFailure("The company file is in use: caf\xE9 ?");
 }
@@ -345,7 +346,7 @@ TEST_P(RaisedError, FailsWithItsDescriptionAndClosesWhatIsOpen) {
 TEST_P(RaisedError, HasAnEmptyDescriptionWithoutErrorInformation) {
     Once(GetParam().method, RaiseBare);
     host_.answers = {{.is_null = true}};
-    EXPECT_EQ(E_FAIL, Send());
+    EXPECT_HRESULT(E_FAIL, Send());
     EXPECT_EQ(GetParam().calls, host_.calls);
     ExpectFailure("");
 }
@@ -354,15 +355,15 @@ TEST_P(RaisedError, HasAnEmptyDescriptionWithoutErrorInformation) {
 TEST_P(RaisedError, OfThePlatformsCompilerEndsTheSessionAlike) {
     Once(GetParam().method, RaiseAsThePlatformsCompiler);
     host_.answers = {{.is_null = true}};
-    EXPECT_EQ(E_FAIL, Send());
+    EXPECT_HRESULT(E_FAIL, Send());
     EXPECT_EQ(GetParam().calls, host_.calls);
     ExpectFailure("");
-    EXPECT_EQ(S_OK, Send()) << "the next request finds everything closed";
+    EXPECT_HRESULT(S_OK, Send()) << "the next request finds everything closed";
 }
 
 TEST_P(RaisedError, LeavesOneReferenceOnTheBroker) {
     Once(GetParam().method, RaiseBare);
-    EXPECT_EQ(E_FAIL, Send());
+    EXPECT_HRESULT(E_FAIL, Send());
     EXPECT_EQ(1U, host_.broker_references);
 }
 
@@ -385,7 +386,7 @@ INSTANTIATE_TEST_SUITE_P(At, RaisedTwice,
 TEST_P(RaisedTwice, OfThePlatformsCompilerFailsAlike) {
     host_.on_call[GetParam().method] = RaiseAsThePlatformsCompiler;
     host_.answers = {{.is_null = true}};
-    EXPECT_EQ(E_FAIL, Send());
+    EXPECT_HRESULT(E_FAIL, Send());
     EXPECT_EQ(GetParam().calls, host_.calls);
     ExpectFailure("");
 }
@@ -394,14 +395,14 @@ TEST_P(RaisedTwice, FailsWithTheDescriptionOfTheLater) {
     int count = 0;
     host_.on_call[GetParam().method] = [&count] { RaiseDescribed(L"error " + std::to_wstring(++count)); };
     host_.answers = {{.is_null = true}};
-    EXPECT_EQ(E_FAIL, Send());
+    EXPECT_HRESULT(E_FAIL, Send());
     EXPECT_EQ(GetParam().calls, host_.calls);
     ExpectFailure("error 2");
 }
 
 TEST_F(RequestSession, GivesTheResponseAlsoWhenAnErrorFollowsIt) {
     Once("EndSession", RaiseBare);
-    EXPECT_EQ(E_FAIL, Send());
+    EXPECT_HRESULT(E_FAIL, Send());
     EXPECT_EQ("<LHXML></LHXML>", response_);
 }
 
@@ -413,7 +414,7 @@ TEST_F(RequestSession, RaisesOutOfMemoryBeforeAnythingIsSent) {
             static_cast<void>(Send());
             ADD_FAILURE() << "allocation " << number << " was not needed";
         } catch (const _com_error& error) {
-            EXPECT_EQ(E_OUTOFMEMORY, error.Error());
+            EXPECT_HRESULT(E_OUTOFMEMORY, error.Error());
         }
         EXPECT_TRUE(host_.calls.empty());
         EXPECT_FALSE(wrapper_->HasFailed());
@@ -423,7 +424,7 @@ TEST_F(RequestSession, RaisesOutOfMemoryBeforeAnythingIsSent) {
 
 TEST_F(RequestSession, FailsWithoutMemoryForTheClassId) {
     const BstrAllocations allocations(5);
-    EXPECT_EQ(E_FAIL, Send());
+    EXPECT_HRESULT(E_FAIL, Send());
     EXPECT_TRUE(host_.calls.empty());
     ExpectFailure("");
 }
@@ -432,7 +433,7 @@ class RequestProcessor : public SessionTest {};
 
 TEST_F(RequestProcessor, IsMadeByTheBrokerFromAnyClassId) {
     ComPtr<IRequestProcessor> processor;
-    EXPECT_EQ(S_OK, CreateRequestProcessor(kHostObjectBrokerClass, processor));
+    EXPECT_HRESULT(S_OK, CreateRequestProcessor(kHostObjectBrokerClass, processor));
     EXPECT_TRUE(processor);
     EXPECT_EQ(std::vector{R"(CreateObjectFromClassId("{E53C85D6-E6D9-4BCF-A623-72062A99AA7F}"))"s}, host_.calls);
     EXPECT_EQ(1, host_.live_processors);
@@ -441,7 +442,7 @@ TEST_F(RequestProcessor, IsMadeByTheBrokerFromAnyClassId) {
 
 TEST_F(RequestProcessor, BelongsToTheCallerAlone) {
     ComPtr<IRequestProcessor> processor;
-    ASSERT_EQ(S_OK, CreateRequestProcessor(kRequestProcessorClass, processor));
+    ASSERT_HRESULT(S_OK, CreateRequestProcessor(kRequestProcessorClass, processor));
     EXPECT_EQ(0U, processor.Detach()->Release());
 }
 
@@ -450,7 +451,7 @@ TEST_F(RequestProcessor, CreationGivesTheCodeOfTheStepThatFails) {
     for (const std::string& step : steps) {
         host_.failures = {{step, kRefused}};
         ComPtr<IRequestProcessor> processor;
-        EXPECT_EQ(kRefused, CreateRequestProcessor(kRequestProcessorClass, processor)) << step;
+        EXPECT_HRESULT(kRefused, CreateRequestProcessor(kRequestProcessorClass, processor)) << step;
         EXPECT_FALSE(processor);
     }
 }
@@ -459,7 +460,7 @@ TEST_F(RequestProcessor, CreationGivesTheCodeOfAskingForTheInterface) {
     const auto object = ComObject<SomeObject>::Create();
     host_.created_object = ComPtr<IUnknown>(object.Get());
     ComPtr<IRequestProcessor> processor;
-    EXPECT_EQ(E_NOINTERFACE, CreateRequestProcessor(kRequestProcessorClass, processor));
+    EXPECT_HRESULT(E_NOINTERFACE, CreateRequestProcessor(kRequestProcessorClass, processor));
     EXPECT_FALSE(processor);
     host_.created_object.reset();
     object->AddRef();
@@ -476,23 +477,23 @@ class SendLHRequest : public SessionTest {
 
 TEST_F(SendLHRequest, RunsAWholeSession) {
     host_.answers = {{.response = L"<A/>"}};
-    EXPECT_EQ(S_OK, Send(response_));
+    EXPECT_HRESULT(S_OK, Send(response_));
     EXPECT_EQ(L"<A/>", View(response_));
     EXPECT_EQ(kWholeSession, host_.calls);
     EXPECT_EQ("<LHXML/>", host_.OnlyRequest());
 }
 
 TEST_F(SendLHRequest, OpensASessionForEachRequest) {
-    EXPECT_EQ(S_OK, Send(response_));
+    EXPECT_HRESULT(S_OK, Send(response_));
     response_.Reset();
-    EXPECT_EQ(S_OK, Send(response_));
+    EXPECT_HRESULT(S_OK, Send(response_));
     EXPECT_EQ(Twice(kWholeSession), host_.calls);
     EXPECT_EQ(2U, host_.broker_references);
 }
 
 TEST_F(SendLHRequest, TurnsAnySuccessWithAResponseIntoOK) {
     host_.answers = {{.result = S_FALSE, .response = L"x"}};
-    EXPECT_EQ(S_OK, Send(response_));
+    EXPECT_HRESULT(S_OK, Send(response_));
     EXPECT_EQ(L"x", View(response_));
 }
 
@@ -510,26 +511,26 @@ TEST_F(SendLHRequest, PassesOnASuccessWithoutAResponse) {
 
 TEST_F(SendLHRequest, PassesOnAFailure) {
     host_.failures = {{"ProcessRequest", kRefused}};
-    EXPECT_EQ(kRefused, Send(response_));
+    EXPECT_HRESULT(kRefused, Send(response_));
     EXPECT_EQ(nullptr, response_.Get());
     EXPECT_EQ(kWholeSession, host_.calls);
 }
 
 TEST_F(SendLHRequest, PassesOnAFailureWithAResponse) {
     host_.answers = {{.result = kRefused, .response = L"<A/>"}};
-    EXPECT_EQ(kRefused, Send(response_));
+    EXPECT_HRESULT(kRefused, Send(response_));
     EXPECT_EQ(L"<A/>", View(response_));
 }
 
 TEST_F(SendLHRequest, FailsWithoutAProcessor) {
     host_.failures = {{"CreateObjectFromClassId", E_ACCESSDENIED}};
-    EXPECT_EQ(E_FAIL, Send(response_));
+    EXPECT_HRESULT(E_FAIL, Send(response_));
     EXPECT_EQ(nullptr, response_.Get());
 }
 
 TEST_F(SendLHRequest, FailsOnARaisedError) {
     Once("BeginSession", RaiseBare);
-    EXPECT_EQ(E_FAIL, Send(response_));
+    EXPECT_HRESULT(E_FAIL, Send(response_));
     EXPECT_EQ(nullptr, response_.Get());
 }
 

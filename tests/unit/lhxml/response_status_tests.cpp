@@ -9,6 +9,7 @@
 
 #include "com/ansi_text.hpp"
 #include "lhxml/dom.hpp"
+#include "tests/support/hresult.hpp"
 #include "tests/unit/lhxml/document_fixture.hpp"
 #include "tests/unit/lhxml/fake_node.hpp"
 
@@ -135,7 +136,7 @@ TEST_F(ResponseStatus, IsNotOKWithoutReadableAttributes) {
     EXPECT_FALSE(IsOK(MakeFakeNode({.fetch = E_FAIL, .values = {{L"statusCode", L"0"}}}).Get()));
     EXPECT_FALSE(IsOK(MakeFakeNode({.failures = {{L"statusCode", E_FAIL}}}).Get()));
     ComPtr<IXMLDOMNode> text_without_attributes;
-    ASSERT_EQ(S_OK, TopElement("<A>text</A>")->get_firstChild(text_without_attributes.Receive()));
+    ASSERT_HRESULT(S_OK, TopElement("<A>text</A>")->get_firstChild(text_without_attributes.Receive()));
     EXPECT_FALSE(IsOK(text_without_attributes.Get()));
 }
 
@@ -176,7 +177,7 @@ TEST_F(ResponseStatus, CopyGivesTheCodeOfFetchingTheAttributes) {
 TEST_F(ResponseStatus, CopyIsIndentedAndLeavesTheElementOpen) {
     XMLBuilder builder;
     builder.OpenElement("A");
-    EXPECT_EQ(S_OK, CopyStatusAttributes(builder, TopElement("<B statusMessage='m'/>").Get(), "B"));
+    EXPECT_HRESULT(S_OK, CopyStatusAttributes(builder, TopElement("<B statusMessage='m'/>").Get(), "B"));
     builder.AddElement("C", "x");
     EXPECT_EQ(
         "<A>\r\n"
@@ -215,49 +216,49 @@ INSTANTIATE_TEST_SUITE_P(InUse, AddResponse,
                                          Check{L"AccountModRs", std::nullopt}, Check{L"DepositAddRs", std::nullopt}),
                          [](const auto& check) { return AnsiFromWide(check.param.element); });
 
-TEST_P(AddResponse, IsAcceptedForZero) { EXPECT_EQ(S_OK, CheckText(WithStatus("0"))); }
+TEST_P(AddResponse, IsAcceptedForZero) { EXPECT_HRESULT(S_OK, CheckText(WithStatus("0"))); }
 
 TEST_P(AddResponse, IsAcceptedForItsExtraCodeAlone) {
     for (const auto code : {"3100"sv, "3180"sv}) {
-        EXPECT_EQ(code == GetParam().extra_code ? S_OK : E_FAIL, CheckText(WithStatus(code))) << code;
+        EXPECT_HRESULT(code == GetParam().extra_code ? S_OK : E_FAIL, CheckText(WithStatus(code))) << code;
     }
 }
 
 TEST_P(AddResponse, IsRefusedForAnyOtherCode) {
     for (const auto code : {"00", " 0", "0 ", "", "1", "500", "3100 ", " 3180", "03100", "31800", "-1"}) {
-        EXPECT_EQ(E_FAIL, CheckText(WithStatus(code))) << code;
+        EXPECT_HRESULT(E_FAIL, CheckText(WithStatus(code))) << code;
     }
 }
 
 TEST_P(AddResponse, IsRefusedWithoutACode) {
-    EXPECT_EQ(E_FAIL, CheckText(Response(Element(""))));
-    EXPECT_EQ(E_FAIL, CheckText(Response(Element("statusMessage='0'"))));
+    EXPECT_HRESULT(E_FAIL, CheckText(Response(Element(""))));
+    EXPECT_HRESULT(E_FAIL, CheckText(Response(Element("statusMessage='0'"))));
 }
 
-TEST_P(AddResponse, IsAcceptedWithoutAMessage) { EXPECT_EQ(S_OK, CheckText(Response(Element("statusCode='0'")))); }
+TEST_P(AddResponse, IsAcceptedWithoutAMessage) { EXPECT_HRESULT(S_OK, CheckText(Response(Element("statusCode='0'")))); }
 
 TEST_P(AddResponse, IsAcceptedWithoutTheElement) {
-    EXPECT_EQ(S_OK, CheckText(Response("")));
-    EXPECT_EQ(S_OK, CheckText(Response("<OtherRs statusCode='500'/>")));
-    EXPECT_EQ(S_OK, CheckText("<LHXML/>"));
+    EXPECT_HRESULT(S_OK, CheckText(Response("")));
+    EXPECT_HRESULT(S_OK, CheckText(Response("<OtherRs statusCode='500'/>")));
+    EXPECT_HRESULT(S_OK, CheckText("<LHXML/>"));
 }
 
 TEST_P(AddResponse, IsJudgedByItsFirstElement) {
-    EXPECT_EQ(S_OK, CheckText(Response(Element("statusCode='0'") + Element("statusCode='500'"))));
-    EXPECT_EQ(E_FAIL, CheckText(Response(Element("statusCode='500'") + Element("statusCode='0'"))));
+    EXPECT_HRESULT(S_OK, CheckText(Response(Element("statusCode='0'") + Element("statusCode='500'"))));
+    EXPECT_HRESULT(E_FAIL, CheckText(Response(Element("statusCode='500'") + Element("statusCode='0'"))));
 }
 
 TEST_P(AddResponse, IsFoundAnywhereInTheDocument) {
-    EXPECT_EQ(E_FAIL, CheckText(Element("statusCode='500'")));
-    EXPECT_EQ(E_FAIL,
-              CheckText(Response("<A><B>" + Element("statusCode='500'") + "</B></A>" + Element("statusCode='0'"))));
+    EXPECT_HRESULT(E_FAIL, CheckText(Element("statusCode='500'")));
+    EXPECT_HRESULT(
+        E_FAIL, CheckText(Response("<A><B>" + Element("statusCode='500'") + "</B></A>" + Element("statusCode='0'"))));
 }
 
 TEST_P(AddResponse, IsRefusedWhenItDoesNotLoad) {
     for (const auto text : {"", "no XML", "<LHXML>", "<LHXML></LHXMLMsgsRs>"}) {
-        EXPECT_EQ(E_FAIL, CheckText(text)) << text;
+        EXPECT_HRESULT(E_FAIL, CheckText(text)) << text;
     }
-    EXPECT_EQ(E_FAIL, CheckText(WithStatus("0") + "x"));
+    EXPECT_HRESULT(E_FAIL, CheckText(WithStatus("0") + "x"));
 }
 
 TEST(StatusCodes, AreTheHosts) {

@@ -3,6 +3,7 @@
 #include <utility>
 #include <vector>
 
+#include "tests/support/hresult.hpp"
 #include "tests/unit/operations/operation_fixture.hpp"
 
 namespace paylodge::test {
@@ -49,20 +50,20 @@ constexpr const wchar_t* kAccounts =
     </AccountQueryRs>)";
 
 TEST_F(GetAccounts, AsksForActiveAccountsOfTheType) {
-    EXPECT_EQ(S_OK, Ask(object_, &CPaylodge::GetAccounts, L"Bank").code);
+    EXPECT_HRESULT(S_OK, Ask(object_, &CPaylodge::GetAccounts, L"Bank").code);
     EXPECT_EQ(ActiveAccountQuery({{"AccountType", "Bank"}}), OnlySent());
 }
 
 TEST_F(GetAccounts, AsksForAllTypesWithoutAType) {
     for (const wchar_t* type : {static_cast<const wchar_t*>(nullptr), L""}) {
         host_.requests.clear();
-        EXPECT_EQ(S_OK, Ask(object_, &CPaylodge::GetAccounts, type).code);
+        EXPECT_HRESULT(S_OK, Ask(object_, &CPaylodge::GetAccounts, type).code);
         EXPECT_EQ(ActiveAccountQuery({}), OnlySent());
     }
 }
 
 TEST_F(GetAccounts, EscapesTheTypeAndChecksNothing) {
-    EXPECT_EQ(S_OK, Ask(object_, &CPaylodge::GetAccounts, L" <\"B&'>, \u00e9\u4e2d ").code);
+    EXPECT_HRESULT(S_OK, Ask(object_, &CPaylodge::GetAccounts, L" <\"B&'>, \u00e9\u4e2d ").code);
     EXPECT_EQ(ActiveAccountQuery({{"AccountType", " &lt;&quot;B&amp;&apos;&gt;, \xE9? "}}), OnlySent());
 }
 
@@ -112,7 +113,7 @@ TEST_F(GetAccounts, ReplacesCharactersOutsideTheCodePage) {
 }
 
 TEST_F(GetAccountsForMultipleTypes, AsksForEachTypeAndForThreeElements) {
-    EXPECT_EQ(S_OK, Ask(object_, &CPaylodge::GetAccountsForMultipleTypes, L"Bank, CreditCard").code);
+    EXPECT_HRESULT(S_OK, Ask(object_, &CPaylodge::GetAccountsForMultipleTypes, L"Bank, CreditCard").code);
     EXPECT_EQ(ActiveAccountQuery({{"AccountType", "Bank"},
                                   {"AccountType", "CreditCard"},
                                   {"IncludeRetElement", "FullName"},
@@ -124,7 +125,7 @@ TEST_F(GetAccountsForMultipleTypes, AsksForEachTypeAndForThreeElements) {
 TEST_F(GetAccountsForMultipleTypes, AsksForAllTypesWithoutAType) {
     for (const wchar_t* types : {static_cast<const wchar_t*>(nullptr), L"", L",,,", L" , "}) {
         host_.requests.clear();
-        EXPECT_EQ(S_OK, Ask(object_, &CPaylodge::GetAccountsForMultipleTypes, types).code);
+        EXPECT_HRESULT(S_OK, Ask(object_, &CPaylodge::GetAccountsForMultipleTypes, types).code);
         EXPECT_EQ(ActiveAccountQuery({{"IncludeRetElement", "FullName"},
                                       {"IncludeRetElement", "ListID"},
                                       {"IncludeRetElement", "AccountType"}}),
@@ -180,7 +181,7 @@ TEST_F(GetAccountsForMultipleTypes, CountsEveryNodeAsARecord) {
 }
 
 TEST_F(GetBalanceForAccountType, AsksForNameAndBalance) {
-    EXPECT_EQ(S_OK, Ask(object_, &CPaylodge::GetBalanceForAccountType, L"CreditCard").code);
+    EXPECT_HRESULT(S_OK, Ask(object_, &CPaylodge::GetBalanceForAccountType, L"CreditCard").code);
     EXPECT_EQ(ActiveAccountQuery(
                   {{"AccountType", "CreditCard"}, {"IncludeRetElement", "FullName"}, {"IncludeRetElement", "Balance"}}),
               OnlySent());
@@ -189,8 +190,8 @@ TEST_F(GetBalanceForAccountType, AsksForNameAndBalance) {
 TEST_F(GetBalanceForAccountType, AsksForBothNumbersOfBankAccountsInAnyLetterCase) {
     for (const std::string type : {"bank", "BANK", "Bank"}) {
         host_.requests.clear();
-        EXPECT_EQ(S_OK,
-                  Ask(object_, &CPaylodge::GetBalanceForAccountType, std::wstring(type.begin(), type.end())).code);
+        EXPECT_HRESULT(S_OK,
+                       Ask(object_, &CPaylodge::GetBalanceForAccountType, std::wstring(type.begin(), type.end())).code);
         EXPECT_EQ(ActiveAccountQuery({{"AccountType", type},
                                       {"IncludeRetElement", "FullName"},
                                       {"IncludeRetElement", "Balance"},
@@ -201,7 +202,7 @@ TEST_F(GetBalanceForAccountType, AsksForBothNumbersOfBankAccountsInAnyLetterCase
 }
 
 TEST_F(GetBalanceForAccountType, AsksForAllTypesWithoutAType) {
-    EXPECT_EQ(S_OK, Ask(object_, &CPaylodge::GetBalanceForAccountType, nullptr).code);
+    EXPECT_HRESULT(S_OK, Ask(object_, &CPaylodge::GetBalanceForAccountType, nullptr).code);
     EXPECT_EQ(ActiveAccountQuery({{"IncludeRetElement", "FullName"}, {"IncludeRetElement", "Balance"}}), OnlySent());
 }
 

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/fake_site.hpp"
+#include "tests/support/hresult.hpp"
 #include "tests/unit/operations/operation_fixture.hpp"
 
 namespace paylodge::test {
@@ -41,7 +42,7 @@ constexpr const wchar_t* kSmiths =
     </CustomerQueryRs>)";
 
 TEST_F(GetCustomerIDForName, AsksForActiveCustomersThatContainTheTrimmedName) {
-    EXPECT_EQ(S_OK, Find(L"  Smith & Co  ").code);
+    EXPECT_HRESULT(S_OK, Find(L"  Smith & Co  ").code);
     EXPECT_EQ(RequestDocument(R"(
         <CustomerQueryRq requestID="requestID_N">
             <ActiveStatus>ActiveOnly</ActiveStatus>

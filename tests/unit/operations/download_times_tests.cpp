@@ -9,6 +9,7 @@
 #include "tests/support/bstr_allocations.hpp"
 #include "tests/support/fake_site.hpp"
 #include "tests/support/fake_storage_host.hpp"
+#include "tests/support/hresult.hpp"
 #include "tests/support/live_allocations.hpp"
 #include "tests/support/log_files.hpp"
 #include "tests/support/no_application.hpp"
@@ -153,7 +154,7 @@ TEST_F(DownloadTimes, TimeOutsideTheCodePageComesBackWithItsDefaultCharacter) {
 }
 
 TEST_F(DownloadTimes, GetWithoutAPlaceForTheTimeAsksNothing) {
-    EXPECT_EQ(E_POINTER, object_.GetLastTxnDownloadTime(Argument(L"A"), nullptr));
+    EXPECT_HRESULT(E_POINTER, object_.GetLastTxnDownloadTime(Argument(L"A"), nullptr));
     EXPECT_EQ(Calls(), TakeCalls());
 }
 
@@ -303,10 +304,10 @@ TEST_F(DownloadTimes, AccountThatIsNoStringIsComparedAsOne) {
 TEST_F(DownloadTimes, AccountThatCannotBeConvertedIsRaised) {
     Records()[1].Put(kAccount, NullValue());
     StringSink time;
-    EXPECT_EQ(DISP_E_TYPEMISMATCH,
-              Raised([&] { static_cast<void>(object_.GetLastTxnDownloadTime(Argument(L"A"), time.Slot())); }));
+    EXPECT_HRESULT(DISP_E_TYPEMISMATCH,
+                   Raised([&] { static_cast<void>(object_.GetLastTxnDownloadTime(Argument(L"A"), time.Slot())); }));
     EXPECT_EQ(kNull, time.Show());
-    EXPECT_EQ(DISP_E_TYPEMISMATCH, Raised([&] { static_cast<void>(Set(L"A", L"1")); }));
+    EXPECT_HRESULT(DISP_E_TYPEMISMATCH, Raised([&] { static_cast<void>(Set(L"A", L"1")); }));
     EXPECT_EQ(VT_NULL, Records()[1].properties[kAccount].Type());
     EXPECT_EQ(1U, Records().size());
 }
@@ -315,8 +316,8 @@ TEST_F(DownloadTimes, TimeThatCannotBeConvertedIsRaised) {
     Store(1, L"A", L"1");
     Records()[1].Put(kTime, NullValue());
     StringSink time;
-    EXPECT_EQ(DISP_E_TYPEMISMATCH,
-              Raised([&] { static_cast<void>(object_.GetLastTxnDownloadTime(Argument(L"A"), time.Slot())); }));
+    EXPECT_HRESULT(DISP_E_TYPEMISMATCH,
+                   Raised([&] { static_cast<void>(object_.GetLastTxnDownloadTime(Argument(L"A"), time.Slot())); }));
     EXPECT_EQ(kNull, time.Show());
 }
 
@@ -340,7 +341,7 @@ TEST_F(DownloadTimes, RefusedPageGetsNothingAndTheHostIsNotAsked) {
     const OnSite on_site(&static_cast<IPaylodge8&>(object_), site);
     EXPECT_EQ((Result{S_OK, kUntouched}), Get(L"A"));
     EXPECT_EQ(Result{S_OK}, Set(L"A", L"2"));
-    EXPECT_EQ(S_OK, object_.GetLastTxnDownloadTime(nullptr, nullptr));
+    EXPECT_HRESULT(S_OK, object_.GetLastTxnDownloadTime(nullptr, nullptr));
     EXPECT_EQ(Calls(), TakeCalls());
     EXPECT_EQ(L"A=1", Stored(1));
 }
@@ -463,7 +464,7 @@ TEST_F(DownloadTimesMemory, LackOfItIsRaisedByGetOrReadsAsZero) {
     FailEachAllocation([&] {
         StringSink time;
         const HRESULT result = object_.GetLastTxnDownloadTime(account, time.Slot());
-        EXPECT_EQ(S_OK, result);
+        EXPECT_HRESULT(S_OK, result);
         EXPECT_TRUE(time.Show() == L"0" || time.Show() == L"1") << ::testing::PrintToString(time.Show());
     });
     EXPECT_EQ((Result{S_OK, L"1"}), Get(L"A"));
@@ -490,7 +491,7 @@ TEST_F(DownloadTimesMemory, IsFreedOnEveryWay) {
     host_of_records_->codes["Save"] = kHostFailure;
     EXPECT_EQ(Result{E_FAIL}, Set(L"A", L"4"));
     Records()[1].Put(kAccount, NullValue());
-    EXPECT_EQ(DISP_E_TYPEMISMATCH, Raised([&] { static_cast<void>(Get(L"A")); }));
+    EXPECT_HRESULT(DISP_E_TYPEMISMATCH, Raised([&] { static_cast<void>(Get(L"A")); }));
     host_of_records_->categories.clear();
     EXPECT_EQ(0, allocations.Count());
     EXPECT_NE("", log_.Take());

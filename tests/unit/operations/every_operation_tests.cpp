@@ -9,6 +9,7 @@
 #include "tests/support/bstr_allocations.hpp"
 #include "tests/support/document_watch.hpp"
 #include "tests/support/fake_site.hpp"
+#include "tests/support/hresult.hpp"
 #include "tests/support/live_allocations.hpp"
 #include "tests/unit/operations/operation_fixture.hpp"
 
@@ -134,7 +135,7 @@ void FailEachAllocation(FakeHost& host, const Call& call, const Check& check) {
         try {
             call();
         } catch (const _com_error& error) {
-            EXPECT_EQ(E_OUTOFMEMORY, error.Error()) << number;
+            EXPECT_HRESULT(E_OUTOFMEMORY, error.Error()) << number;
             is_raised = true;
         }
         host.on_call.clear();
@@ -168,7 +169,7 @@ INSTANTIATE_TEST_SUITE_P(, EveryOperation, ::testing::ValuesIn(kOperations),
 
 TEST_P(EveryOperation, HasASessionOfItsOwnForEachRequest) {
     AnswerAll();
-    EXPECT_EQ(S_OK, Call().code);
+    EXPECT_HRESULT(S_OK, Call().code);
     EXPECT_EQ(GetParam().sends, host_.requests.size());
     for (const char* step : {R"(OpenConnection("", "Ledgerhall Paylodge"))", R"(BeginSession("", 2))",
                              R"(EndSession("ticket"))", "CloseConnection()"}) {
@@ -222,7 +223,7 @@ TEST_P(EveryOperation, MakesDoWithoutAResponse) {
 // Another success code than S_OK beside an answer is taken for S_OK.
 TEST_P(EveryOperation, TakesEverySuccessCodeWithAnAnswerForSuccess) {
     AnswerAll(S_FALSE);
-    EXPECT_EQ(S_OK, Call().code);
+    EXPECT_HRESULT(S_OK, Call().code);
 }
 
 TEST_P(EveryOperation, RaisesAFailedAllocationAndWorksAgainAfterwards) {
@@ -263,7 +264,7 @@ TEST_P(EveryOperation, LeavesNoStringBehindWhateverHappens) {
 TEST_P(EveryOperation, LeavesNoDocumentBehindWhateverHappens) {
     const DocumentWatch watch;
     AnswerAll();
-    EXPECT_EQ(S_OK, Call().code);
+    EXPECT_HRESULT(S_OK, Call().code);
     AnswerAll(kHostFailure);
     EXPECT_TRUE(FAILED(Call().code));
     for (const wchar_t* response : {L"", L"no document", L"<LHXML/>"}) {
@@ -286,7 +287,7 @@ TEST_P(EveryOperation, WorksOnAnApprovedPage) {
     FakeSite site(PageAt(kApprovedPage));
     const OnSite on_site(static_cast<IObjectWithSite*>(&object_), site);
     AnswerAll();
-    EXPECT_EQ(S_OK, Call().code);
+    EXPECT_HRESULT(S_OK, Call().code);
     EXPECT_EQ(GetParam().sends, host_.requests.size());
 }
 
@@ -316,7 +317,7 @@ class OperationsWithoutAResultSlot : public OperationTest {
 
 TEST_F(OperationsWithoutAResultSlot, RefuseToWork) {
     EXPECT_THAT(CallAll(), ::testing::Each(::testing::Pair(::testing::_, E_POINTER)));
-    EXPECT_EQ(E_POINTER, object_.ProcessLHRequest(Argument(L"1"), nullptr));
+    EXPECT_HRESULT(E_POINTER, object_.ProcessLHRequest(Argument(L"1"), nullptr));
     EXPECT_THAT(host_.calls, ::testing::IsEmpty());
 }
 
@@ -325,7 +326,7 @@ TEST_F(OperationsWithoutAResultSlot, DoNothingOnARefusedPage) {
     FakeSite site(PageAt(kRefusedPage));
     const OnSite on_site(static_cast<IObjectWithSite*>(&object_), site);
     EXPECT_THAT(CallAll(), ::testing::Each(::testing::Pair(::testing::_, S_OK)));
-    EXPECT_EQ(E_FAIL, object_.ProcessLHRequest(Argument(L"1"), nullptr));
+    EXPECT_HRESULT(E_FAIL, object_.ProcessLHRequest(Argument(L"1"), nullptr));
     EXPECT_THAT(host_.calls, ::testing::IsEmpty());
 }
 

@@ -6,6 +6,7 @@
 
 #include "tests/support/bstr_allocations.hpp"
 #include "tests/support/fake_site.hpp"
+#include "tests/support/hresult.hpp"
 #include "tests/unit/operations/exchange_members.hpp"
 
 namespace paylodge::test {
@@ -28,7 +29,7 @@ class ExchangeTest : public OperationTest {
         try {
             static_cast<void>(call());
         } catch (const _com_error& error) {
-            EXPECT_EQ(E_OUTOFMEMORY, error.Error());
+            EXPECT_HRESULT(E_OUTOFMEMORY, error.Error());
             return true;
         }
         return false;
@@ -83,19 +84,19 @@ TEST_P(PlainProperty, GivesNullBackForNull) {
 
 TEST_P(PlainProperty, KeepsAnOddNumberOfBytes) {
     const OwnedBstr odd(::SysAllocStringByteLen("abc", 3));
-    EXPECT_EQ(S_OK, (object_.*GetParam().put)(odd.Get()));
+    EXPECT_HRESULT(S_OK, (object_.*GetParam().put)(odd.Get()));
     StringSink sink;
-    EXPECT_EQ(S_OK, (object_.*GetParam().get)(sink.Slot()));
+    EXPECT_HRESULT(S_OK, (object_.*GetParam().get)(sink.Slot()));
     ASSERT_EQ(3U, ::SysStringByteLen(sink.Get()));
     EXPECT_EQ(0, std::memcmp("abc", sink.Get(), 3));
 }
 
 TEST_P(PlainProperty, StoresAndGivesCopies) {
     const OwnedBstr text = MakeBstr(L"abc");
-    EXPECT_EQ(S_OK, (object_.*GetParam().put)(text.Get()));
+    EXPECT_HRESULT(S_OK, (object_.*GetParam().put)(text.Get()));
     text.Get()[0] = L'x';
     StringSink first;
-    EXPECT_EQ(S_OK, (object_.*GetParam().get)(first.Slot()));
+    EXPECT_HRESULT(S_OK, (object_.*GetParam().get)(first.Slot()));
     EXPECT_EQ(L"abc", first.Show());
     first.Get()[0] = L'y';
     EXPECT_EQ((Result{S_OK, L"abc"}), Get());
@@ -106,13 +107,13 @@ TEST_P(PlainProperty, DoesNothingForTheVeryStringThatItHolds) {
     BSTR held = nullptr;
     {
         const BstrAllocations allocations;
-        EXPECT_EQ(S_OK, (object_.*GetParam().put)(text));
+        EXPECT_HRESULT(S_OK, (object_.*GetParam().put)(text));
         EXPECT_EQ(1, allocations.Count());
         held = allocations.Last();
     }
     {
         const BstrAllocations allocations;
-        EXPECT_EQ(S_OK, (object_.*GetParam().put)(held));
+        EXPECT_HRESULT(S_OK, (object_.*GetParam().put)(held));
         EXPECT_EQ(0, allocations.Count());
     }
     EXPECT_EQ((Result{S_OK, L"held"}), Get());
@@ -138,7 +139,7 @@ TEST_P(PlainProperty, RaisesAFailedAllocationAndKeepsTheStoredString) {
     EXPECT_EQ((Result{S_OK, L"kept"}), Get());
 }
 
-TEST_P(PlainProperty, NeedsAPlaceForTheResult) { EXPECT_EQ(E_POINTER, (object_.*GetParam().get)(nullptr)); }
+TEST_P(PlainProperty, NeedsAPlaceForTheResult) { EXPECT_HRESULT(E_POINTER, (object_.*GetParam().get)(nullptr)); }
 
 class PlainProperties : public ExchangeTest {};
 
@@ -191,19 +192,19 @@ TEST_F(ExchangeOnARefusedPage, LooksAtThePageBeforeThePlaceForTheResult) {
     FakeSite site(PageAt(kRefusedPage));
     const OnSite on_site(static_cast<IObjectWithSite*>(&object_), site);
     for (const TextProperty& property : kPlainProperties) {
-        EXPECT_EQ(S_OK, (object_.*property.get)(nullptr)) << property.name;
+        EXPECT_HRESULT(S_OK, (object_.*property.get)(nullptr)) << property.name;
     }
     for (const FlagProperty& flag : kFlags) {
-        EXPECT_EQ(S_OK, (object_.*flag.get)(nullptr)) << flag.name;
+        EXPECT_HRESULT(S_OK, (object_.*flag.get)(nullptr)) << flag.name;
     }
     for (const GuardedProperty& property : kGuardedProperties) {
-        EXPECT_EQ(S_OK, (object_.*property.get)(nullptr)) << property.name;
+        EXPECT_HRESULT(S_OK, (object_.*property.get)(nullptr)) << property.name;
     }
     for (const TextGetter& getter : kScanTxnGetters) {
-        EXPECT_EQ(S_OK, (object_.*getter.get)(nullptr)) << getter.name;
+        EXPECT_HRESULT(S_OK, (object_.*getter.get)(nullptr)) << getter.name;
     }
-    EXPECT_EQ(S_OK, object_.GetReconPaymentData(nullptr));
-    EXPECT_EQ(S_OK, object_.GetReconPaymentParams(nullptr, nullptr));
+    EXPECT_HRESULT(S_OK, object_.GetReconPaymentData(nullptr));
+    EXPECT_HRESULT(S_OK, object_.GetReconPaymentParams(nullptr, nullptr));
 }
 
 TEST_F(ExchangeOnARefusedPage, DoesNotTellThatAMailboxIsFull) {
@@ -243,7 +244,7 @@ TEST_P(Flag, IsSharedByAllObjectsAndIndependentOfTheOthers) {
     }
 }
 
-TEST_P(Flag, NeedsAPlaceForTheResult) { EXPECT_EQ(E_POINTER, (object_.*GetParam().get)(nullptr)); }
+TEST_P(Flag, NeedsAPlaceForTheResult) { EXPECT_HRESULT(E_POINTER, (object_.*GetParam().get)(nullptr)); }
 
 class GuardedText : public ExchangeTest, public ::testing::WithParamInterface<GuardedProperty> {
   protected:
@@ -341,7 +342,7 @@ TEST_P(GuardedText, RaisesAFailedAllocationAndStaysAsItWas) {
 TEST_P(GuardedText, NeedsAPlaceForTheResult) {
     for (const VARIANT_BOOL value : {VARIANT_FALSE, VARIANT_TRUE}) {
         SetReady(value);
-        EXPECT_EQ(E_POINTER, (object_.*GetParam().get)(nullptr));
+        EXPECT_HRESULT(E_POINTER, (object_.*GetParam().get)(nullptr));
     }
 }
 
@@ -375,7 +376,8 @@ TEST_F(ScanTxn, IsSetOnceUntilItIsCleared) {
     SetCreated(VARIANT_FALSE);
     EXPECT_EQ(kDone, SetInfo(kInfo));
     EXPECT_EQ(kRefused, SetInfo(kOtherInfo));
-    EXPECT_EQ(kRefused, Do(*ComObject<CPaylodge>::Create().Get(), &CPaylodge::SetScanTxnInfo, L"", L"", L"", L"", L""));
+    EXPECT_EQ(kRefused,
+                   Do(*ComObject<CPaylodge>::Create().Get(), &CPaylodge::SetScanTxnInfo, L"", L"", L"", L"", L""));
     ExpectInfo(S_OK, kInfo);
     SetCreated(VARIANT_FALSE);
     EXPECT_EQ(kDone, SetInfo(kOtherInfo));
@@ -410,7 +412,7 @@ TEST_F(ScanTxn, HoldsEmbeddedNuls) {
 TEST_F(ScanTxn, StoresAndGivesCopies) {
     SetCreated(VARIANT_FALSE);
     const Argument text(L"abc");
-    EXPECT_EQ(S_OK, object_.SetScanTxnInfo(text, text, text, text, text));
+    EXPECT_HRESULT(S_OK, object_.SetScanTxnInfo(text, text, text, text, text));
     static_cast<BSTR>(text)[0] = L'x';
     ExpectInfo(S_OK, {L"abc", L"abc", L"abc", L"abc", L"abc"});
 }
@@ -442,7 +444,7 @@ TEST_F(ScanTxn, RaisesAFailedAllocationOnReadingAndClearing) {
 
 TEST_F(ScanTxn, NeedsAPlaceForTheResult) {
     for (const TextGetter& getter : kScanTxnGetters) {
-        EXPECT_EQ(E_POINTER, (object_.*getter.get)(nullptr)) << getter.name;
+        EXPECT_HRESULT(E_POINTER, (object_.*getter.get)(nullptr)) << getter.name;
     }
 }
 
@@ -543,9 +545,9 @@ TEST_F(ReconPayment, NeedsAPlaceForEachResult) {
         SetReady(value);
         StringSink text;
         BoolSink is_default;
-        EXPECT_EQ(E_POINTER, object_.GetReconPaymentData(nullptr));
-        EXPECT_EQ(E_POINTER, object_.GetReconPaymentParams(nullptr, text.Slot()));
-        EXPECT_EQ(E_POINTER, object_.GetReconPaymentParams(is_default.Slot(), nullptr));
+        EXPECT_HRESULT(E_POINTER, object_.GetReconPaymentData(nullptr));
+        EXPECT_HRESULT(E_POINTER, object_.GetReconPaymentParams(nullptr, text.Slot()));
+        EXPECT_HRESULT(E_POINTER, object_.GetReconPaymentParams(is_default.Slot(), nullptr));
         EXPECT_EQ(kUntouched, text.Show());
         EXPECT_EQ(kUntouched, is_default.Show());
     }

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 
+#include "tests/support/hresult.hpp"
 #include "tests/unit/operations/operation_fixture.hpp"
 
 namespace paylodge::test {
@@ -140,7 +141,7 @@ TEST_F(IsTaxableItem, AsksForTheItemThenForItsTaxCode) {
 
 TEST_F(IsTaxableItem, NumbersEachOfItsRequests) {
     Respond(kTeaWithTaxCode);
-    EXPECT_EQ(S_OK, IsTaxable().code);  // the first number of a process seeds the generator
+    EXPECT_HRESULT(S_OK, IsTaxable().code);  // the first number of a process seeds the generator
     host_.requests.clear();
     std::srand(20);
     const std::wstring first = std::to_wstring(std::rand());
@@ -149,7 +150,7 @@ TEST_F(IsTaxableItem, NumbersEachOfItsRequests) {
 
     std::srand(20);
     Respond(kTeaWithTaxCode);
-    EXPECT_EQ(S_OK, IsTaxable().code);
+    EXPECT_HRESULT(S_OK, IsTaxable().code);
     EXPECT_THAT(host_.requests,
                 ElementsAre(HasSubstr(L"<ItemQueryRq requestID=\"requestID_" + first + L"\">"),
                             HasSubstr(L"<SalesTaxCodeQueryRq requestID=\"requestID_" + second + L"\">")));

@@ -1,6 +1,7 @@
 // What an operation holds at a time beside the document: at most three times the response text as a COM string.
 #include <gtest/gtest.h>
 
+#include "tests/support/hresult.hpp"
 #include "tests/support/peak_memory.hpp"
 #include "tests/unit/operations/operation_fixture.hpp"
 
@@ -97,7 +98,7 @@ TEST_P(MemoryOf, IsAtMostThreeCopiesOfTheResponseText) {
     RespondExactly(response);
     StringSink result;
     const PeakMemory memory;
-    EXPECT_EQ(S_OK, GetParam().call(object_, argument, result.Slot()));
+    EXPECT_HRESULT(S_OK, GetParam().call(object_, argument, result.Slot()));
     const size_t peak = memory.Bytes();
     EXPECT_NE(kUntouched, result.Show());
     const size_t copy = response.size() * sizeof(wchar_t);
@@ -128,7 +129,7 @@ TEST_P(MemoryOf, ThatCannotBeHadIsRaisedAndLeavesNothingBehind) {
             static_cast<void>(operation.call(object_, argument, result.Slot()));
             has_failed = failing.HasFailed();
         } catch (const _com_error& error) {
-            EXPECT_EQ(E_OUTOFMEMORY, error.Error());
+            EXPECT_HRESULT(E_OUTOFMEMORY, error.Error());
         }
         EXPECT_EQ(0, host_.live_processors);
     }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/hresult.hpp"
 #include "tests/unit/operations/operation_fixture.hpp"
 
 namespace paylodge::test {
@@ -21,7 +22,7 @@ class WithoutUtilities : public OperationTest {
 TEST_F(WithoutUtilities, BatchIsSentUncheckedAndWithoutPreparations) {
     const std::wstring batch =
         L"<CreditMemoAddRq><CreditMemoAdd><Memo>Visa</Memo></CreditMemoAdd></CreditMemoAddRq><InvoiceAddRq/>";
-    EXPECT_EQ(S_OK, Ask(object_, &CPaylodge::CreateTxns, batch, VARIANT_FALSE).code);
+    EXPECT_HRESULT(S_OK, Ask(object_, &CPaylodge::CreateTxns, batch, VARIANT_FALSE).code);
     EXPECT_THAT(OnlySent(), HasSubstr(std::string(batch.begin(), batch.end())));
 }
 

@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "tests/support/hresult.hpp"
 #include "tests/unit/operations/operation_fixture.hpp"
 
 namespace paylodge::test {
@@ -55,17 +56,17 @@ class CreatePaymentTxn : public OperationTest {
 }
 
 TEST_F(CreatePaymentTxn, PlacesEveryArgument) {
-    EXPECT_EQ(S_OK, Create({.full_name = L"Smith & Co",
-                            .txn_date = L"2024-02-29",
-                            .amount = L"12.5",
-                            .ref_num = L"R1",
-                            .payment_name = L"Vis\u00e9",
-                            .memo = L"never sent",
-                            .auto_apply = L"true",
-                            .card_input = {L"xxxx1111", L"12", L"2030", L"J. \"S\" <Smith>"},
-                            .card_result = {L"0", L"Approved", L"T1", L"M1", L"A1", L"B1", L"5", L"Completed",
-                                            L"2024-02-29T01:02:03", L"1709168523", L"C1"}})
-                        .code);
+    EXPECT_HRESULT(S_OK, Create({.full_name = L"Smith & Co",
+                                 .txn_date = L"2024-02-29",
+                                 .amount = L"12.5",
+                                 .ref_num = L"R1",
+                                 .payment_name = L"Vis\u00e9",
+                                 .memo = L"never sent",
+                                 .auto_apply = L"true",
+                                 .card_input = {L"xxxx1111", L"12", L"2030", L"J. \"S\" <Smith>"},
+                                 .card_result = {L"0", L"Approved", L"T1", L"M1", L"A1", L"B1", L"5", L"Completed",
+                                                 L"2024-02-29T01:02:03", L"1709168523", L"C1"}})
+                             .code);
     EXPECT_EQ(
         RequestDocument("\n"
                         "        <ReceivePaymentAddRq requestID=\"requestID_N\">\n"
@@ -107,7 +108,7 @@ TEST_F(CreatePaymentTxn, PlacesEveryArgument) {
 }
 
 TEST_F(CreatePaymentTxn, KeepsEmptyAggregatesAndLeavesOutEmptyElements) {
-    EXPECT_EQ(S_OK, Create({.memo = L"not sent"}).code);
+    EXPECT_HRESULT(S_OK, Create({.memo = L"not sent"}).code);
     EXPECT_EQ(BarePayment("0.00"), OnlySent());
 }
 
@@ -122,13 +123,13 @@ TEST_F(CreatePaymentTxn, SendsTheAmountWithTwoDecimalsOrFromThirtyCharactersOnAs
           Case{std::wstring(29, L'x') + L"<", std::string(29, 'x') + "&lt;"},
           Case{std::wstring(30, L'0'), std::string(30, '0')}, Case{std::wstring(2000, L'7'), std::string(2000, '7')}}) {
         host_.requests.clear();
-        EXPECT_EQ(S_OK, Create({.amount = given}).code);
+        EXPECT_HRESULT(S_OK, Create({.amount = given}).code);
         EXPECT_EQ(BarePayment(sent), OnlySent());
     }
 }
 
 TEST_F(CreatePaymentTxn, PassesAutoApplyThroughUnchecked) {
-    EXPECT_EQ(S_OK, Create({.amount = L"1", .auto_apply = L"perhaps & so"}).code);
+    EXPECT_HRESULT(S_OK, Create({.amount = L"1", .auto_apply = L"perhaps & so"}).code);
     EXPECT_EQ(BarePayment("1.00", "                <IsAutoApply>perhaps &amp; so</IsAutoApply>\n"), OnlySent());
 }
 

@@ -14,6 +14,7 @@
 #include "com/com_ptr.hpp"
 #include "com/module.hpp"
 #include "paylodge.h"
+#include "tests/support/hresult.hpp"
 
 namespace paylodge::test {
 namespace {
@@ -22,14 +23,14 @@ using Members = std::map<std::string, long>;
 
 void AddMembers(ITypeLib& library, REFIID interface_id, Members& members) {
     ComPtr<ITypeInfo> type;
-    ASSERT_EQ(S_OK, library.GetTypeInfoOfGuid(interface_id, type.Receive()));
+    ASSERT_HRESULT(S_OK, library.GetTypeInfoOfGuid(interface_id, type.Receive()));
     TYPEATTR* attributes = nullptr;
-    ASSERT_EQ(S_OK, type->GetTypeAttr(&attributes));
+    ASSERT_HRESULT(S_OK, type->GetTypeAttr(&attributes));
     for (UINT index = 0; index < attributes->cFuncs; ++index) {
         FUNCDESC* function = nullptr;
         OwnedBstr name;
-        ASSERT_EQ(S_OK, type->GetFuncDesc(index, &function));
-        ASSERT_EQ(S_OK, type->GetDocumentation(function->memid, name.Receive(), nullptr, nullptr, nullptr));
+        ASSERT_HRESULT(S_OK, type->GetFuncDesc(index, &function));
+        ASSERT_HRESULT(S_OK, type->GetDocumentation(function->memid, name.Receive(), nullptr, nullptr, nullptr));
         if (function->memid > 0 && function->memid < 0x1000) {
             members[AnsiFromBstr(name.Get())] = function->memid;
         }
@@ -41,7 +42,7 @@ void AddMembers(ITypeLib& library, REFIID interface_id, Members& members) {
 [[nodiscard]] Members TypeLibraryMembers() {
     Members members;
     ComPtr<ITypeLib> library;
-    EXPECT_EQ(S_OK, ::LoadTypeLibEx(Module::Path().c_str(), REGKIND_NONE, library.Receive()));
+    EXPECT_HRESULT(S_OK, ::LoadTypeLibEx(Module::Path().c_str(), REGKIND_NONE, library.Receive()));
     for (const IID* id : {&IID_IPaylodge, &IID_IPaylodge2, &IID_IPaylodge3, &IID_IPaylodge4, &IID_IPaylodge5,
                           &IID_IPaylodge6, &IID_IPaylodge7, &IID_IPaylodge8}) {
         AddMembers(*library.Get(), *id, members);

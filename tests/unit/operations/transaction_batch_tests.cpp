@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "tests/support/hresult.hpp"
 #include "tests/unit/operations/operation_fixture.hpp"
 
 namespace paylodge::test {
@@ -24,7 +25,7 @@ class CreateTxns : public OperationTest {
     // What is sent before a batch of these requests, which is sent last.
     [[nodiscard]] std::vector<std::string> PreparationsOf(const std::string& requests) {
         host_.requests.clear();
-        EXPECT_EQ(S_OK, Create(std::wstring(requests.begin(), requests.end())).code);
+        EXPECT_HRESULT(S_OK, Create(std::wstring(requests.begin(), requests.end())).code);
         std::vector<std::string> sent = Sent();
         EXPECT_EQ(BatchDocument(requests), sent.back());
         sent.pop_back();
@@ -35,7 +36,7 @@ class CreateTxns : public OperationTest {
     [[nodiscard]] std::wstring SummaryOf(std::wstring_view elements) {
         Respond(elements);
         const Result result = Create(L"", VARIANT_FALSE);
-        EXPECT_EQ(S_OK, result.code);
+        EXPECT_HRESULT(S_OK, result.code);
         return result.text;
     }
 };
@@ -77,13 +78,13 @@ const std::string kGenericItem = AddEntry("ItemPayment", "                <Name>
 }
 
 TEST_F(CreateTxns, SendsTheRequestsAsGivenInsideTheEnvelope) {
-    EXPECT_EQ(S_OK, Create(L"<CheckAddRq requestID=\"7\">\n\t\u00e9&amp;\u4e2d</CheckAddRq> ").code);
+    EXPECT_HRESULT(S_OK, Create(L"<CheckAddRq requestID=\"7\">\n\t\u00e9&amp;\u4e2d</CheckAddRq> ").code);
     EXPECT_THAT(Sent(), ElementsAre(BatchDocument("<CheckAddRq requestID=\"7\">\n\t\xE9&amp;?</CheckAddRq> ")));
 }
 
 TEST_F(CreateTxns, SendsAnEmptyMessageSetWithoutRequests) {
-    EXPECT_EQ(S_OK, Create(L"").code);
-    EXPECT_EQ(S_OK, Create(nullptr).code);
+    EXPECT_HRESULT(S_OK, Create(L"").code);
+    EXPECT_HRESULT(S_OK, Create(nullptr).code);
     EXPECT_THAT(Sent(), ElementsAre(BatchDocument(""), BatchDocument("")));
 }
 
@@ -97,7 +98,7 @@ TEST_F(CreateTxns, LetsTheFourKindsAndPartsOfTheirNamesPass) {
     for (const std::string name : {"SalesReceiptAddRq", "CreditMemoAddRq", "DepositAddRq", "CheckAddRq", "CheckAdd",
                                    "Add", "Rq", "R", "MemoAdd"}) {
         host_.requests.clear();
-        EXPECT_EQ(S_OK, Create(std::wstring(L"<") + std::wstring(name.begin(), name.end()) + L"/>").code) << name;
+        EXPECT_HRESULT(S_OK, Create(std::wstring(L"<") + std::wstring(name.begin(), name.end()) + L"/>").code) << name;
         EXPECT_EQ(BatchDocument("<" + name + "/>"), Sent().back());
     }
 }

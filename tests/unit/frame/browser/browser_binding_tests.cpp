@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tests/support/bstr_allocations.hpp"
+#include "tests/support/hresult.hpp"
 
 namespace paylodge {
 namespace {
@@ -82,7 +83,7 @@ TEST_F(BrowserBinding, HugeTextIsKeptWhole) {
 
 TEST_F(BrowserBinding, FailedAllocationIsRaisedAndKeepsTheText) {
     SetBrowserInstance(L"browser-1");
-    EXPECT_EQ(E_OUTOFMEMORY, RaisedBySetting(L"browser-2"));
+    EXPECT_HRESULT(E_OUTOFMEMORY, RaisedBySetting(L"browser-2"));
     EXPECT_EQ(L"browser-1", View(g_bstrBrowserInstance));
 }
 

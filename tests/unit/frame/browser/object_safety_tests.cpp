@@ -4,6 +4,7 @@
 #include "com/object_with_site.hpp"
 #include "frame/browser/approved_sites.hpp"
 #include "frame/browser/site_lock.hpp"
+#include "tests/support/hresult.hpp"
 
 namespace paylodge {
 namespace {
@@ -38,7 +39,7 @@ class ObjectSafety : public ::testing::Test {
     [[nodiscard]] DWORD EnabledOptions() {
         DWORD supported = kSentinel;
         DWORD enabled = kSentinel;
-        EXPECT_EQ(S_OK, object->GetInterfaceSafetyOptions(IID_IUnknown, &supported, &enabled));
+        EXPECT_HRESULT(S_OK, object->GetInterfaceSafetyOptions(IID_IUnknown, &supported, &enabled));
         EXPECT_EQ(1U, supported);
         return enabled;
     }
@@ -50,17 +51,17 @@ TEST_F(ObjectSafety, NothingIsEnabledAtFirst) { EXPECT_EQ(0U, EnabledOptions());
 
 TEST_F(ObjectSafety, GetWithoutAPlaceForAResultIsEPointer) {
     DWORD value = kSentinel;
-    EXPECT_EQ(E_POINTER, object->GetInterfaceSafetyOptions(IID_IUnknown, nullptr, &value));
-    EXPECT_EQ(E_POINTER, object->GetInterfaceSafetyOptions(IID_IUnknown, &value, nullptr));
-    EXPECT_EQ(E_POINTER, object->GetInterfaceSafetyOptions(IID_IDataObject, nullptr, nullptr));
+    EXPECT_HRESULT(E_POINTER, object->GetInterfaceSafetyOptions(IID_IUnknown, nullptr, &value));
+    EXPECT_HRESULT(E_POINTER, object->GetInterfaceSafetyOptions(IID_IUnknown, &value, nullptr));
+    EXPECT_HRESULT(E_POINTER, object->GetInterfaceSafetyOptions(IID_IDataObject, nullptr, nullptr));
     EXPECT_EQ(kSentinel, value);
 }
 
 TEST_F(ObjectSafety, GetForAnInterfaceThatTheObjectLacksClearsBothResults) {
-    EXPECT_EQ(S_OK, object->SetInterfaceSafetyOptions(IID_IUnknown, 1, 1));
+    EXPECT_HRESULT(S_OK, object->SetInterfaceSafetyOptions(IID_IUnknown, 1, 1));
     DWORD supported = kSentinel;
     DWORD enabled = kSentinel;
-    EXPECT_EQ(E_NOINTERFACE, object->GetInterfaceSafetyOptions(IID_IDataObject, &supported, &enabled));
+    EXPECT_HRESULT(E_NOINTERFACE, object->GetInterfaceSafetyOptions(IID_IDataObject, &supported, &enabled));
     EXPECT_EQ(0U, supported);
     EXPECT_EQ(0U, enabled);
 }
@@ -69,14 +70,14 @@ TEST_F(ObjectSafety, GetPassesTheCodeOfQueryInterfaceOnAndSetDoesNot) {
     RefusingObject refusing;
     DWORD supported = kSentinel;
     DWORD enabled = kSentinel;
-    EXPECT_EQ(E_ACCESSDENIED, refusing.GetInterfaceSafetyOptions(IID_IUnknown, &supported, &enabled));
+    EXPECT_HRESULT(E_ACCESSDENIED, refusing.GetInterfaceSafetyOptions(IID_IUnknown, &supported, &enabled));
     EXPECT_EQ(0U, supported);
     EXPECT_EQ(0U, enabled);
-    EXPECT_EQ(E_NOINTERFACE, refusing.SetInterfaceSafetyOptions(IID_IUnknown, 1, 1));
+    EXPECT_HRESULT(E_NOINTERFACE, refusing.SetInterfaceSafetyOptions(IID_IUnknown, 1, 1));
 }
 
 TEST_F(ObjectSafety, OptionsAreOneSetForAllInterfaces) {
-    EXPECT_EQ(S_OK, object->SetInterfaceSafetyOptions(__uuidof(IObjectWithSite), 1, 1));
+    EXPECT_HRESULT(S_OK, object->SetInterfaceSafetyOptions(__uuidof(IObjectWithSite), 1, 1));
     EXPECT_EQ(1U, EnabledOptions());
 }
 
@@ -90,9 +91,9 @@ struct SetCase {
 class ObjectSafetySet : public ObjectSafety, public ::testing::WithParamInterface<SetCase> {};
 
 TEST_P(ObjectSafetySet, ClearsTheEnabledBitsAndSetsTheMaskedOnes) {
-    ASSERT_EQ(S_OK, object->SetInterfaceSafetyOptions(IID_IUnknown, GetParam().before, 1));
+    ASSERT_HRESULT(S_OK, object->SetInterfaceSafetyOptions(IID_IUnknown, GetParam().before, 1));
     ASSERT_EQ(GetParam().before, EnabledOptions());
-    EXPECT_EQ(S_OK, object->SetInterfaceSafetyOptions(IID_IUnknown, GetParam().mask, GetParam().enabled));
+    EXPECT_HRESULT(S_OK, object->SetInterfaceSafetyOptions(IID_IUnknown, GetParam().mask, GetParam().enabled));
     EXPECT_EQ(GetParam().after, EnabledOptions());
 }
 
@@ -103,51 +104,51 @@ constexpr SetCase kSetCases[] = {
 INSTANTIATE_TEST_SUITE_P(Table, ObjectSafetySet, ::testing::ValuesIn(kSetCases));
 
 TEST_F(ObjectSafety, SetOfAnUnknownOptionFailsAndChangesNothing) {
-    ASSERT_EQ(S_OK, object->SetInterfaceSafetyOptions(IID_IUnknown, 1, 1));
+    ASSERT_HRESULT(S_OK, object->SetInterfaceSafetyOptions(IID_IUnknown, 1, 1));
     for (const DWORD mask : {2U, 3U, 0x80000000U, 0xFFFFFFFFU}) {
-        EXPECT_EQ(E_FAIL, object->SetInterfaceSafetyOptions(IID_IUnknown, mask, 1));
+        EXPECT_HRESULT(E_FAIL, object->SetInterfaceSafetyOptions(IID_IUnknown, mask, 1));
     }
     EXPECT_EQ(1U, EnabledOptions());
 }
 
 TEST_F(ObjectSafety, SetForAnInterfaceThatTheObjectLacksIsENoInterface) {
-    EXPECT_EQ(E_NOINTERFACE, object->SetInterfaceSafetyOptions(IID_IDataObject, 1, 1));
-    EXPECT_EQ(E_NOINTERFACE, object->SetInterfaceSafetyOptions(IID_IDataObject, 2, 2));
+    EXPECT_HRESULT(E_NOINTERFACE, object->SetInterfaceSafetyOptions(IID_IDataObject, 1, 1));
+    EXPECT_HRESULT(E_NOINTERFACE, object->SetInterfaceSafetyOptions(IID_IDataObject, 2, 2));
     EXPECT_EQ(0U, EnabledOptions());
 }
 
 TEST_F(ObjectSafety, QueriesForInterfacesLeaveNoReference) {
     DWORD supported = 0;
     DWORD enabled = 0;
-    EXPECT_EQ(S_OK, object->GetInterfaceSafetyOptions(IID_IUnknown, &supported, &enabled));
-    EXPECT_EQ(S_OK, object->SetInterfaceSafetyOptions(IID_IUnknown, 1, 1));
+    EXPECT_HRESULT(S_OK, object->GetInterfaceSafetyOptions(IID_IUnknown, &supported, &enabled));
+    EXPECT_HRESULT(S_OK, object->SetInterfaceSafetyOptions(IID_IUnknown, 1, 1));
     EXPECT_EQ(2U, object->AddRef());
     EXPECT_EQ(1U, object->Release());
 }
 
 TEST_F(ObjectSafety, SiteLockCapability) {
     DWORD value = 0;
-    EXPECT_EQ(S_OK, object->GetSiteLockCapability(&value));
+    EXPECT_HRESULT(S_OK, object->GetSiteLockCapability(&value));
     EXPECT_EQ(0x10004U, value);
     value = 1;
-    EXPECT_EQ(S_OK, object->GetSiteLockCapability(&value));
+    EXPECT_HRESULT(S_OK, object->GetSiteLockCapability(&value));
     EXPECT_EQ(0U, value);
     for (const DWORD question : {2U, 0x10004U, 0xFFFFFFFFU}) {
         value = question;
-        EXPECT_EQ(E_NOTIMPL, object->GetSiteLockCapability(&value));
+        EXPECT_HRESULT(E_NOTIMPL, object->GetSiteLockCapability(&value));
         EXPECT_EQ(0U, value);
     }
-    EXPECT_EQ(E_POINTER, object->GetSiteLockCapability(nullptr));
+    EXPECT_HRESULT(E_POINTER, object->GetSiteLockCapability(nullptr));
 }
 
 TEST_F(ObjectSafety, ApprovedSiteListIsTheTableOfTheClass) {
     const SiteEntry* entries = nullptr;
     DWORD count = kSentinel;
-    EXPECT_EQ(S_OK, object->GetApprovedSiteList(&entries, &count));
+    EXPECT_HRESULT(S_OK, object->GetApprovedSiteList(&entries, &count));
     EXPECT_EQ(ApprovedSites().data(), entries);
     EXPECT_EQ(10U, count);
-    EXPECT_EQ(E_POINTER, object->GetApprovedSiteList(nullptr, &count));
-    EXPECT_EQ(E_POINTER, object->GetApprovedSiteList(&entries, nullptr));
+    EXPECT_HRESULT(E_POINTER, object->GetApprovedSiteList(nullptr, &count));
+    EXPECT_HRESULT(E_POINTER, object->GetApprovedSiteList(&entries, nullptr));
 }
 
 }  // namespace

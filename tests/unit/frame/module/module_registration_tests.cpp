@@ -1,6 +1,7 @@
 // The module itself, registered from a folder with an awkward name.
 #include "com/com_ptr.hpp"
 #include "com/module.hpp"
+#include "tests/support/hresult.hpp"
 #include "tests/support/scratch_registry.hpp"
 
 namespace paylodge {
@@ -44,7 +45,7 @@ class ModuleRegistration : public ScratchRegistry {
     // What automation itself says to the registration of the module's type library.
     [[nodiscard]] HRESULT RegisterLibraryAlone() const {
         ComPtr<ITypeLib> library;
-        EXPECT_EQ(::LoadTypeLibEx(path_.c_str(), REGKIND_NONE, library.Receive()), S_OK);
+        EXPECT_HRESULT(S_OK, ::LoadTypeLibEx(path_.c_str(), REGKIND_NONE, library.Receive()));
         std::wstring path = path_;
         std::wstring folder = folder_;
         return ::RegisterTypeLib(library.Get(), path.data(), folder.data());
@@ -57,7 +58,7 @@ class ModuleRegistration : public ScratchRegistry {
 };
 
 TEST_F(ModuleRegistration, KnowsWhereTheModuleIs) {
-    ASSERT_EQ(Call("DllRegisterServer"), S_OK);
+    ASSERT_HRESULT(S_OK, Call("DllRegisterServer"));
     EXPECT_EQ(Text(L"CLSID\\{F8A9E1FD-7DCD-4be8-B510-7CBB849364AB}\\InprocServer32"), Path());
     EXPECT_EQ(Text(L"CLSID\\{00A0CCCE-89E6-4779-AACD-E774651CB5AD}\\InprocServer32"), Path());
     EXPECT_EQ(Text(L"CLSID\\{00A0CCCE-89E6-4779-AACD-E774651CB5AD}\\ToolboxBitmap32"), Path() + L", 103");
@@ -67,23 +68,23 @@ TEST_F(ModuleRegistration, KnowsWhereTheModuleIs) {
 }
 
 TEST_F(ModuleRegistration, IsTakenBackWhole) {
-    ASSERT_EQ(Call("DllRegisterServer"), S_OK);
-    ASSERT_EQ(Call("DllUnregisterServer"), S_OK);
+    ASSERT_HRESULT(S_OK, Call("DllRegisterServer"));
+    ASSERT_HRESULT(S_OK, Call("DllUnregisterServer"));
     EXPECT_FALSE(HasKey(L"Paylodge.Paylodge"));
     EXPECT_EQ(CountSubkeys(L"CLSID"), 0u);
     EXPECT_FALSE(HasKey(L"TypeLib\\{C29F0A7C-64E9-4345-A15A-EBCB89E54784}"));
-    EXPECT_EQ(Call("DllUnregisterServer"), S_OK);
+    EXPECT_HRESULT(S_OK, Call("DllUnregisterServer"));
 }
 
 TEST_F(ModuleRegistration, MayBeDoneTwice) {
-    ASSERT_EQ(Call("DllRegisterServer"), S_OK);
-    EXPECT_EQ(Call("DllRegisterServer"), S_OK);
+    ASSERT_HRESULT(S_OK, Call("DllRegisterServer"));
+    EXPECT_HRESULT(S_OK, Call("DllRegisterServer"));
     EXPECT_EQ(CountSubkeys(L"CLSID"), 2u);
 }
 
 TEST_F(ModuleRegistration, GivesTheRegistrysFailureAndLeavesNothingHalfDone) {
     MakeVolatile(L"CLSID");
-    EXPECT_EQ(Call("DllRegisterServer"), HRESULT_FROM_WIN32(ERROR_CHILD_MUST_BE_VOLATILE));
+    EXPECT_HRESULT(HRESULT_FROM_WIN32(ERROR_CHILD_MUST_BE_VOLATILE), Call("DllRegisterServer"));
     EXPECT_FALSE(HasKey(L"Paylodge.Paylodge"));
     EXPECT_EQ(CountSubkeys(L"CLSID"), 0u);
     EXPECT_FALSE(HasKey(L"TypeLib"));
@@ -106,8 +107,8 @@ TEST_F(ModuleRegistration, FailsWhereTheClassesAreGone) {
     ASSERT_EQ(::RegOpenKeyExW(Root(), L"Gone", 0, KEY_ALL_ACCESS, gone.Receive()), ERROR_SUCCESS);
     ASSERT_EQ(::RegDeleteKeyW(Root(), L"Gone"), ERROR_SUCCESS);
     ASSERT_EQ(::RegOverridePredefKey(HKEY_CLASSES_ROOT, gone.Get()), ERROR_SUCCESS);
-    EXPECT_EQ(Call("DllRegisterServer"), HRESULT_FROM_WIN32(ERROR_KEY_DELETED));
-    EXPECT_EQ(Call("DllUnregisterServer"), HRESULT_FROM_WIN32(ERROR_KEY_DELETED));
+    EXPECT_HRESULT(HRESULT_FROM_WIN32(ERROR_KEY_DELETED), Call("DllRegisterServer"));
+    EXPECT_HRESULT(HRESULT_FROM_WIN32(ERROR_KEY_DELETED), Call("DllUnregisterServer"));
     EXPECT_EQ(CountSubkeys(nullptr), 0u);
 }
 

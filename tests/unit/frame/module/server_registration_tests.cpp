@@ -1,6 +1,7 @@
 #include "frame/module/server_registration.hpp"
 
 #include "com/module.hpp"
+#include "tests/support/hresult.hpp"
 #include "tests/support/scratch_registry.hpp"
 
 namespace paylodge {
@@ -20,7 +21,7 @@ class ServerRegistration : public ScratchRegistry {
 
 TEST_F(ServerRegistration, RegistersTheModuleAndItsTypeLibrary) {
     const std::wstring module = Module::Path();
-    ASSERT_EQ(RegisterServer(), S_OK);
+    ASSERT_HRESULT(S_OK, RegisterServer());
     EXPECT_EQ(Text(Join(kPaylodgeKey, L"InprocServer32").c_str()), module);
     EXPECT_EQ(Text(Join(kPaylodgeCtrlKey, L"InprocServer32").c_str()), module);
     EXPECT_EQ(Text(Join(kPaylodgeCtrlKey, L"MiscStatus\\1").c_str()), L"131473");
@@ -29,14 +30,14 @@ TEST_F(ServerRegistration, RegistersTheModuleAndItsTypeLibrary) {
 }
 
 TEST_F(ServerRegistration, RemovesTheModuleAndItsTypeLibrary) {
-    ASSERT_EQ(RegisterServer(), S_OK);
-    ASSERT_EQ(UnregisterServer(), S_OK);
+    ASSERT_HRESULT(S_OK, RegisterServer());
+    ASSERT_HRESULT(S_OK, UnregisterServer());
     EXPECT_FALSE(HasKey(L"Paylodge.Paylodge"));
     EXPECT_EQ(CountSubkeys(L"CLSID"), 0u);
     EXPECT_FALSE(HasKey(kLibraryKey));
 }
 
-TEST_F(ServerRegistration, RemovesWhatIsNotThereWithoutFailure) { EXPECT_EQ(UnregisterServer(), S_OK); }
+TEST_F(ServerRegistration, RemovesWhatIsNotThereWithoutFailure) { EXPECT_HRESULT(S_OK, UnregisterServer()); }
 
 }  // namespace
 }  // namespace paylodge

@@ -4,6 +4,7 @@
 #include "com/com_ptr.hpp"
 #include "com/module.hpp"
 #include "frame/registrar/registration_steps.hpp"
+#include "tests/support/hresult.hpp"
 #include "tests/support/scratch_registry.hpp"
 
 namespace paylodge {
@@ -53,7 +54,7 @@ class UserRegistration : public ScratchRegistry {
 };
 
 TEST_F(MachineRegistration, WritesTheProgramIdOfPaylodge) {
-    ASSERT_EQ(MakeRegistrar().Register(kPaylodge), S_OK);
+    ASSERT_HRESULT(S_OK, MakeRegistrar().Register(kPaylodge));
     EXPECT_EQ(Text(L"Paylodge.Paylodge"), L"Paylodge Class");
     EXPECT_EQ(Text(L"Paylodge.Paylodge\\CLSID"), kPaylodgeId);
     EXPECT_EQ(Text(L"Paylodge.Paylodge\\CurVer"), L"Paylodge.Paylodge");
@@ -62,7 +63,7 @@ TEST_F(MachineRegistration, WritesTheProgramIdOfPaylodge) {
 }
 
 TEST_F(MachineRegistration, WritesTheClassOfPaylodge) {
-    ASSERT_EQ(MakeRegistrar().Register(kPaylodge), S_OK);
+    ASSERT_HRESULT(S_OK, MakeRegistrar().Register(kPaylodge));
     EXPECT_EQ(Text(kPaylodgeKey), L"Paylodged Class");
     EXPECT_EQ(Text(Join(kPaylodgeKey, L"ProgID").c_str()), L"Paylodge.Paylodge");
     EXPECT_EQ(Text(Join(kPaylodgeKey, L"VersionIndependentProgID").c_str()), L"Paylodge.Paylodge");
@@ -74,13 +75,13 @@ TEST_F(MachineRegistration, WritesTheClassOfPaylodge) {
 }
 
 TEST_F(MachineRegistration, WritesNoThreadingModelForPaylodge) {
-    ASSERT_EQ(MakeRegistrar().Register(kPaylodge), S_OK);
+    ASSERT_HRESULT(S_OK, MakeRegistrar().Register(kPaylodge));
     EXPECT_EQ(Text(Join(kPaylodgeKey, L"InprocServer32").c_str()), kModule);
     EXPECT_EQ(CountValues(Join(kPaylodgeKey, L"InprocServer32").c_str()), 1u);
 }
 
 TEST_F(MachineRegistration, WritesTheClassOfTheControl) {
-    ASSERT_EQ(MakeRegistrar().Register(kPaylodgeCtrl), S_OK);
+    ASSERT_HRESULT(S_OK, MakeRegistrar().Register(kPaylodgeCtrl));
     EXPECT_EQ(Text(kPaylodgeCtrlKey), L"PaylodgeCtrl Class");
     EXPECT_EQ(CountValues(Join(kPaylodgeCtrlKey, L"Programmable").c_str()), 0u);
     EXPECT_EQ(Text(Join(kPaylodgeCtrlKey, L"InprocServer32").c_str()), kModule);
@@ -98,7 +99,7 @@ TEST_F(MachineRegistration, WritesTheClassOfTheControl) {
 TEST_F(MachineRegistration, RewritesTheClassKeysWhenRegisteredAgain) {
     CreateKey(Join(kPaylodgeKey, L"Leftover").c_str());
     SetText(Join(kPaylodgeKey, L"InprocServer32").c_str(), L"ThreadingModel", L"Both");
-    ASSERT_EQ(MakeRegistrar().Register(kPaylodge), S_OK);
+    ASSERT_HRESULT(S_OK, MakeRegistrar().Register(kPaylodge));
     EXPECT_FALSE(HasKey(Join(kPaylodgeKey, L"Leftover").c_str()));
     EXPECT_FALSE(Value(Join(kPaylodgeKey, L"InprocServer32").c_str(), L"ThreadingModel").has_value());
 }
@@ -106,8 +107,8 @@ TEST_F(MachineRegistration, RewritesTheClassKeysWhenRegisteredAgain) {
 TEST_F(MachineRegistration, LeavesOtherClassesAlone) {
     CreateKey(L"CLSID\\{other}");
     for (const WORD script : {kPaylodge, kPaylodgeCtrl}) {
-        ASSERT_EQ(MakeRegistrar().Register(script), S_OK);
-        ASSERT_EQ(MakeRegistrar().Unregister(script), S_OK);
+        ASSERT_HRESULT(S_OK, MakeRegistrar().Register(script));
+        ASSERT_HRESULT(S_OK, MakeRegistrar().Unregister(script));
     }
     EXPECT_TRUE(HasKey(L"CLSID\\{other}"));
     EXPECT_EQ(CountSubkeys(L"CLSID"), 1u);
@@ -115,20 +116,20 @@ TEST_F(MachineRegistration, LeavesOtherClassesAlone) {
 }
 
 TEST_F(MachineRegistration, ReadsScriptsInTheAnsiCodePage) {
-    ASSERT_EQ(MakeRegistrar().Register(kAnsi), S_OK);
+    ASSERT_HRESULT(S_OK, MakeRegistrar().Register(kAnsi));
     wchar_t expected[2] = {};
     ASSERT_EQ(::MultiByteToWideChar(CP_ACP, 0, "\xe4", 1, expected, 1), 1);
     EXPECT_EQ(Text(L"Encoded"), expected);
 }
 
 TEST_F(MachineRegistration, ChangesNothingForAScriptWithAMistake) {
-    EXPECT_EQ(MakeRegistrar().Register(kMistake), DISP_E_EXCEPTION);
-    EXPECT_EQ(MakeRegistrar().Unregister(kMistake), DISP_E_EXCEPTION);
+    EXPECT_HRESULT(DISP_E_EXCEPTION, MakeRegistrar().Register(kMistake));
+    EXPECT_HRESULT(DISP_E_EXCEPTION, MakeRegistrar().Unregister(kMistake));
     EXPECT_EQ(CountSubkeys(nullptr), 0u);
 }
 
 TEST_F(MachineRegistration, FailsForAVariableWithoutValue) {
-    EXPECT_EQ(Registrar(RegistrationScope::kMachine, {}).Register(kPaylodge), DISP_E_EXCEPTION);
+    EXPECT_HRESULT(DISP_E_EXCEPTION, Registrar(RegistrationScope::kMachine, {}).Register(kPaylodge));
     EXPECT_EQ(CountSubkeys(nullptr), 0u);
 }
 
@@ -138,15 +139,15 @@ TEST_F(MachineRegistration, ReturnsTheRegistrysFailure) {
 }
 
 TEST_F(MachineRegistration, FailsForAScriptThatIsMissing) {
-    EXPECT_EQ(MakeRegistrar().Register(kMissing), HRESULT_FROM_WIN32(ERROR_RESOURCE_NAME_NOT_FOUND));
+    EXPECT_HRESULT(HRESULT_FROM_WIN32(ERROR_RESOURCE_NAME_NOT_FOUND), MakeRegistrar().Register(kMissing));
 }
 
 TEST_F(UserRegistration, WritesToTheClassesOfTheUser) {
     const Registrar registrar = MakeRegistrar(RegistrationScope::kCurrentUser);
-    ASSERT_EQ(registrar.Register(kPaylodge), S_OK);
+    ASSERT_HRESULT(S_OK, registrar.Register(kPaylodge));
     EXPECT_EQ(Text(L"Software\\Classes\\Paylodge.Paylodge\\CLSID"), kPaylodgeId);
     EXPECT_EQ(Text(Join(Join(L"Software\\Classes", kPaylodgeKey).c_str(), L"InprocServer32").c_str()), kModule);
-    ASSERT_EQ(registrar.Unregister(kPaylodge), S_OK);
+    ASSERT_HRESULT(S_OK, registrar.Unregister(kPaylodge));
     EXPECT_EQ(CountSubkeys(L"Software\\Classes"), 1u);
     EXPECT_EQ(CountSubkeys(L"Software\\Classes\\CLSID"), 0u);
 }
@@ -174,9 +175,9 @@ TEST_F(MachineRegistration, TakesBackWhatItWroteWhenAStepFails) {
 
 TEST_F(MachineRegistration, RemovesTheOtherStepsWhenOneFails) {
     constexpr RegistrationStep failing = {nullptr, [](const Registrar&) -> HRESULT { return E_ABORT; }};
-    ASSERT_EQ(MakeRegistrar().Register(kPaylodge), S_OK);
+    ASSERT_HRESULT(S_OK, MakeRegistrar().Register(kPaylodge));
     const RegistrationStep steps[] = {failing, kPaylodgeStep};
-    EXPECT_EQ(RemoveSteps(steps, MakeRegistrar()), E_ABORT);
+    EXPECT_HRESULT(E_ABORT, RemoveSteps(steps, MakeRegistrar()));
     EXPECT_FALSE(HasKey(L"Paylodge.Paylodge"));
 }
 

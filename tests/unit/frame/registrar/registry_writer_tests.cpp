@@ -4,6 +4,7 @@
 #include <ostream>
 #include <utility>
 
+#include "tests/support/hresult.hpp"
 #include "tests/support/import_slot.hpp"
 #include "tests/support/scratch_registry.hpp"
 
@@ -78,17 +79,17 @@ constexpr REGSAM kToChange = KEY_READ | KEY_SET_VALUE;
 constexpr auto kTwoKeys = u"NoRemove Shared { Ours = s 'one' { NoRemove Through { Val v = s 'x' } } }";
 
 TEST_F(RegistryWriter, OpensForWritingOnlyTheKeysWhoseValuesItChanges) {
-    ASSERT_EQ(Write(kTwoKeys), S_OK);
+    ASSERT_HRESULT(S_OK, Write(kTwoKeys));
     g_opened.clear();
-    ASSERT_EQ(Write(kTwoKeys), S_OK);
+    ASSERT_HRESULT(S_OK, Write(kTwoKeys));
     const auto opened = std::exchange(g_opened, {});
     EXPECT_EQ((std::vector<Opened>{{L"Shared", kToGoThrough}, {L"Ours", kToChange}, {L"Through", kToChange}}), opened);
 }
 
 TEST_F(RegistryWriter, RemovesThroughKeysThatItOpensForReading) {
-    ASSERT_EQ(Write(kTwoKeys), S_OK);
+    ASSERT_HRESULT(S_OK, Write(kTwoKeys));
     g_opened.clear();
-    ASSERT_EQ(Remove(u"NoRemove Shared { NoRemove Ours { Through } }"), S_OK);
+    ASSERT_HRESULT(S_OK, Remove(u"NoRemove Shared { NoRemove Ours { Through } }"));
     const auto opened = std::exchange(g_opened, {});
     EXPECT_EQ((std::vector<Opened>{{L"Shared", kToGoThrough}, {L"Ours", kToGoThrough}, {L"Through", kToGoThrough}}),
               opened);
@@ -97,7 +98,7 @@ TEST_F(RegistryWriter, RemovesThroughKeysThatItOpensForReading) {
 }
 
 TEST_F(RegistryWriter, CreatesKeysWithTheirDefaultValues) {
-    ASSERT_EQ(Write(u"a = s 'one' { b = s '' c }"), S_OK);
+    ASSERT_HRESULT(S_OK, Write(u"a = s 'one' { b = s '' c }"));
     EXPECT_EQ(Text(L"a"), L"one");
     EXPECT_EQ(Text(L"a\\b"), L"");
     EXPECT_TRUE(HasKey(L"a\\c"));
@@ -106,14 +107,14 @@ TEST_F(RegistryWriter, CreatesKeysWithTheirDefaultValues) {
 }
 
 TEST_F(RegistryWriter, WritesNamedValues) {
-    ASSERT_EQ(Write(u"a { Val 'Threading Model' = s 'Apartment' }"), S_OK);
+    ASSERT_HRESULT(S_OK, Write(u"a { Val 'Threading Model' = s 'Apartment' }"));
     EXPECT_EQ(Text(L"a", L"Threading Model"), L"Apartment");
     EXPECT_FALSE(HasKey(L"a\\Threading Model"));
     EXPECT_FALSE(Value(L"a", nullptr).has_value());
 }
 
 TEST_F(RegistryWriter, StoresEachTypeOfData) {
-    ASSERT_EQ(Write(u"a = d 131473 { Val m = m 'b\\0c' Val e = m '' Val b = b '00FF' Val n = b '' }"), S_OK);
+    ASSERT_HRESULT(S_OK, Write(u"a = d 131473 { Val m = m 'b\\0c' Val e = m '' Val b = b '00FF' Val n = b '' }"));
     const auto number = Value(L"a", nullptr).value();
     EXPECT_EQ(number.type, DWORD{REG_DWORD});
     EXPECT_EQ(number.bytes, (Bytes{0x91, 0x01, 0x02, 0x00}));
@@ -131,7 +132,7 @@ TEST_F(RegistryWriter, KeepsWhatStandsInAKeyThatExists) {
     SetText(L"a", L"other", L"stays");
     SetText(L"a", nullptr, L"old");
     CreateKey(L"a\\foreign");
-    ASSERT_EQ(Write(u"a = s 'new' { b }"), S_OK);
+    ASSERT_HRESULT(S_OK, Write(u"a = s 'new' { b }"));
     EXPECT_EQ(Text(L"a"), L"new");
     EXPECT_EQ(Text(L"a", L"other"), L"stays");
     EXPECT_TRUE(HasKey(L"a\\foreign"));
@@ -140,7 +141,7 @@ TEST_F(RegistryWriter, KeepsWhatStandsInAKeyThatExists) {
 TEST_F(RegistryWriter, EmptiesAForceRemoveKeyFirst) {
     SetText(L"a", L"other", L"goes");
     CreateKey(L"a\\foreign\\deeper");
-    ASSERT_EQ(Write(u"ForceRemove a = s 'new' { b }"), S_OK);
+    ASSERT_HRESULT(S_OK, Write(u"ForceRemove a = s 'new' { b }"));
     EXPECT_EQ(Text(L"a"), L"new");
     EXPECT_EQ(CountValues(L"a"), 1u);
     EXPECT_EQ(CountSubkeys(L"a"), 1u);
@@ -149,7 +150,7 @@ TEST_F(RegistryWriter, EmptiesAForceRemoveKeyFirst) {
 TEST_F(RegistryWriter, DeletesTheKeysThatAScriptDeletes) {
     CreateKey(L"a\\old\\deeper");
     CreateKey(L"a\\kept");
-    ASSERT_EQ(Write(u"a { Delete old Delete missing }"), S_OK);
+    ASSERT_HRESULT(S_OK, Write(u"a { Delete old Delete missing }"));
     EXPECT_FALSE(HasKey(L"a\\old"));
     EXPECT_TRUE(HasKey(L"a\\kept"));
 }
@@ -158,8 +159,8 @@ TEST_F(RegistryWriter, NeverDeletesWhatComponentsShare) {
     CreateKey(L"clsid\\foreign");
     CreateKey(L"Software\\Classes\\foreign");
     CreateKey(L"TypeLib\\foreign");
-    ASSERT_EQ(Write(u"ForceRemove CLSID { a } Delete Software Delete TypeLib"), S_OK);
-    ASSERT_EQ(Remove(u"ForceRemove CLSID { a } Software { Classes } ForceRemove TypeLib"), S_OK);
+    ASSERT_HRESULT(S_OK, Write(u"ForceRemove CLSID { a } Delete Software Delete TypeLib"));
+    ASSERT_HRESULT(S_OK, Remove(u"ForceRemove CLSID { a } Software { Classes } ForceRemove TypeLib"));
     EXPECT_TRUE(HasKey(L"CLSID\\foreign"));
     EXPECT_FALSE(HasKey(L"CLSID\\a"));
     EXPECT_TRUE(HasKey(L"Software\\Classes\\foreign"));
@@ -168,13 +169,13 @@ TEST_F(RegistryWriter, NeverDeletesWhatComponentsShare) {
 
 TEST_F(RegistryWriter, RemovesAProgramIdsClassId) {
     constexpr auto script = u"Program = s 'x' { CLSID = s '{y}' }";
-    ASSERT_EQ(Write(script), S_OK);
-    ASSERT_EQ(Remove(script), S_OK);
+    ASSERT_HRESULT(S_OK, Write(script));
+    ASSERT_HRESULT(S_OK, Remove(script));
     EXPECT_FALSE(HasKey(L"Program"));
 }
 
 TEST_F(RegistryWriter, StoresTextsOfAllScripts) {
-    ASSERT_EQ(Write(u"'\u65e5\u672c ''\u00e4''' = s 'C:\\\u03a9 \U0001F600\\''x''.dll'"), S_OK);
+    ASSERT_HRESULT(S_OK, Write(u"'\u65e5\u672c ''\u00e4''' = s 'C:\\\u03a9 \U0001F600\\''x''.dll'"));
     EXPECT_EQ(Text(L"\u65e5\u672c '\u00e4'"), L"C:\\\u03a9 \U0001F600\\'x'.dll");
 }
 
@@ -186,7 +187,7 @@ TEST_F(RegistryWriter, EndsAtTheFirstFailure) {
     const LSTATUS too_long = ::RegCreateKeyExW(Root(), std::wstring(300, L'n').c_str(), 0, nullptr, 0, KEY_READ,
                                                nullptr, key.Receive(), nullptr);
     ASSERT_NE(too_long, ERROR_SUCCESS);
-    EXPECT_EQ(Write(script), HRESULT_FROM_WIN32(too_long));
+    EXPECT_HRESULT(HRESULT_FROM_WIN32(too_long), Write(script));
     EXPECT_TRUE(HasKey(L"a"));
     EXPECT_FALSE(HasKey(L"b"));
 }
@@ -195,28 +196,28 @@ TEST_F(RegistryWriter, ReturnsTheFailureToWriteAValue) {
     CreateKey(L"a");
     RegistryKey read_only;
     ASSERT_EQ(::RegOpenKeyExW(Root(), L"a", 0, KEY_READ, read_only.Receive()), ERROR_SUCCESS);
-    EXPECT_EQ(WriteEntries(read_only.Get(), Entries(u"Val v = s 'x'")), E_ACCESSDENIED);
+    EXPECT_HRESULT(E_ACCESSDENIED, WriteEntries(read_only.Get(), Entries(u"Val v = s 'x'")));
     EXPECT_EQ(CountValues(L"a"), 0u);
 }
 
 TEST_F(RegistryWriter, RemovesWhatItWrote) {
     constexpr auto script = u"a = s 'x' { b { Val c = d 1 } ForceRemove d } Val v = s 'y'";
-    ASSERT_EQ(Write(script), S_OK);
-    ASSERT_EQ(Remove(script), S_OK);
+    ASSERT_HRESULT(S_OK, Write(script));
+    ASSERT_HRESULT(S_OK, Remove(script));
     EXPECT_EQ(CountSubkeys(nullptr), 0u);
     EXPECT_EQ(CountValues(nullptr), 0u);
 }
 
 TEST_F(RegistryWriter, RemovesAgainWithoutFailure) {
-    EXPECT_EQ(Remove(u"a { b { Val c = d 1 } } ForceRemove d NoRemove e { f } Val v = s 'y'"), S_OK);
+    EXPECT_HRESULT(S_OK, Remove(u"a { b { Val c = d 1 } } ForceRemove d NoRemove e { f } Val v = s 'y'"));
     EXPECT_EQ(CountSubkeys(nullptr), 0u);
 }
 
 TEST_F(RegistryWriter, LeavesNoRemoveKeysAndValues) {
     constexpr auto script =
         u"NoRemove a = s 'x' { b NoRemove Val c = s 'c' Val d = s 'd' } ForceRemove NoRemove e { f }";
-    ASSERT_EQ(Write(script), S_OK);
-    ASSERT_EQ(Remove(script), S_OK);
+    ASSERT_HRESULT(S_OK, Write(script));
+    ASSERT_HRESULT(S_OK, Remove(script));
     EXPECT_EQ(Text(L"a"), L"x");
     EXPECT_EQ(Text(L"a", L"c"), L"c");
     EXPECT_FALSE(Value(L"a", L"d").has_value());
@@ -227,21 +228,21 @@ TEST_F(RegistryWriter, LeavesNoRemoveKeysAndValues) {
 
 TEST_F(RegistryWriter, RemovesForceRemoveKeysWithAllThatIsInThem) {
     CreateKey(L"a\\foreign\\deeper");
-    ASSERT_EQ(Remove(u"ForceRemove a { b }"), S_OK);
+    ASSERT_HRESULT(S_OK, Remove(u"ForceRemove a { b }"));
     EXPECT_FALSE(HasKey(L"a"));
 }
 
 TEST_F(RegistryWriter, LeavesAKeyWithSubkeysThatAreNotItsOwn) {
-    ASSERT_EQ(Write(u"a = s 'x' { b }"), S_OK);
+    ASSERT_HRESULT(S_OK, Write(u"a = s 'x' { b }"));
     CreateKey(L"a\\foreign");
-    ASSERT_EQ(Remove(u"a = s 'x' { b }"), S_OK);
+    ASSERT_HRESULT(S_OK, Remove(u"a = s 'x' { b }"));
     EXPECT_TRUE(HasKey(L"a\\foreign"));
     EXPECT_FALSE(HasKey(L"a\\b"));
 }
 
 TEST_F(RegistryWriter, DoesNotRestoreDeletedKeysWhenRemoving) {
     CreateKey(L"a");
-    ASSERT_EQ(Remove(u"Delete a"), S_OK);
+    ASSERT_HRESULT(S_OK, Remove(u"Delete a"));
     EXPECT_TRUE(HasKey(L"a"));
 }
 
@@ -251,7 +252,7 @@ TEST_F(RegistryWriter, RemovesTheRestAfterAFailure) {
     CreateKey(L"a\\b");
     RegistryKey read_only;
     ASSERT_EQ(::RegOpenKeyExW(Root(), L"a", 0, KEY_READ, read_only.Receive()), ERROR_SUCCESS);
-    EXPECT_EQ(RemoveEntries(read_only.Get(), Entries(u"Val v = s 'x' ForceRemove b")), E_ACCESSDENIED);
+    EXPECT_HRESULT(E_ACCESSDENIED, RemoveEntries(read_only.Get(), Entries(u"Val v = s 'x' ForceRemove b")));
     EXPECT_EQ(Text(L"a", L"v"), L"x");
     EXPECT_FALSE(HasKey(L"a\\b"));
 }
