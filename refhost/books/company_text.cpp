@@ -1,9 +1,11 @@
 #include "refhost/books/company_text.hpp"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <map>
 #include <optional>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -22,6 +24,8 @@ namespace {
 
 constexpr std::string_view kRoot = "CompanyFile";
 constexpr std::string_view kFormat = "2";
+constexpr std::string_view kFormatAttribute = "format";
+constexpr std::string_view kNameAttribute = "name";
 constexpr std::string_view kNextNumber = "nextNumber";
 constexpr std::string_view kPosting = "Posting";
 constexpr std::string_view kApplied = "AppliedToTxnRet";
@@ -61,8 +65,8 @@ void AddPostings(Element& record, Company& company, RecordNumber transaction) {
 
 [[nodiscard]] Element ExportedCompany(Company& company) {
     Element root = MakeElement(kRoot);
-    root.attributes = {{"format", std::string(kFormat)},
-                       {"name", company.Name()},
+    root.attributes = {{std::string(kFormatAttribute), std::string(kFormat)},
+                       {std::string(kNameAttribute), company.Name()},
                        {std::string(kNextNumber), std::to_string(NextNumber(company))}};
     const auto add = [&root](std::string_view section, std::vector<Element> records) {
         if (!records.empty()) {
@@ -324,9 +328,18 @@ void CheckReferences(Company& company) {
                      std::string(row.Text(2)) + " that does not exist.");
 }
 
+void RefuseAttributes(const Element& element, std::span<const std::string_view> known, const std::string& title) {
+    for (const Attribute& attribute : element.attributes) {
+        if (std::ranges::find(known, attribute.name) == known.end()) {
+            Refuse(title + " has the unknown attribute " + Quoted(attribute.name) + '.');
+        }
+    }
+}
+
 // Every element of the text has to come back with the same content: an unknown one, or a balance that the postings do
 // not make, would be lost without a word.
 void Compare(const Element& given, const Element& imported, const std::string& title) {
+    RefuseAttributes(given, {}, title);
     if (given.text != imported.text || given.children.empty() != imported.children.empty()) {
         Refuse(title + " is " + Quoted(given.text) + " in the text, but the rest of the text makes it " +
                Quoted(imported.text) + '.');
@@ -361,7 +374,7 @@ void CompareList(const ListKind& kind, const Element& given, const std::vector<E
     } catch (const RefusedRequest& refused) {
         Refuse(refused.what());
     }
-    const std::string* const format = FindAttribute(root, "format");
+    const std::string* const format = FindAttribute(root, kFormatAttribute);
     if (root.name != kRoot) {
         Refuse("The document element is " + Quoted(root.name) + ", not " + Quoted(kRoot) + '.');
     }
@@ -373,12 +386,23 @@ void CompareList(const ListKind& kind, const Element& given, const std::vector<E
 }
 
 void CheckSections(const Element& root) {
+    RefuseAttributes(root, std::array{kFormatAttribute, kNameAttribute, kNextNumber}, root.name);
+    if (!Trimmed(root.text).empty()) {
+        Refuse(root.name + " holds text where lists belong.");
+    }
     for (const Element& section : root.children) {
+        RefuseAttributes(section, {}, section.name);
         const bool is_known =
             section.name == kDataFileSection ||
             std::ranges::any_of(AllKinds(), [&](const ListKind* kind) { return kind->section == section.name; });
         if (!is_known) {
             Refuse("The list " + section.name + " is unknown.");
+        }
+        if (&section != FindChild(root, section.name)) {
+            Refuse("The list " + section.name + " stands here twice.");
+        }
+        if (!Trimmed(section.text).empty()) {
+            Refuse("The list " + section.name + " holds text where records belong.");
         }
     }
 }
@@ -421,7 +445,7 @@ void ImportText(Company& company, std::string_view text) {
 
 std::string CompanyNameIn(std::string_view text) {
     const Element root = ReadCompany(text);
-    const std::string* const name = FindAttribute(root, "name");
+    const std::string* const name = FindAttribute(root, kNameAttribute);
     return name == nullptr ? std::string() : *name;
 }
 

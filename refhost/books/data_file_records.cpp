@@ -1,10 +1,14 @@
 #include "refhost/books/data_file_records.hpp"
 
+#include <algorithm>
+#include <array>
 #include <charconv>
+#include <span>
 #include <utility>
 
 #include "refhost/books/problems.hpp"
 #include "refhost/books/status.hpp"
+#include "refhost/books/values.hpp"
 
 namespace paylodge::refhost {
 namespace {
@@ -64,15 +68,48 @@ void Put(Database& data, const RecordKey& key, const DataFileRecord& content) {
     return record;
 }
 
+[[noreturn]] void Refuse(const std::string& what) { throw HostError(Problem::kBadText, what); }
+
+// Refuses what would be lost: these elements are known, each once but for properties, and nothing beside them.
+void CheckContent(const Element& element, std::span<const std::string_view> known, const std::string& title) {
+    if (!element.attributes.empty()) {
+        Refuse(title + " has the unknown attribute " + Quoted(element.attributes.front().name) + '.');
+    }
+    if (!known.empty() && !Trimmed(element.text).empty()) {
+        Refuse(title + " holds text where elements belong.");
+    }
+    for (const Element& child : element.children) {
+        const bool is_known = std::ranges::find(known, child.name) != known.end();
+        if (!is_known || (child.name != kProperty && &child != FindChild(element, child.name))) {
+            Refuse(title + '/' + child.name + " is unknown here, or stands here once too often.");
+        }
+        if (child.name != kProperty) {
+            CheckContent(child, {}, title + '/' + child.name);
+        }
+    }
+}
+
 [[nodiscard]] std::int32_t ReadNumber(const Element& record, std::string_view name) {
     const std::string_view text = ChildText(record, name);
     std::int32_t number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     if (error != std::errc() || end != text.data() + text.size()) {
-        throw HostError(Problem::kBadText, std::string(name) + " of a " + record.name + " is " + Quoted(text) +
-                                               ", which is no whole number of 32 bits.");
+        Refuse(std::string(name) + " of a " + record.name + " is " + Quoted(text) +
+               ", which is no whole number of 32 bits.");
     }
     return number;
+}
+
+void ReadProperty(const Element& property, DataFileRecord& content, const std::string& title) {
+    CheckContent(property, std::array{kName, kKind, kValue}, title + '/' + property.name);
+    std::string name(ChildText(property, kName));
+    if (FindChild(property, kName) == nullptr) {
+        Refuse(title + ": a Property has no Name.");
+    }
+    if (content.Find(name)) {
+        Refuse(title + " has the property " + Quoted(name) + " twice.");
+    }
+    content.Set(name, PropertyText{std::string(ChildText(property, kKind)), std::string(ChildText(property, kValue))});
 }
 
 }  // namespace
@@ -137,13 +174,22 @@ std::vector<Element> ReadDataFileRecords(Company& company) {
 }
 
 void WriteDataFileRecords(Company& company, const Element& section) {
+    std::set<RecordKey> seen;
     for (const Element& record : section.children) {
+        if (record.name != kRecord) {
+            Refuse("In " + section.name + " stands " + record.name + "; expected are elements " + std::string(kRecord) +
+                   '.');
+        }
         const RecordKey key{std::string(ChildText(record, kCategory)), ReadNumber(record, kNumber)};
+        const std::string title = record.name + ' ' + std::to_string(key.number) + " of " + Quoted(key.category);
+        if (!seen.insert(key).second) {
+            Refuse(title + " stands here twice.");
+        }
+        CheckContent(record, std::array{kCategory, kNumber, kDataVersion, kProperty}, title);
         DataFileRecord content{.data_version = ReadNumber(record, kDataVersion)};
         for (const Element& child : record.children) {
             if (child.name == kProperty) {
-                content.Set(std::string(ChildText(child, kName)),
-                            PropertyText{std::string(ChildText(child, kKind)), std::string(ChildText(child, kValue))});
+                ReadProperty(child, content, title);
             }
         }
         Put(company.Data(), key, content);

@@ -110,6 +110,16 @@ INSTANTIATE_TEST_SUITE_P(
                 "Account L-1/Balance is \"28412.56\" in the text, but the rest of the text makes it \"28412.55\"."},
         BadText{"UnknownElement", "<BankNumber>", "<Sort>x</Sort><BankNumber>", "Account L-1/Sort is unknown here"},
         BadText{"UnknownList", "<Accounts>", "<Vendors/><Accounts>", "The list Vendors is unknown."},
+        BadText{"ListTwice", "<Customers>", "<Accounts/><Customers>", "The list Accounts stands here twice."},
+        BadText{"TextInAList", "<Customers>", "<Customers>stray",
+                "The list Customers holds text where records belong."},
+        BadText{"TextBesideTheLists", "<Customers>", "stray<Customers>", "CompanyFile holds text where lists belong."},
+        BadText{"AttributeOfAList", "<Customers>", "<Customers order=\"1\">",
+                "Customers has the unknown attribute \"order\"."},
+        BadText{"AttributeOfARecord", "<Account>", "<Account hidden=\"1\">",
+                "Account L-1 has the unknown attribute \"hidden\"."},
+        BadText{"AttributeOfTheCompany", "<CompanyFile ", "<CompanyFile year=\"1\" ",
+                "CompanyFile has the unknown attribute \"year\"."},
         BadText{"WrongId", "<ListID>L-2</ListID>", "<ListID>2</ListID>",
                 "expected are elements Account with ids such as L-12"},
         BadText{"IdTwice", "<ListID>L-2</ListID>", "<ListID>L-1</ListID>", "UNIQUE constraint failed: records.number"},
@@ -131,6 +141,40 @@ TEST(CompanyText, WithATransactionOutOfBalanceIsRefused) {
     std::string text = ExportText(*SampleBooks());
     text = Replaced(text, "<Amount>-125.00</Amount>", "<Amount>-124.00</Amount>");
     EXPECT_EQ(RefusalOf(text), "The postings of T-16 do not sum to zero.");
+}
+
+// The data file records of a company, one of which has this content.
+[[nodiscard]] std::string WithDataFileRecord(const std::string& content) {
+    return "<CompanyFile format=\"2\" name=\"C\" "
+           "nextNumber=\"1\"><DataFileRecords><DataFileRecord><Category>A</Category>"
+           "<Number>1</Number><DataVersion>2</DataVersion></DataFileRecord>" +
+           content + "</DataFileRecords></CompanyFile>";
+}
+
+TEST(CompanyText, WithADataFileRecordThatWouldLoseSomethingIsRefused) {
+    const std::string begin = "<DataFileRecord><Category>B</Category><Number>7</Number><DataVersion>1</DataVersion>";
+    const std::string property = "<Property><Name>n</Name><Type>string</Type><Value>v</Value></Property>";
+    const std::string other = "<Property><Name>m</Name><Type>string</Type><Value></Value></Property>";
+    EXPECT_EQ(RefusalOf(WithDataFileRecord(begin + property + other + "</DataFileRecord>")), "(imported)");
+    struct Case {
+        std::string content;
+        const char* refusal;
+    };
+    for (const auto& [content, refusal] :
+         {Case{begin + "<Sort>1</Sort></DataFileRecord>", "DataFileRecord 7 of \"B\"/Sort is unknown here"},
+          Case{begin + "<Number>7</Number></DataFileRecord>", "DataFileRecord 7 of \"B\"/Number is unknown here"},
+          Case{begin + property + property + "</DataFileRecord>", "has the property \"n\" twice"},
+          Case{begin + "<Property><Name>n</Name><Kind>string</Kind></Property></DataFileRecord>",
+               "DataFileRecord 7 of \"B\"/Property/Kind is unknown here"},
+          Case{begin + "</DataFileRecord>" + begin + "</DataFileRecord>",
+               "DataFileRecord 7 of \"B\" stands here twice"},
+          Case{"<DataFileRecord><Category>A</Category><Number>1</Number><DataVersion>2</DataVersion></DataFileRecord>",
+               "DataFileRecord 1 of \"A\" stands here twice"},
+          Case{"<Record/>", "In DataFileRecords stands Record"},
+          Case{"<DataFileRecord/>", "Number of a DataFileRecord is \"\""},
+          Case{begin + "<Property/></DataFileRecord>", "a Property has no Name"}}) {
+        EXPECT_THAT(RefusalOf(WithDataFileRecord(content)), HasSubstr(refusal));
+    }
 }
 
 TEST(SampleCompany, HasEnoughOfEverything) {
