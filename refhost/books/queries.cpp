@@ -181,7 +181,8 @@ void ByDate(Filter& filter, const Elements& ranges) {
 }
 
 // How one way of naming a customer or payee becomes a condition with one value. The jobs of a customer stand below it:
-// their names begin with the customer's and a colon, which a semicolon follows in the order of characters.
+// their names begin with the customer's and a colon, which a semicolon follows in the order of characters. A name that
+// ends in a semicolon is not one of them.
 struct EntityFilter {
     std::string_view element;
     std::string_view condition;
@@ -194,13 +195,15 @@ struct EntityFilter {
 constexpr std::array kEntityFilters{
     EntityFilter{"ListID", "t.customer = ?", CustomerNumber},
     EntityFilter{"FullName", "t.customer = (SELECT number FROM customers WHERE folded_name = ?)", CustomerName},
-    EntityFilter{"ListIDWithChildren",
-                 "t.customer IN (SELECT c.number FROM customers AS c JOIN customers AS top ON c.number = top.number OR"
-                 " c.folded_name BETWEEN top.folded_name || ':' AND top.folded_name || ';' WHERE top.number = ?)",
-                 CustomerNumber},
+    EntityFilter{
+        "ListIDWithChildren",
+        "t.customer IN (SELECT c.number FROM customers AS c JOIN customers AS top ON c.number = top.number OR"
+        " (c.folded_name >= top.folded_name || ':' AND c.folded_name < top.folded_name || ';') WHERE top.number = ?)",
+        CustomerNumber},
     EntityFilter{"FullNameWithChildren",
                  "t.customer IN (SELECT c.number FROM customers AS c JOIN customers AS top ON c.number = top.number OR"
-                 " c.folded_name BETWEEN top.folded_name || ':' AND top.folded_name || ';' WHERE top.folded_name = ?)",
+                 " (c.folded_name >= top.folded_name || ':' AND c.folded_name < top.folded_name || ';') WHERE "
+                 "top.folded_name = ?)",
                  CustomerName},
 };
 

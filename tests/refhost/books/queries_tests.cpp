@@ -94,6 +94,80 @@ INSTANTIATE_TEST_SUITE_P(
                   "<NameRangeFilter><FromName>A</FromName><ToName>Z</ToName></NameRangeFilter>",
                   "Name",
                   {"Cash"}},
+        QueryCase{"NameRangeThatEndsAtAName",
+                  "Customer",
+                  "<NameRangeFilter><FromName>SMITH</FromName><ToName>smithson</ToName></NameRangeFilter>",
+                  "ListID",
+                  {"L-6", "L-8"}},
+        QueryCase{"NameRangeThatBeginsBehindAName",
+                  "Customer",
+                  "<NameRangeFilter><FromName>Smitha</FromName></NameRangeFilter>",
+                  "ListID",
+                  {"L-8"}},
+        QueryCase{"NameRangeThatEndsBeforeAName",
+                  "Customer",
+                  "<NameRangeFilter><ToName>Smithso</ToName></NameRangeFilter>",
+                  "ListID",
+                  {"L-6", "L-7"}},
+        QueryCase{"NameRangeWithoutAnEnd",
+                  "Customer",
+                  "<NameRangeFilter><FromName>S</FromName><ToName></ToName></NameRangeFilter>",
+                  "ListID",
+                  {"L-6", "L-8"}},
+        QueryCase{"NameContainsItAtItsBeginning",
+                  "Customer",
+                  "<NameFilter><MatchCriterion>Contains</MatchCriterion><Name>Smith</Name></NameFilter>",
+                  "ListID",
+                  {"L-6", "L-8"}},
+        QueryCase{"NameEndsWithAllOfIt",
+                  "Customer",
+                  "<NameFilter><MatchCriterion>EndsWith</MatchCriterion><Name>Smith</Name></NameFilter>",
+                  "ListID",
+                  {"L-6"}},
+        QueryCase{"NameStartsWithMoreThanIt",
+                  "Customer",
+                  "<NameFilter><MatchCriterion>StartsWith</MatchCriterion><Name>Kitchens</Name></NameFilter>",
+                  "ListID",
+                  {}},
+        QueryCase{"ModifiedFromADay",
+                  "Account",
+                  "<FromModifiedDate>2025-01-09</FromModifiedDate>",
+                  "ListID",
+                  {"L-5", "L-14", "L-15"}},
+        QueryCase{"ModifiedFromASecondLater",
+                  "Account",
+                  "<FromModifiedDate>2025-01-09T08:00:01</FromModifiedDate>",
+                  "ListID",
+                  {}},
+        QueryCase{"ModifiedUpToASecond",
+                  "Account",
+                  "<ToModifiedDate>2025-01-05T08:00:00</ToModifiedDate>",
+                  "ListID",
+                  {"L-1"}},
+        QueryCase{"ModifiedUpToASecondEarlier",
+                  "Account",
+                  "<ToModifiedDate>2025-01-05T07:59:59</ToModifiedDate>",
+                  "ListID",
+                  {}},
+        QueryCase{"EveryPaidStatus", "Invoice", "<PaidStatus>all</PaidStatus>", "TxnID", {"T-11", "T-12", "T-13"}},
+        QueryCase{"TxnDateToOnly",
+                  "Invoice",
+                  "<TxnDateRangeFilter><ToTxnDate>2025-02-01</ToTxnDate></TxnDateRangeFilter>",
+                  "TxnID",
+                  {"T-12", "T-13"}},
+        QueryCase{"TxnDateRangeWithEmptyEnds", "Invoice", "<TxnDateRangeFilter/>", "TxnID", {"T-11", "T-12", "T-13"}},
+        QueryCase{"AnyOfSeveralCustomers",
+                  "Invoice",
+                  "<EntityFilter><ListID>L-7</ListID><ListID>L-8</ListID><FullName>Smith</FullName></EntityFilter>",
+                  "TxnID",
+                  {"T-11", "T-12", "T-13"}},
+        QueryCase{"CustomerAndDateTogether",
+                  "Invoice",
+                  "<TxnDateRangeFilter><ToTxnDate>2025-02-01</ToTxnDate></TxnDateRangeFilter>"
+                  "<EntityFilter><FullName>Smith</FullName></EntityFilter>",
+                  "TxnID",
+                  {"T-12"}},
+        QueryCase{"OneTxnID", "Invoice", "<TxnID>T-12</TxnID>", "RefNumber", {"1001"}},
         QueryCase{"RecordsWithoutFullName", "PaymentMethod", "<FullName>cash</FullName>", "ListID", {"L-9"}},
         QueryCase{"ListThatTheBooksLack", "SalesTaxCode", "", "ListID", {}},
         QueryCase{"NotPaidOnly", "Invoice", "<PaidStatus>NotPaidOnly</PaidStatus>", "RefNumber", {"1002", "1001"}},
@@ -148,6 +222,26 @@ INSTANTIATE_TEST_SUITE_P(
                   {"T-11"}},
         QueryCase{"RefNumber", "Invoice", "<RefNumber>1001</RefNumber>", "TxnID", {"T-12"}}),
     [](const auto& test) { return test.param.name; });
+
+// A family is a customer with its jobs, and nobody else whose name begins alike.
+TEST(EntityFilter, WithChildrenTakesTheFamilyAndNobodyWithASimilarName) {
+    const auto books = SampleBooks();
+    for (const std::string name : {"Smith;", "Smith/", "Smith 2", "Smith;Kitchen", "Smit"}) {
+        ASSERT_EQ(StatusCode(SendOne(
+                      *books, "<CustomerAddRq><CustomerAdd><Name>" + name + "</Name></CustomerAdd></CustomerAddRq>")),
+                  "0");
+        ASSERT_EQ(StatusCode(SendOne(*books, "<ReceivePaymentAddRq><ReceivePaymentAdd><CustomerRef><FullName>" + name +
+                                                 "</FullName></CustomerRef><TotalAmount>1</TotalAmount>"
+                                                 "</ReceivePaymentAdd></ReceivePaymentAddRq>")),
+                  "0");
+    }
+    for (const std::string filter :
+         {"<FullNameWithChildren>smith</FullNameWithChildren>", "<ListIDWithChildren>L-6</ListIDWithChildren>"}) {
+        const Element found = SendOne(
+            *books, "<ReceivePaymentQueryRq><EntityFilter>" + filter + "</EntityFilter></ReceivePaymentQueryRq>");
+        EXPECT_EQ(Texts(found, "TxnID"), std::vector<std::string>{"T-17"}) << filter;
+    }
+}
 
 TEST(IncludeRetElement, LeavesOnlyTheNamedFieldsInTheirOrder) {
     const auto books = SampleBooks();
