@@ -114,6 +114,7 @@ STDMETHODIMP ConnectionPoint::Advise(IUnknown* sink, DWORD* cookie) try {
     if (sink == nullptr || cookie == nullptr) {
         return E_POINTER;
     }
+    const ComPtr<IConnectionPoint> keep_alive(this);
     ComPtr<IUnknown> interface_of_sink;
     if (FAILED(sink->QueryInterface(sink_interface_, interface_of_sink.ReceiveVoid()))) {
         return CONNECT_E_CANNOTCONNECT;

@@ -54,6 +54,7 @@ HRESULT ControlBase::SetControlExtent(DWORD aspect, const SIZEL& size) {
     if (size.cx < 0 || size.cy < 0) {
         return E_INVALIDARG;
     }
+    const ComPtr<IUnknown> keep_alive = KeepAlive();
     const bool is_new = size.cx != extent_.cx || size.cy != extent_.cy;
     extent_ = size;
     if (is_new) {
@@ -100,6 +101,7 @@ HRESULT ControlBase::ShowInPlace(IOleClientSite* active_site, const RECT* positi
     if (!site) {
         return OLEOBJ_S_CANNOT_DOVERB_NOW;
     }
+    const ComPtr<IUnknown> keep_alive = KeepAlive();
     const HRESULT result = in_place_.Activate(*site.Get(), position);
     return SUCCEEDED(result) && with_ui ? in_place_.ActivateUi() : result;
 }
@@ -149,6 +151,7 @@ HRESULT ControlBase::SetViewAdvise(DWORD aspects, DWORD flags, IAdviseSink* sink
     if (sink != nullptr && (aspects & DVASPECT_CONTENT) == 0) {
         return OLE_E_ADVISENOTSUPPORTED;
     }
+    const ComPtr<IUnknown> keep_alive = KeepAlive();
     view_advise_ = sink == nullptr ? ViewAdvise{} : ViewAdvise{aspects, flags, ComPtr<IAdviseSink>(sink)};
     if ((view_advise_.flags & ADVF_PRIMEFIRST) != 0) {
         TellViewSink();

@@ -1,5 +1,7 @@
 #include "control/control_window.hpp"
 
+#include <utility>
+
 #include "com/module.hpp"
 #include "control/gdi.hpp"
 
@@ -30,10 +32,7 @@ constexpr wchar_t kWindowClass[] = L"PaylodgeControl";
 }  // namespace
 
 ControlWindow::~ControlWindow() {
-    if (handle_ != nullptr) {
-        ::SetWindowLongPtrW(handle_, GWLP_USERDATA, 0);
-        ::DestroyWindow(handle_);
-    }
+    DestroyUnnoticed();
     // Fails while other controls have windows, which is as it should be.
     ::UnregisterClassW(kWindowClass, Module::Instance());
 }
@@ -52,6 +51,13 @@ HRESULT ControlWindow::Create(HWND parent, const RECT& position, const WindowSty
 void ControlWindow::Destroy() noexcept {
     if (handle_ != nullptr) {
         ::DestroyWindow(handle_);
+    }
+}
+
+void ControlWindow::DestroyUnnoticed() noexcept {
+    if (const HWND window = std::exchange(handle_, nullptr)) {
+        ::SetWindowLongPtrW(window, GWLP_USERDATA, 0);
+        ::DestroyWindow(window);
     }
 }
 

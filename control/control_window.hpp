@@ -33,7 +33,7 @@ class ControlWindowEvents {
 class ControlWindow {
   public:
     explicit ControlWindow(ControlWindowEvents& events) noexcept : events_(events) {}
-    // Destroys the window without telling anything.
+    // Destroys the window unnoticed.
     ~ControlWindow();
     ControlWindow(const ControlWindow&) = delete;
     ControlWindow& operator=(const ControlWindow&) = delete;
@@ -41,6 +41,8 @@ class ControlWindow {
     // The system's error as an HRESULT. There must be no window yet.
     [[nodiscard]] HRESULT Create(HWND parent, const RECT& position, const WindowStyles& styles);
     void Destroy() noexcept;
+    // The same without notifying the control of anything, such as the focus that the window loses.
+    void DestroyUnnoticed() noexcept;
     // Null before Create, and again once the window is gone, whoever destroyed it.
     [[nodiscard]] HWND Handle() const noexcept { return handle_; }
 

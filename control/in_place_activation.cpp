@@ -59,6 +59,10 @@ HRESULT InPlaceActivation::CreateWindowInSite(const RECT* position) {
     if (!IsActive()) {
         return E_FAIL;
     }
+    // Or shows the control from within them.
+    if (Window() != nullptr) {
+        return S_OK;
+    }
     frame_ = std::move(frame);
     document_ = std::move(document);
     const HRESULT result = window_.Create(parent, place, owner_.Styles());
@@ -83,7 +87,10 @@ HRESULT InPlaceActivation::ActivateUi() {
             SetActiveObject(active_object.Get());
         }
     }
-    window_.TakeFocus();
+    // The container may have ended it from within these calls.
+    if (is_ui_active_) {
+        window_.TakeFocus();
+    }
     return S_OK;
 }
 
@@ -115,7 +122,7 @@ void InPlaceActivation::Deactivate() {
 
 void InPlaceActivation::Abandon() noexcept {
     is_ui_active_ = false;
-    window_.Destroy();
+    window_.DestroyUnnoticed();
     frame_.Reset();
     document_.Reset();
     site_.Reset();
@@ -134,6 +141,10 @@ void InPlaceActivation::SetActiveObject(IOleInPlaceActiveObject* object) {
     for (IOleInPlaceUIWindow* const window : {static_cast<IOleInPlaceUIWindow*>(frame.Get()), document.Get()}) {
         if (window == nullptr) {
             continue;
+        }
+        // The call for one of them may have ended what the other one would be notified of.
+        if (object != nullptr && !is_ui_active_) {
+            return;
         }
         window->SetActiveObject(object, nullptr);
         if (object != nullptr) {

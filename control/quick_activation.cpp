@@ -7,6 +7,7 @@
 namespace paylodge {
 
 HRESULT ControlBase::ConnectQuickly(const QACONTAINER& container, QACONTROL& control, DWORD misc_status) {
+    const ComPtr<IUnknown> keep_alive = KeepAlive();
     const ULONG size = control.cbSize;
     control = {};
     control.cbSize = size;

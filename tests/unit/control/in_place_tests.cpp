@@ -3,81 +3,10 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/hresult.hpp"
-#include "tests/support/recording_container.hpp"
-#include "tests/unit/control/test_control.hpp"
+#include "tests/unit/control/in_place_fixture.hpp"
 
 namespace paylodge::test {
 namespace {
-
-constexpr char kActivation[] = "CanInPlaceActivate OnInPlaceActivate GetWindowContext ShowObject";
-constexpr DWORD kControlStyle = WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN | WS_CLIPSIBLINGS;
-
-class InPlace : public ::testing::Test {
-  protected:
-    // Showing and destroying a window of the desktop takes seconds without a window manager, so there is only one.
-    static void SetUpTestSuite() {
-        desktop_window_ = ::CreateWindowExW(0, L"Static", L"container", WS_POPUP | WS_VISIBLE, 0, 0, 400, 300, nullptr,
-                                            nullptr, nullptr, nullptr);
-    }
-    static void TearDownTestSuite() { ::DestroyWindow(desktop_window_); }
-
-    void SetUp() override {
-        site_->parent = ::CreateWindowExW(0, L"Static", L"", WS_CHILD | WS_VISIBLE, 0, 0, 400, 300, desktop_window_,
-                                          nullptr, nullptr, nullptr);
-        ASSERT_NE(nullptr, site_->parent);
-        ASSERT_HRESULT(S_OK, object_->SetClientSite(site_.Get()));
-    }
-    void TearDown() override {
-        if (object_) {
-            EXPECT_HRESULT(S_OK, object_->Close(OLECLOSE_NOSAVE));
-            EXPECT_HRESULT(S_OK, object_->SetClientSite(nullptr));
-        }
-        object_.Reset();
-        in_place_.Reset();
-        if (control_) {
-            EXPECT_EQ(1u, References(control_));
-        }
-        control_.Reset();
-        EXPECT_EQ(1u, References(site_));
-        EXPECT_EQ(nullptr, ChildWindow());
-        ::DestroyWindow(site_->parent);
-        site_.Reset();
-        EXPECT_EQ(modules_before_, Module::References());
-    }
-
-    HRESULT Do(LONG verb) { return object_->DoVerb(verb, nullptr, site_.Get(), 0, site_->parent, nullptr); }
-    void ShowControl() {
-        ASSERT_HRESULT(S_OK, Do(OLEIVERB_SHOW));
-        ASSERT_EQ(kActivation, record_.Take());
-    }
-    [[nodiscard]] HWND ControlWindow() {
-        HWND window = nullptr;
-        static_cast<void>(in_place_->GetWindow(&window));
-        return window;
-    }
-    [[nodiscard]] HWND ChildWindow() { return ::GetWindow(site_->parent, GW_CHILD); }
-    // The control's window in the coordinates of its parent.
-    [[nodiscard]] RECT Place() {
-        RECT place{};
-        ::GetWindowRect(ControlWindow(), &place);
-        ::MapWindowPoints(nullptr, site_->parent, reinterpret_cast<POINT*>(&place), 2);
-        return place;
-    }
-    void ExpectPlace(const RECT& expected) {
-        const RECT place = Place();
-        EXPECT_TRUE(::EqualRect(&expected, &place))
-            << place.left << "," << place.top << "," << place.right << "," << place.bottom;
-    }
-
-    inline static HWND desktop_window_ = nullptr;
-
-    const LONG modules_before_ = Module::References();
-    Record record_;
-    ComPtr<ComObject<RecordingSite>> site_ = ComObject<RecordingSite>::Create(record_);
-    ComPtr<ComObject<TestControl>> control_ = ComObject<TestControl>::Create();
-    ComPtr<IOleObject> object_ = Query<IOleObject>(control_);
-    ComPtr<IOleInPlaceObjectWindowless> in_place_ = Query<IOleInPlaceObjectWindowless>(control_);
-};
 
 TEST_F(InPlace, HasNoWindowBeforeItIsActivated) {
     HWND window = site_->parent;
@@ -344,82 +273,6 @@ TEST_F(InPlace, SurvivesItsWindowBeingDestroyedByTheContainer) {
     record_.Clear();
     EXPECT_HRESULT(S_OK, in_place_->InPlaceDeactivate());
     EXPECT_EQ("OnInPlaceDeactivate", record_.Take());
-}
-
-TEST_F(InPlace, MayBeDeactivatedFromWithinItsActivation) {
-    for (const char* const call : {"OnInPlaceActivate", "GetWindowContext"}) {
-        record_.reactions = {{call, [this] { in_place_->InPlaceDeactivate(); }}};
-        EXPECT_HRESULT(E_FAIL, Do(OLEIVERB_SHOW)) << call;
-        EXPECT_EQ(nullptr, ChildWindow()) << call;
-    }
-    record_.reactions = {{"OnUIActivate", [this] { in_place_->InPlaceDeactivate(); }}};
-    static_cast<void>(Do(OLEIVERB_UIACTIVATE));
-    EXPECT_EQ(nullptr, ChildWindow());
-    EXPECT_FALSE(site_->frame->active_object);
-    record_.reactions.clear();
-    record_.Clear();
-    ShowControl();
-}
-
-TEST_F(InPlace, MayBeReleasedFromWithinItsCalls) {
-    ShowControl();
-    ::SetFocus(ControlWindow());
-    const HWND window = ControlWindow();
-    object_.Reset();
-    in_place_.Reset();
-    record_.reactions["OnFocusLost"] = [this] { control_.Reset(); };
-    ::SetFocus(site_->parent);
-    EXPECT_FALSE(::IsWindow(window));
-}
-
-// Each call of the container that ends an activation lets go of the control's last reference.
-class LastReference : public InPlace {
-  protected:
-    // The control is gone when the verb or method returns, and nothing of it was used afterwards.
-    template <class Method>
-    void ReleaseAt(const char* call, const Method& method) {
-        ASSERT_HRESULT(S_OK, Do(OLEIVERB_UIACTIVATE));
-        const HWND window = ControlWindow();
-        IOleObject* const object = object_.Detach();
-        IOleInPlaceObjectWindowless* const in_place = in_place_.Detach();
-        int times = 0;
-        record_.reactions[call] = [&, object, in_place] {
-            ASSERT_EQ(1, ++times);
-            site_->frame->active_object.Reset();
-            control_.Reset();
-            object->Release();
-            in_place->Release();
-        };
-        method(*object, *in_place);
-        EXPECT_EQ(1, times) << call;
-        record_.reactions.clear();
-        EXPECT_FALSE(::IsWindow(window));
-        EXPECT_EQ(1, Module::References() - modules_before_ - 1) << "site and frame alone are left";
-    }
-};
-
-TEST_F(LastReference, GoesWhileTheUserInterfaceIsDeactivated) {
-    ReleaseAt("OnUIDeactivate", [](IOleObject&, IOleInPlaceObjectWindowless& in_place) {
-        EXPECT_HRESULT(S_OK, in_place.UIDeactivate());
-    });
-}
-
-TEST_F(LastReference, GoesWhileTheControlIsHidden) {
-    ReleaseAt("OnUIDeactivate", [this](IOleObject& object, IOleInPlaceObjectWindowless&) {
-        EXPECT_HRESULT(S_OK, object.DoVerb(OLEIVERB_HIDE, nullptr, site_.Get(), 0, site_->parent, nullptr));
-    });
-}
-
-TEST_F(LastReference, GoesWhileTheControlIsDeactivated) {
-    ReleaseAt("OnInPlaceDeactivate", [](IOleObject&, IOleInPlaceObjectWindowless& in_place) {
-        EXPECT_HRESULT(S_OK, in_place.InPlaceDeactivate());
-    });
-}
-
-TEST_F(LastReference, GoesWhileTheControlIsClosed) {
-    ReleaseAt("OnInPlaceDeactivate", [](IOleObject& object, IOleInPlaceObjectWindowless&) {
-        EXPECT_HRESULT(S_OK, object.Close(OLECLOSE_NOSAVE));
-    });
 }
 
 TEST_F(InPlace, PrintingLeavesTheCallersContextAsItWas) {
