@@ -376,8 +376,7 @@ TEST_F(ScanTxn, IsSetOnceUntilItIsCleared) {
     SetCreated(VARIANT_FALSE);
     EXPECT_EQ(kDone, SetInfo(kInfo));
     EXPECT_EQ(kRefused, SetInfo(kOtherInfo));
-    EXPECT_EQ(kRefused,
-                   Do(*ComObject<CPaylodge>::Create().Get(), &CPaylodge::SetScanTxnInfo, L"", L"", L"", L"", L""));
+    EXPECT_EQ(kRefused, Do(*ComObject<CPaylodge>::Create().Get(), &CPaylodge::SetScanTxnInfo, L"", L"", L"", L"", L""));
     ExpectInfo(S_OK, kInfo);
     SetCreated(VARIANT_FALSE);
     EXPECT_EQ(kDone, SetInfo(kOtherInfo));
