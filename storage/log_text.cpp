@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
+#include <charconv>
 
 namespace paylodge {
 namespace {
@@ -48,9 +48,9 @@ constexpr std::array<std::string_view, 30> kNetworkStatusNames = {
 
 // "0" for success, else lower-case hexadecimal.
 [[nodiscard]] std::string FormatHResult(std::uint32_t hresult) {
-    std::array<char, 16> buffer{};
-    std::snprintf(buffer.data(), buffer.size(), "%#lx", static_cast<unsigned long>(hresult));
-    return buffer.data();
+    std::array<char, 2 * sizeof(hresult)> digits{};
+    const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), hresult, 16);
+    return std::string(hresult == 0 ? "" : "0x").append(digits.data(), end);
 }
 
 }  // namespace

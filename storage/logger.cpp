@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdio>
 #include <ctime>
+#include <initializer_list>
 #include <memory>
 
 #include "com/ansi_text.hpp"
@@ -96,6 +97,13 @@ HostLibrary g_feature_flags(kFeatureFlagLibrary);
     return get_flag != nullptr && get_flag("SBSSettings", "NetworkAdapter.EnableLogContext", nullptr);
 }
 
+// Formatted output would bring the compiler's library for numbers along.
+void Write(const File& log, std::initializer_list<const char*> texts) {
+    for (const char* const text : texts) {
+        std::fputs(text, log.get());
+    }
+}
+
 }  // namespace
 
 void CNALogger::LogHResult(const std::string& function, const std::string& message, HRESULT result) {
@@ -106,7 +114,7 @@ void CNALogger::LogHResult(const std::string& function, const std::string& messa
     if (const File log = OpenLog()) {
         const __time64_t now = ::_time64(nullptr);
         // The time stamp ends in a newline: an entry takes two lines.
-        std::fprintf(log.get(), "%s   %s", ::_ctime64(&now), entry.c_str());
+        Write(log, {::_ctime64(&now), "   ", entry.c_str()});
     } else {
         ShowLostEntry(entry);
     }
@@ -119,7 +127,7 @@ void CNALogger::LogText(const std::string& text) {
         const __time64_t now = ::_time64(nullptr);
         std::array<char, 80> stamp{};
         std::strftime(stamp.data(), stamp.size(), "%c", ::_localtime64(&now));
-        std::fprintf(log.get(), "%s  %s\n", text.c_str(), stamp.data());
+        Write(log, {text.c_str(), "  ", stamp.data(), "\n"});
     } else {
         ShowLostEntry(text);
     }

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 
 // The run-time libraries' own start and end, for DLLs.
@@ -12,6 +13,10 @@ extern "C" BOOL WINAPI DllMainCRTStartup(HINSTANCE instance, DWORD reason, void*
 namespace __gnu_cxx {
 // Frees the reserve for exceptions.
 void __freeres();
+
+// What becomes of an exception that nobody catches. The library's own would name its type on a console that the host
+// does not have, with a tenth of the module's code.
+[[noreturn]] void __verbose_terminate_handler() { std::abort(); }
 }  // namespace __gnu_cxx
 
 namespace {

@@ -21,13 +21,16 @@ constexpr RegistrationStep kTypeLibrary = {
 
 constexpr std::array kSteps = {kScript<IDR_PAYLODGE>, kScript<IDR_PAYLODGE_CTRL>, kTypeLibrary};
 
-[[nodiscard]] std::u16string Text(std::wstring_view text) { return {text.begin(), text.end()}; }
+template <class Characters>
+[[nodiscard]] std::u16string Text(const Characters& text) {
+    return {text.begin(), text.end()};
+}
 
 [[nodiscard]] HRESULT Run(HRESULT (*run)(std::span<const RegistrationStep>, const Registrar&),
                           RegistrationScope scope) {
     return AtBoundary([&] {
         const Registrar registrar(
-            scope, {{u"MODULE", Text(Module::Path())}, {u"OLEMISC", Text(std::to_wstring(kControlMiscStatus))}});
+            scope, {{u"MODULE", Text(Module::Path())}, {u"OLEMISC", Text(std::to_string(kControlMiscStatus))}});
         return run(kSteps, registrar);
     });
 }

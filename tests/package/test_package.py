@@ -124,6 +124,12 @@ class Content(unittest.TestCase):
             self.assertEqual(content.count(b"\r\n"), content.count(b"\n"), name)
 
 
+class Size(unittest.TestCase):
+    def test_modules_are_below_500_kilobytes(self) -> None:
+        for architecture in BUILDS:
+            self.assertLess(len(Module(architecture).bytes), 500 * 1024, architecture)
+
+
 class Reproducibility(unittest.TestCase):
     def test_the_same_build_gives_the_same_bytes(self) -> None:
         again = write_package(TOP, BUILDS, fresh_folder("dist-again"))
