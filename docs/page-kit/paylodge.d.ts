@@ -428,53 +428,176 @@ interface PaylodgeControl {
     SetCustomerSearchResult(bstrCustomerSearchResult: string): void;
     /** Set Line Items Search Result */
     SetLineItemsSearchResult(bstrLineItemsSearchResult: string): void;
-    /** Connect Device */
+    /**
+     * Connects the reader.
+     *
+     * - **Result:** none
+     * - **HRESULTs:** `S_OK`, also without the library
+     */
     ConnectDevice(): void;
-    /** Start EMV */
+    /**
+     * Asks for a card for this amount.
+     *
+     * - **Result:** none
+     * - **HRESULTs:** `S_OK`, also without the library
+     */
     StartEMV(bstrTransactionAmt: string): void;
-    /** EMV Processor Result */
+    /**
+     * What the reader last answered.
+     *
+     * - **Result:** text, as far as the ANSI code page holds it
+     * - **HRESULTs:** `S_OK`; an empty text without the library
+     */
     EMVProcessorResult(): string;
-    /** EMV Get Card Parameters */
+    /**
+     * The card's data for the authorization: tags, lengths and values.
+     *
+     * - **Result:** text, as far as the ANSI code page holds it
+     * - **HRESULTs:** `S_OK`; an empty text without the library
+     */
     EMVGetCardParameters(): string;
-    /** Send Online Process Result */
+    /**
+     * Tells the reader what the authorization gave. The simulated reader takes `"APPROVED"` or `"00"`;
+     * everything else declines.
+     *
+     * - **Result:** none
+     * - **HRESULTs:** `S_OK`, also without the library
+     */
     SendOnlineProcessResult(bstrProcessingRes: string): void;
-    /** EMV Get Batch Data */
+    /**
+     * The data of a completed payment for the settlement; empty before.
+     *
+     * - **Result:** text, as far as the ANSI code page holds it
+     * - **HRESULTs:** `S_OK`; an empty text without the library
+     */
     EMVGetBatchData(): string;
-    /** Disconnect Device */
+    /**
+     * Disconnects the reader.
+     *
+     * - **Result:** none
+     * - **HRESULTs:** `S_OK`, also without the library
+     */
     DisconnectDevice(): void;
-    /** Initialize Session */
+    /**
+     * Begins a session with the reader; the first call of a payment.
+     *
+     * - **Result:** none
+     * - **HRESULTs:** `S_OK`, also without the library
+     */
     InitializeSession(): void;
-    /** Reset Session */
+    /**
+     * Ends the session and forgets the card.
+     *
+     * - **Result:** none
+     * - **HRESULTs:** `S_OK`, also without the library
+     */
     ResetSession(): void;
-    /** EMV Is Device Connected */
+    /**
+     * Whether the reader is connected.
+     *
+     * - **Result:** a boolean
+     * - **HRESULTs:** `S_OK`; `false` without the library
+     */
     EMVIsDeviceConnected(): boolean;
-    /** Is Device Here */
+    /**
+     * Looks for a reader.
+     *
+     * - **Result:** none
+     * - **HRESULTs:** `S_OK`, also without the library
+     */
     isDeviceHere(): void;
-    /** Get Connection Mode */
+    /**
+     * How the reader is connected.
+     *
+     * - **Result:** text, as far as the ANSI code page holds it
+     * - **HRESULTs:** `S_OK`; an empty text without the library
+     */
     GetConnectionMode(): string;
-    /** Show Final Confirmation Window */
+    /**
+     * Completes an approved payment.
+     *
+     * - **Result:** none
+     * - **HRESULTs:** `S_OK`, also without the library
+     */
     ShowFinalConfirmationWindow(): void;
-    /** Handle Aid Selection */
+    /**
+     * Goes on when the reader asks which application of the card to use. The name is spelled like that.
+     *
+     * - **Result:** none
+     * - **HRESULTs:** `S_OK`, also without the library
+     */
     HandleAidSelecttion(): void;
-    /** Cancel Check Card */
+    /**
+     * Gives up the payment at hand and forgets the card.
+     *
+     * - **Result:** none
+     * - **HRESULTs:** `S_OK`, also without the library
+     */
     CancelCheckCard(): void;
-    /** Decode Tlv Data */
+    /**
+     * The values of the tags, separated by commas, in data that the reader gave.
+     *
+     * - **Result:** text
+     * - **HRESULTs:** `S_OK`; `E_FAIL` without the library
+     */
     DecodeTlvData(bstrData: string, bstrTags: string): string;
-    /** Get Emv Device Info */
+    /**
+     * Asks the reader what it is; the answer is read with `EMVProcessorResult`.
+     *
+     * - **Result:** none
+     * - **HRESULTs:** `S_OK`, also without the library
+     */
     GetEmvDeviceInfo(): void;
-    /** Get LH User Data */
+    /**
+     * What Ledgerhall knows of its user under this name.
+     *
+     * - **Result:** text
+     * - **HRESULTs:** `S_OK`; `E_FAIL` for an empty name; an empty text without the library
+     */
     GetLHUserData(bstrData: string): string;
-    /** Get Payment Identity Status */
+    /**
+     * How far the identity of the user is verified for payments.
+     *
+     * - **Result:** text
+     * - **HRESULTs:** `S_OK`; an empty text without the library
+     */
     GetPaymentIdentityStatus(): string;
-    /** Authenticate URL */
+    /**
+     * The address with a ticket, so that the page which it leads to knows the user.
+     *
+     * - **Result:** text
+     * - **HRESULTs:** `S_OK`; an empty text without the library
+     */
     AuthenticateURL(url: string): string;
-    /** Is Realm Merge Linking Enabled */
+    /**
+     * Whether accounts of two realms may be linked.
+     *
+     * - **Result:** text
+     * - **HRESULTs:** `S_OK`; an empty text without the library
+     */
     isRealmMergeLinkingEnabled(): string;
-    /** Get Card Based Token */
+    /**
+     * A token for the card, from the token service.
+     *
+     * - **Result:** text
+     * - **HRESULTs:** `S_OK`; `E_FAIL` without the library
+     */
     GetCardBasedToken(header: string, body: string): string;
-    /** Get Card Based Token */
+    /**
+     * The same; 0 asks for it without the authorization of the user.
+     *
+     * - **Result:** text
+     * - **HRESULTs:** `S_OK`; `E_FAIL` without the library
+     */
     GetCardBasedToken2(useAuthorization: number, header: string, body: string): string;
-    /** Execute JavaScript */
+    /**
+     * Calls a function of the page with a text, through the bridge library. With 0, line feeds in the text are
+     * escaped; with any other number, double quotes. Nothing else is: see how pushes are escaped in [Host
+     * integration](host-integration.md#script-mode-and-event-mode).
+     *
+     * - **Result:** none
+     * - **HRESULTs:** `S_OK`; `E_FAIL` without the library
+     */
     ExecuteJavaScript(bstrInfo: string, isRebill: number, script: string): void;
 }
 

@@ -4,6 +4,7 @@
 #include <cwchar>
 
 #include "com/bstr.hpp"
+#include "com/module.hpp"
 #include "com/variant.hpp"
 #include "refhost/objects/host_boundary.hpp"
 #include "refhost/objects/utf8.hpp"
@@ -11,7 +12,7 @@
 namespace paylodge::refhost {
 namespace {
 
-enum : DISPID { kEcho = 1, kQuit, kArguments, kScriptFullName, kLength };
+enum : DISPID { kEcho = 1, kQuit, kArguments, kScriptFullName, kFullName, kCreateObject, kLength };
 
 // As the language writes it, and the same whatever the user's country.
 [[nodiscard]] HRESULT AppendText(const VARIANT& value, std::wstring& text) {
@@ -98,6 +99,21 @@ class CScriptArguments : public NamedMembers {
     return S_OK;
 }
 
+// The object of a class that is named by its program id or by its class id in braces.
+[[nodiscard]] HRESULT CreateNamedObject(const DISPPARAMS& parameters, VARIANT* result) {
+    if (parameters.cArgs != 1 || V_VT(parameters.rgvarg) != VT_BSTR) {
+        return parameters.cArgs == 1 ? DISP_E_TYPEMISMATCH : DISP_E_BADPARAMCOUNT;
+    }
+    CLSID class_id = {};
+    HRESULT found = ::CLSIDFromString(V_BSTR(parameters.rgvarg), &class_id);
+    if (SUCCEEDED(found)) {
+        V_VT(result) = VT_DISPATCH;
+        V_DISPATCH(result) = nullptr;
+        found = ::CoCreateInstance(class_id, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&V_DISPATCH(result)));
+    }
+    return found;
+}
+
 }  // namespace
 
 void PrintText(std::string_view text) {
@@ -151,8 +167,9 @@ HRESULT NamedMembers::Invoke(DISPID member, REFIID /*reserved*/, LCID /*locale*/
 }
 
 std::span<const NamedMembers::Member> CScriptGlobals::Members() const noexcept {
-    static constexpr std::array kMembers{Member{L"Echo", kEcho}, Member{L"Quit", kQuit},
-                                         Member{L"Arguments", kArguments}, Member{L"ScriptFullName", kScriptFullName}};
+    static constexpr std::array kMembers{Member{L"Echo", kEcho},           Member{L"Quit", kQuit},
+                                         Member{L"Arguments", kArguments}, Member{L"ScriptFullName", kScriptFullName},
+                                         Member{L"FullName", kFullName},   Member{L"CreateObject", kCreateObject}};
     return kMembers;
 }
 
@@ -189,6 +206,12 @@ HRESULT CScriptGlobals::Call(DISPID member, const DISPPARAMS& parameters, VARIAN
                 ->Invoke(DISPID_VALUE, IID_NULL, LOCALE_INVARIANT, DISPATCH_PROPERTYGET, &same, result, nullptr,
                          nullptr);
         }
+        case kFullName:
+            V_VT(result) = VT_BSTR;
+            V_BSTR(result) = MakeBstr(Module::Path()).Detach();
+            return S_OK;
+        case kCreateObject:
+            return CreateNamedObject(parameters, result);
         default:
             V_VT(result) = VT_BSTR;
             V_BSTR(result) = MakeBstr(session_->file).Detach();

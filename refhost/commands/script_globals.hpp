@@ -50,7 +50,8 @@ class NamedMembers : public IDispatch {
     [[nodiscard]] virtual HRESULT Call(DISPID member, const DISPPARAMS& parameters, VARIANT* result) = 0;
 };
 
-// WScript: Echo(values...), Quit([status]), Arguments, ScriptFullName. The session has to outlive it.
+// WScript: Echo(values...), Quit([status]), Arguments, ScriptFullName, FullName, CreateObject(name). The session has to
+// outlive it.
 class CScriptGlobals : public NamedMembers {
   public:
     using Row = InterfaceRow<CScriptGlobals>;

@@ -107,7 +107,7 @@ def environment(architecture: str) -> dict[str, str]:
 
 
 def run_wine(
-    command: list[str], architecture: str = "x64", folder: Path = SCRATCH, **variables: str
+    command: list[str], architecture: str = "x64", folder: Path = SCRATCH, seconds: int = 100, **variables: str
 ) -> subprocess.CompletedProcess[str]:
     """Runs a Windows program to its end; what it prints comes without carriage returns."""
     result = subprocess.run(
@@ -120,7 +120,7 @@ def run_wine(
         encoding="utf-8",
         errors="replace",
         check=False,
-        timeout=100,
+        timeout=seconds,
     )
     result.stdout = result.stdout.replace("\r", "")
     return result

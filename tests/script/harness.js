@@ -52,12 +52,20 @@ function skip(reason) {
     throw new Skipped(reason);
 }
 
-// A page has the control as an element of its own. A script of the script host asks for it by its class; where the
-// engine cannot do that, it needs a name for it, which the control does not bring along.
+// A page has the control as an element of its own. A script asks for it by its class: of the engine, or of the reference
+// host's own script host. Where neither can do that, it needs a name for it, which the control does not bring along.
 function createControl() {
     var controlClass = "{00A0CCCE-89E6-4779-AACD-E774651CB5AD}";
     try {
         return GetObject("new:" + controlClass);
+    } catch (error) {
+        return createControlWithoutEngine(controlClass);
+    }
+}
+
+function createControlWithoutEngine(controlClass) {
+    try {
+        return WScript.CreateObject(controlClass);
     } catch (error) {
         var name = "PaylodgeTests.Control";
         new ActiveXObject("WScript.Shell").RegWrite("HKLM\\Software\\Classes\\" + name + "\\CLSID\\", controlClass);

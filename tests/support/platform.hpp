@@ -5,11 +5,14 @@
 
 namespace paylodge::test {
 
+[[nodiscard]] inline bool IsWine() noexcept {
+    return ::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
+}
+
 // Where Wine differs from Windows, a test expects exactly what Wine does, so that it fails on the day the gap closes.
 template <class Value>
 [[nodiscard]] Value WindowsOrWine(Value on_windows, Value under_wine) {
-    const bool is_wine = ::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
-    return is_wine ? under_wine : on_windows;
+    return IsWine() ? under_wine : on_windows;
 }
 
 }  // namespace paylodge::test

@@ -3,13 +3,15 @@
 
 usage() {
     cat <<'END'
-Usage: ./dev package [--verify]
+Usage: ./dev package [--verify | --tests]
 
 Builds the component for x64 and x86 and makes dist/paylodge-VERSION.zip of it: both DLLs with their debug files, type
 libraries, manifests, the generated header, commands to register and unregister, documents and checksums. The version
 is the project's version in CMakeLists.txt.
 
   --verify  build it once more from a copy of the sources in another folder, and compare the bytes (takes minutes)
+  --tests   make dist/paylodge-VERSION-tests.zip instead: every test program of both architectures, the reference host,
+            the page scripts, and run-tests.cmd, which runs them on a machine with Windows and nothing else
 END
 }
 
@@ -20,6 +22,15 @@ build_package() {
         build_preset "$preset" Paylodge >&2
     done
     python3 -B tools/package/package.py
+}
+
+# The same for the test kit.
+build_test_kit() {
+    local preset
+    for preset in x64 x86; do
+        build_preset "$preset" all tests/all >&2
+    done
+    python3 -B tools/package/test_kit.py
 }
 
 # What is not committed yet counts.
@@ -41,17 +52,19 @@ verify_package() {
 }
 
 run() {
-    local verify='' package
+    local verify='' make=build_package package
     while [ $# -gt 0 ]; do
         case $1 in
             --verify) verify=yes ;;
+            --tests) make=build_test_kit ;;
             *) usage_error "'package' does not know '$1'; './dev package --help' says what it knows" ;;
         esac
         shift
     done
+    [ -z "$verify" ] || [ "$make" = build_package ] || usage_error "--verify builds the package twice, not the test kit"
     install_packages
     lock_checkout
-    package=$(build_package) || fail "the package was not made: the lines above say why"
+    package=$($make) || fail "the package was not made: the lines above say why"
     [ -z "$verify" ] || verify_package "$package"
     printf '%s\n' "${package#"$PWD"/}"
 }

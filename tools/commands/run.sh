@@ -9,7 +9,7 @@ Builds and registers the component and the reference host, and runs the script w
 
   paylodge         the accounting object, as new ActiveXObject("Paylodge.Paylodge") makes it
   paylodgeControl  the control, through which a page reaches the card reader
-  WScript          Echo(...), Quit(status), Arguments, ScriptFullName
+  WScript          Echo(...), Quit(status), Arguments, ScriptFullName, FullName, CreateObject(name)
 
   --company FILE  works on this company file and leaves in it what the script recorded; without it, on a fresh copy of
                   the sample company, build/run/riverside.lhcompany

@@ -138,7 +138,7 @@ def make_declarations(top: Path) -> str:
     objects = (
         ("Paylodge", "The accounting object.", chain("IPaylodge"), reference),
         ("PaylodgeControl", "The control: the card reader, the account services, and what the host pushes.",
-         chain("IPaylodgeCtrl"), {}),
+         chain("IPaylodgeCtrl"), reference),
         ("PaylodgeControlEvents", "The events of the control, for pages whose host does not push by script.",
          interfaces["_IPaylodgeCtrlEvents"], {}),
     )

@@ -12,6 +12,7 @@
 #include "refhost/books/fields.hpp"
 #include "refhost/books/problems.hpp"
 #include "tests/refhost/books/sample_books.hpp"
+#include "tests/support/source_file.hpp"
 
 namespace paylodge::refhost {
 namespace {
@@ -20,7 +21,7 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
 [[nodiscard]] std::string SampleText() {
-    std::ifstream file(REFHOST_SAMPLE_COMPANY, std::ios::binary);
+    std::ifstream file(test::SourceFile("examples/riverside.xml"), std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
 

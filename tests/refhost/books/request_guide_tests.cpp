@@ -10,24 +10,25 @@
 #include "refhost/books/company_text.hpp"
 #include "refhost/books/request.hpp"
 #include "tests/refhost/books/sample_books.hpp"
+#include "tests/support/source_file.hpp"
 
 namespace paylodge::refhost {
 namespace {
 
-[[nodiscard]] std::string ReadFile(const char* path) {
-    std::ifstream file(path, std::ios::binary);
+[[nodiscard]] std::string ReadSource(const std::string& name) {
+    std::ifstream file(test::SourceFile(name), std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
 [[nodiscard]] std::unique_ptr<Company> SampleCompany() {
-    const std::string text = ReadFile(REFHOST_SAMPLE_COMPANY);
+    const std::string text = ReadSource("examples/riverside.xml");
     auto company = Company::CreateInMemory(CompanyNameIn(text));
     ImportText(*company, text);
     return company;
 }
 
 TEST(RequestGuide, IsThePageInDocs) {
-    EXPECT_TRUE(ReadFile(REFHOST_REQUESTS_PAGE) == RequestGuide())
+    EXPECT_TRUE(ReadSource("docs/requests.md") == RequestGuide())
         << "docs/requests.md is out of date: build/native/refhost/request_guide prints it anew";
 }
 

@@ -15,13 +15,15 @@
 #include "com/module.hpp"
 #include "paylodge.h"
 #include "tests/support/hresult.hpp"
+#include "tests/support/source_file.hpp"
 
 namespace paylodge::test {
 namespace {
 
 using Members = std::map<std::string, long>;
 
-void AddMembers(ITypeLib& library, REFIID interface_id, Members& members) {
+// The members of the interface from this dispatch id on.
+void AddMembers(ITypeLib& library, REFIID interface_id, MEMBERID first, Members& members) {
     ComPtr<ITypeInfo> type;
     ASSERT_HRESULT(S_OK, library.GetTypeInfoOfGuid(interface_id, type.Receive()));
     TYPEATTR* attributes = nullptr;
@@ -31,7 +33,7 @@ void AddMembers(ITypeLib& library, REFIID interface_id, Members& members) {
         OwnedBstr name;
         ASSERT_HRESULT(S_OK, type->GetFuncDesc(index, &function));
         ASSERT_HRESULT(S_OK, type->GetDocumentation(function->memid, name.Receive(), nullptr, nullptr, nullptr));
-        if (function->memid > 0 && function->memid < 0x1000) {
+        if (function->memid >= first && function->memid < 0x1000) {
             members[AnsiFromBstr(name.Get())] = function->memid;
         }
         type->ReleaseFuncDesc(function);
@@ -45,7 +47,12 @@ void AddMembers(ITypeLib& library, REFIID interface_id, Members& members) {
     EXPECT_HRESULT(S_OK, ::LoadTypeLibEx(Module::Path().c_str(), REGKIND_NONE, library.Receive()));
     for (const IID* id : {&IID_IPaylodge, &IID_IPaylodge2, &IID_IPaylodge3, &IID_IPaylodge4, &IID_IPaylodge5,
                           &IID_IPaylodge6, &IID_IPaylodge7, &IID_IPaylodge8}) {
-        AddMembers(*library.Get(), *id, members);
+        AddMembers(*library.Get(), *id, 1, members);
+    }
+    // Those of the control before ConnectDevice are the host's.
+    constexpr MEMBERID kConnectDevice = 0x13;
+    for (const IID* id : {&IID_IPaylodgeCtrl7, &IID_IPaylodgeCtrl8, &IID_IPaylodgeCtrl9, &IID_IPaylodgeCtrl10}) {
+        AddMembers(*library.Get(), *id, kConnectDevice, members);
     }
     return members;
 }
@@ -54,7 +61,7 @@ void AddMembers(ITypeLib& library, REFIID interface_id, Members& members) {
 [[nodiscard]] Members DocumentedMembers() {
     const std::regex heading(R"(### (\w+)(\(.*\))?)");
     const std::regex dispatch_id(R"(Dispatch id (0x[0-9a-f]+)\. .*)");
-    std::ifstream file(SCRIPT_REFERENCE);
+    std::ifstream file(SourceFile("docs/script-reference.md"));
     Members members;
     std::string name;
     std::smatch match;
@@ -70,7 +77,7 @@ void AddMembers(ITypeLib& library, REFIID interface_id, Members& members) {
 
 TEST(ScriptReference, NamesEveryMemberOfTheTypeLibraryAndNoOther) {
     const Members documented = DocumentedMembers();
-    EXPECT_EQ(49U, documented.size());
+    EXPECT_EQ(49U + 24U, documented.size());
     EXPECT_EQ(TypeLibraryMembers(), documented);
 }
 
