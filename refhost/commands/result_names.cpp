@@ -33,15 +33,15 @@ constexpr std::array kNames{
     ResultName{kForeignCompanyFile, "the file is not a company file"},
 };
 
-[[nodiscard]] std::string SystemText(HRESULT result) {
+}  // namespace
+
+std::string SystemText(HRESULT result) {
     wchar_t text[512] = {};
     const DWORD length =
         ::FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
                          static_cast<DWORD>(result), 0, text, static_cast<DWORD>(std::size(text)), nullptr);
     return std::string(Trimmed(Utf8FromWide({text, length})));
 }
-
-}  // namespace
 
 std::string DescribeResult(HRESULT result) {
     char number[16] = {};

@@ -4,7 +4,9 @@
 #include <cstdint>
 #include <optional>
 
+#include "refhost/books/journal.hpp"
 #include "refhost/books/status.hpp"
+#include "refhost/books/xml_writer.hpp"
 #include "refhost/objects/company_object.hpp"
 #include "refhost/objects/host.hpp"
 #include "refhost/objects/host_boundary.hpp"
@@ -166,6 +168,26 @@ HRESULT CReferenceHost::UnlockRecord(BSTR category, LONG number) {
     return Guarded([&] {
         const bool is_unlocked = Host::Get().CurrentCompany()->Records().Unlock(Key(category, number), &kOtherUser);
         return is_unlocked ? S_OK : kNotLocked;
+    });
+}
+
+HRESULT CReferenceHost::Journal(LONG count, BSTR* text) {
+    return Guarded([&] {
+        if (count < 0) {
+            return E_INVALIDARG;
+        }
+        const Element journal = ReadJournal(Host::Get().CurrentCompany()->Books(), count);
+        return Return(WideFromUtf8(CompactXml(journal)), text);
+    });
+}
+
+HRESULT CReferenceHost::get_PlannableCalls(BSTR* names) {
+    return Guarded([&] {
+        std::wstring text;
+        for (const std::wstring& name : PlannableNames()) {
+            text.append(text.empty() ? L"" : L" ").append(name);
+        }
+        return Return(text, names);
     });
 }
 

@@ -37,6 +37,9 @@ class CReferenceHost : public IDispatchImpl<IReferenceHost, &IID_IReferenceHost,
     // kNotLocked when the lock is somebody else's.
     STDMETHODIMP LockRecord(BSTR category, LONG number) override;
     STDMETHODIMP UnlockRecord(BSTR category, LONG number) override;
+    // E_INVALIDARG for a number below 0. The XML is that of ReadJournal.
+    STDMETHODIMP Journal(LONG count, BSTR* text) override;
+    STDMETHODIMP get_PlannableCalls(BSTR* names) override;
 
     STDMETHODIMP InterfaceSupportsErrorInfo(REFIID id) override;
 

@@ -4,9 +4,13 @@
 
 #include <cstdio>
 #include <string>
+#include <string_view>
 
 namespace paylodge::refhost {
 namespace {
+
+ScriptListener* g_listener = nullptr;
+void* g_listener_context = nullptr;
 
 [[nodiscard]] std::wstring Environment(const wchar_t* name) {
     std::wstring value(::GetEnvironmentVariableW(name, nullptr, 0), L'\0');
@@ -23,8 +27,15 @@ void Write(std::FILE* file, std::string_view browser_instance, std::string_view 
 
 }  // namespace
 
-void ListenToScript(std::string_view browser_instance, std::string_view script) {
-    if (const std::wstring path = Environment(L"OSKERIN_SCRIPT_FILE"); !path.empty()) {
+void ListenWith(ScriptListener* listener, void* context) noexcept {
+    g_listener = listener;
+    g_listener_context = context;
+}
+
+void ListenToScript(const char* browser_instance, const char* script) {
+    if (g_listener != nullptr) {
+        g_listener(g_listener_context, browser_instance, script);
+    } else if (const std::wstring path = Environment(L"OSKERIN_SCRIPT_FILE"); !path.empty()) {
         if (std::FILE* const file = ::_wfopen(path.c_str(), L"ab")) {
             Write(file, browser_instance, script);
             std::fclose(file);
