@@ -1,0 +1,72 @@
+#include "workbench/server/page_files.hpp"
+
+#include <windows.h>
+
+#include "com/owner.hpp"
+#include "refhost/objects/utf8.hpp"
+#include "workbench/server/limits.hpp"
+
+namespace paylodge::workbench {
+namespace {
+
+struct FileHandleTraits {
+    using Type = HANDLE;
+    static Type None() noexcept { return INVALID_HANDLE_VALUE; }
+    static void Free(Type handle) noexcept { ::CloseHandle(handle); }
+};
+using FileHandle = Owner<FileHandleTraits>;
+
+[[nodiscard]] FileHandle Open(const std::filesystem::path& path) {
+    return FileHandle(::CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                    nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+}
+
+// Where the file really is, every link followed.
+[[nodiscard]] std::wstring ResolvedPath(const FileHandle& file) {
+    std::wstring path(32768, L'\0');
+    path.resize(
+        ::GetFinalPathNameByHandleW(file.Get(), path.data(), static_cast<DWORD>(path.size()), FILE_NAME_NORMALIZED));
+    return path;
+}
+
+[[nodiscard]] std::optional<std::string> ReadAll(const FileHandle& file) {
+    LARGE_INTEGER size = {};
+    if (::GetFileSizeEx(file.Get(), &size) == FALSE || size.QuadPart > static_cast<LONGLONG>(kLargestFile)) {
+        return std::nullopt;
+    }
+    std::string bytes(static_cast<std::size_t>(size.QuadPart), '\0');
+    DWORD read = 0;
+    if (::ReadFile(file.Get(), bytes.data(), static_cast<DWORD>(bytes.size()), &read, nullptr) == FALSE) {
+        return std::nullopt;
+    }
+    bytes.resize(read);
+    return bytes;
+}
+
+}  // namespace
+
+PageFiles::PageFiles(const std::filesystem::path& folder)
+    : folder_(std::filesystem::absolute(folder)), resolved_(ResolvedPath(Open(folder_))) {
+    if (!resolved_.ends_with(L'\\')) {
+        resolved_ += L'\\';
+    }
+}
+
+std::optional<std::string> PageFiles::Read(const std::string& file) const {
+    const FileHandle opened = Open(folder_ / refhost::WideFromUtf8(file));
+    BY_HANDLE_FILE_INFORMATION information = {};
+    if (!opened || ::GetFileType(opened.Get()) != FILE_TYPE_DISK ||
+        ::GetFileInformationByHandle(opened.Get(), &information) == FALSE ||
+        (information.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ||
+        !ResolvedPath(opened).starts_with(resolved_)) {
+        return std::nullopt;
+    }
+    return ReadAll(opened);
+}
+
+bool PageFiles::IsFolder(const std::string& file) const {
+    std::error_code error;
+    return std::filesystem::is_directory(folder_ / refhost::WideFromUtf8(file), error);
+}
+
+}  // namespace paylodge::workbench
