@@ -9,7 +9,10 @@ tools=(
     # The version that every supported release has, so that format and findings are the same on all of them.
     clang-19 libclang-rt-19-dev clang-format-19 clang-tidy-19
     xvfb xauth
+    nlohmann-json3-dev
 )
+# The first of these that the release has.
+boost=(libboost1.83-dev libboost1.81-dev)
 # Packages of which the command is enough, wherever it comes from.
 declare -A commands=([nodejs]=node [npm]=npm)
 # Installed in one step: the two architectures of Wine have to have the same version.
@@ -31,6 +34,13 @@ list_missing() {
     done
 }
 
+for package in "${boost[@]}"; do
+    if [ -n "$(list_missing "$package")" ] && ! apt-cache show "$package" >/dev/null 2>&1; then
+        continue
+    fi
+    tools+=("$package")
+    break
+done
 for package in "${!commands[@]}"; do
     command -v "${commands[$package]}" >/dev/null || tools+=("$package")
 done
