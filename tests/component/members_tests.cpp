@@ -28,7 +28,7 @@ class Slot : public ComponentMember {
   protected:
     void ExpectFreshAnswer() {
         const Outcome outcome = CallSlot(*paylodge.Get(), GetParam());
-        EXPECT_EQ(GetParam().result, outcome.result);
+        EXPECT_HRESULT(GetParam().result, outcome.result);
         EXPECT_EQ(GetParam().results, outcome.results);
         ExpectRequest();
     }
@@ -57,7 +57,7 @@ TEST_P(Slot, DoesNothingOnARefusedPage) {
         FakeSite site(PageAt(kRefusedPage));
         const OnSite on_site(paylodge.Get(), site);
         const Outcome outcome = CallSlot(*paylodge.Get(), GetParam());
-        EXPECT_EQ(OnARefusedPage(GetParam()), outcome.result);
+        EXPECT_HRESULT(OnARefusedPage(GetParam()), outcome.result);
         for (const char* value : {"\"", "null", "0", "-1"}) {
             EXPECT_THAT(outcome.results, Not(HasSubstr(value)));
         }
@@ -66,7 +66,7 @@ TEST_P(Slot, DoesNothingOnARefusedPage) {
     for (const Member& member : Members()) {
         if (member.kind == Kind::kGet) {
             const Outcome fresh = CallSlot(*paylodge.Get(), member);
-            EXPECT_EQ(member.result, fresh.result) << member.name;
+            EXPECT_HRESULT(member.result, fresh.result) << member.name;
             EXPECT_EQ(member.results, fresh.results) << member.name;
         }
     }
@@ -85,7 +85,7 @@ TEST_P(SlotWithResult, RefusesAMissingPlaceForIt) {
 TEST_P(SlotWithResult, DoesNotMissItOnARefusedPage) {
     FakeSite site(PageAt(kRefusedPage));
     const OnSite on_site(paylodge.Get(), site);
-    EXPECT_EQ(OnARefusedPage(GetParam()), CallSlotWithoutResult(*paylodge.Get(), GetParam()));
+    EXPECT_HRESULT(OnARefusedPage(GetParam()), CallSlotWithoutResult(*paylodge.Get(), GetParam()));
     EXPECT_THAT(host.calls, IsEmpty());
 }
 
@@ -96,7 +96,7 @@ TEST_P(Invoked, AnswersAsItsSlotDoes) {
     const Outcome outcome = CallInvoke(*paylodge.Get(), GetParam());
     if (FAILED(GetParam().result)) {
         EXPECT_HRESULT(DISP_E_EXCEPTION, outcome.result);
-        EXPECT_EQ(GetParam().result, outcome.exception);
+        EXPECT_HRESULT(GetParam().result, outcome.exception);
     } else {
         // A page sees success and the result, whichever code of success it was.
         EXPECT_HRESULT(S_OK, outcome.result);
@@ -133,7 +133,7 @@ TEST_P(Invoked, OnARefusedPageGivesAnEmptyResult) {
     const Outcome outcome = CallInvoke(*paylodge.Get(), GetParam());
     const HRESULT code = OnARefusedPage(GetParam());
     EXPECT_HRESULT(FAILED(code) ? DISP_E_EXCEPTION : S_OK, outcome.result);
-    EXPECT_EQ(code, outcome.exception);
+    EXPECT_HRESULT(code, outcome.exception);
     EXPECT_EQ(EmptyResults(GetParam()), outcome.results);
     EXPECT_THAT(host.calls, IsEmpty());
 }

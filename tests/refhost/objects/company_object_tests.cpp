@@ -381,7 +381,7 @@ TEST_F(DataFileRecords, NeedACompanyFileThatCanBeOpenedAndTellWhyItCannot) {
                               Case{damaged, static_cast<HRESULT>(0x80070570)}}) {
         const TemporaryCompanyFile file;
         file.Write(wrong.bytes);
-        EXPECT_EQ(control_->OpenCompanyFile(MakeBstr(file.Path()).Get()), wrong.result);
+        EXPECT_HRESULT(wrong.result, control_->OpenCompanyFile(MakeBstr(file.Path()).Get()));
     }
     EXPECT_HRESULT(static_cast<HRESULT>(0x80070002), control_->OpenCompanyFile(MakeBstr(L"nowhere.lhcompany").Get()));
     const TemporaryCompanyFile in_use;

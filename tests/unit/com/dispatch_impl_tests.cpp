@@ -188,7 +188,7 @@ TEST_F(DispatchImpl, FailureIsAnExceptionWithItsCode) {
     VARIANT arguments[] = {Argument(text), Argument(text)};
     EXCEPINFO exception{};
     EXPECT_HRESULT(DISP_E_EXCEPTION, Invoke(7, {arguments, nullptr, 2, 0}, nullptr, &exception));
-    EXPECT_EQ(object->result, exception.scode);
+    EXPECT_HRESULT(object->result, exception.scode);
     EXPECT_EQ(nullptr, exception.bstrDescription);
 }
 
@@ -274,7 +274,7 @@ TEST_F(DispatchImpl, SurplusArgumentsAreTold) {
     const OwnedBstr text = MakeBstr(L"x");
     VARIANT three[] = {Argument(text), Argument(text), Argument(text)};
     // Wine leaves them aside.
-    EXPECT_EQ(test::WindowsOrWine(DISP_E_BADPARAMCOUNT, S_OK), Invoke(7, {three, nullptr, 3, 0}));
+    EXPECT_HRESULT(test::WindowsOrWine(DISP_E_BADPARAMCOUNT, S_OK), Invoke(7, {three, nullptr, 3, 0}));
 }
 
 // Every method tells why the type information could not be loaded.
@@ -283,12 +283,12 @@ void ExpectNotLoaded(HRESULT expected) {
     const auto object = ComObject<Example<Dispatch>>::Create();
     for (int attempt = 0; attempt < 2; ++attempt) {
         ComPtr<ITypeInfo> info;
-        EXPECT_EQ(expected, object->GetTypeInfo(0, 0, info.Receive()));
+        EXPECT_HRESULT(expected, object->GetTypeInfo(0, 0, info.Receive()));
         EXPECT_FALSE(static_cast<bool>(info));
         DISPID id = 7;
-        EXPECT_EQ(expected, FindId(*object.Get(), L"GetAccounts", &id));
+        EXPECT_HRESULT(expected, FindId(*object.Get(), L"GetAccounts", &id));
         DISPPARAMS none{};
-        EXPECT_EQ(expected, object->Invoke(1, IID_NULL, 0, DISPATCH_METHOD, &none, nullptr, nullptr, nullptr));
+        EXPECT_HRESULT(expected, object->Invoke(1, IID_NULL, 0, DISPATCH_METHOD, &none, nullptr, nullptr, nullptr));
     }
 }
 

@@ -67,7 +67,7 @@ TEST_F(DataObject, RendersNothingElse) {
     const auto refusal = [this](FORMATETC format) {
         STGMEDIUM medium{};
         const HRESULT result = data_->GetData(&format, &medium);
-        EXPECT_EQ(result, data_->QueryGetData(&format));
+        EXPECT_HRESULT(result, data_->QueryGetData(&format));
         return result;
     };
     EXPECT_HRESULT(S_OK, data_->QueryGetData(&picture_));

@@ -91,7 +91,7 @@ TEST_F(InPlace, StaysInactiveWhenTheSiteRefuses) {
     };
     for (const auto& refusal : refusals) {
         site_->answers = {{refusal.call, refusal.answer}};
-        EXPECT_EQ(refusal.result, Do(OLEIVERB_SHOW)) << refusal.call;
+        EXPECT_HRESULT(refusal.result, Do(OLEIVERB_SHOW)) << refusal.call;
         EXPECT_EQ(refusal.calls, record_.Take());
         EXPECT_EQ(nullptr, ControlWindow());
     }

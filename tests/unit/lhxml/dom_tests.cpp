@@ -297,10 +297,10 @@ TEST_F(Dom, ResponseElementIsEmptyWhenThereIsNone) {
 using Names = std::vector<std::string>;
 [[nodiscard]] Names VisitedNames(IXMLDOMNode* node, HRESULT expected, const std::function<HRESULT(size_t)>& visit) {
     Names names;
-    EXPECT_EQ(expected, VisitChildren(node, [&](IXMLDOMNode* child) {
-                  names.push_back(NameOf(child));
-                  return visit(names.size());
-              }));
+    EXPECT_HRESULT(expected, VisitChildren(node, [&](IXMLDOMNode* child) {
+                       names.push_back(NameOf(child));
+                       return visit(names.size());
+                   }));
     return names;
 }
 constexpr auto kGoOn = [](size_t) { return S_OK; };

@@ -502,7 +502,7 @@ TEST_F(SendLHRequest, PassesOnASuccessWithoutAResponse) {
         for (const bool is_null : {false, true}) {
             host_.answers = {{.result = success, .is_null = is_null}};
             OwnedBstr response;
-            EXPECT_EQ(success, Send(response));
+            EXPECT_HRESULT(success, Send(response));
             EXPECT_EQ(is_null, response.Get() == nullptr);
             EXPECT_EQ(L"", View(response));
         }

@@ -118,10 +118,10 @@ TEST_F(DataFileStorage, SelectAgainMovesToAnotherRecord) {
 
 TEST_F(DataFileStorage, SelectWithoutARunningApplicationLogsZero) {
     host_.null_results = {"GetRunningApplication"};
-    EXPECT_HRESULT(kFailure, kSelect.run(storage_));
+    EXPECT_EQ(kFailure, kSelect.run(storage_));
     EXPECT_EQ(LoggedEntry("Failed to get LH Application ptr.  HRESULT=0"), log_.Take());
     SetLogContextFlag(true);
-    EXPECT_HRESULT(kFailure, kSelect.run(storage_));
+    EXPECT_EQ(kFailure, kSelect.run(storage_));
     EXPECT_EQ(LoggedEntry("NetworkAdapterManager:CDataFileStorage::SelectDFR(const char*, long): Failed to get LH "
                           "Application ptr.  HRESULT=0"),
               log_.Take());
@@ -129,13 +129,13 @@ TEST_F(DataFileStorage, SelectWithoutARunningApplicationLogsZero) {
 
 TEST_F(DataFileStorage, SelectWithAnApplicationOfAnotherKindLogsZero) {
     host_.codes["QueryInterface"] = E_NOINTERFACE;
-    EXPECT_HRESULT(kFailure, kSelect.run(storage_));
+    EXPECT_EQ(kFailure, kSelect.run(storage_));
     EXPECT_EQ(LoggedEntry("Failed to get LH Application ptr.  HRESULT=0"), log_.Take());
 }
 
 TEST_F(DataFileStorage, SelectWithALocatorOfAnotherKindIsAFailedCreation) {
     host_.codes["CreateInstance"] = E_NOINTERFACE;
-    EXPECT_HRESULT(kFailure, kSelect.run(storage_));
+    EXPECT_EQ(kFailure, kSelect.run(storage_));
     EXPECT_EQ(LoggedEntry("Failed to create COM object.  HRESULT=0x80004002"), log_.Take());
 }
 
@@ -144,7 +144,7 @@ TEST_F(DataFileStorage, SelectSurvivesAHostThatSucceedsWithoutAnObject) {
         host_.null_results = {method};
         static_cast<void>(kSelect.run(storage_));
         static_cast<void>(log_.Take());
-        EXPECT_HRESULT(kFailure, kRead.run(storage_)) << method;
+        EXPECT_EQ(kFailure, kRead.run(storage_)) << method;
         EXPECT_NE("", log_.Take()) << method;
     }
 }
@@ -153,7 +153,7 @@ TEST_F(DataFileStorage, FailedSelectKeepsTheOldCompanyUntilAttachingFails) {
     for (const char* method : {"CreateInstance", "GetRunningApplication", "QueryInterface", "GetAddInGoodies"}) {
         Select();
         host_.codes = {{method, kHostFailure}};
-        EXPECT_HRESULT(kFailure, storage_.SelectDFR("Category", 7));
+        EXPECT_EQ(kFailure, storage_.SelectDFR("Category", 7));
         host_.codes.clear();
         EXPECT_EQ(kSuccess, kRead.run(storage_)) << method;
         static_cast<void>(TakeCalls());
@@ -161,16 +161,16 @@ TEST_F(DataFileStorage, FailedSelectKeepsTheOldCompanyUntilAttachingFails) {
     }
     Select();
     host_.codes = {{"AttachToCurrentCompany", kHostFailure}};
-    EXPECT_HRESULT(kFailure, storage_.SelectDFR("Category", 7));
+    EXPECT_EQ(kFailure, storage_.SelectDFR("Category", 7));
     EXPECT_NE("", log_.Take());
-    EXPECT_HRESULT(kFailure, kRead.run(storage_));
+    EXPECT_EQ(kFailure, kRead.run(storage_));
     EXPECT_EQ(LoggedEntry("Must first call SelectDFR() to initialize this class.  HRESULT=0"), log_.Take());
 }
 
 TEST_F(DataFileStorage, FailedSelectRemembersTheRecordOnceTheApplicationWasLookedFor) {
     Select();
     host_.codes = {{"GetAddInGoodies", kHostFailure}};
-    EXPECT_HRESULT(kFailure, storage_.SelectDFR("Other", 8));
+    EXPECT_EQ(kFailure, storage_.SelectDFR("Other", 8));
     host_.codes.clear();
     static_cast<void>(TakeCalls());
     EXPECT_EQ(kSuccess, kRead.run(storage_));
@@ -178,7 +178,7 @@ TEST_F(DataFileStorage, FailedSelectRemembersTheRecordOnceTheApplicationWasLooke
               TakeCalls());
 
     host_.codes = {{"GetRunningApplication", kHostFailure}};
-    EXPECT_HRESULT(kFailure, storage_.SelectDFR("Third", 9));
+    EXPECT_EQ(kFailure, storage_.SelectDFR("Third", 9));
     host_.codes.clear();
     static_cast<void>(TakeCalls());
     EXPECT_EQ(kSuccess, kRead.run(storage_));
@@ -190,7 +190,7 @@ TEST(DataFileStorageWithoutHost, SelectLogsThatTheClassIsNotRegistered) {
     const NoApplication no_application;
     ProcessLog log;
     CDataFileStorage storage;
-    EXPECT_HRESULT(kFailure, kSelect.run(storage));
+    EXPECT_EQ(kFailure, kSelect.run(storage));
     EXPECT_EQ(LoggedEntry("Failed to create COM object.  HRESULT=0x80040154"), log.Take());
 }
 
@@ -200,7 +200,7 @@ TEST_F(DataFileStorage, OperationsBeforeSelectingLogThatAndLeaveTheHostAlone) {
     for (const bool is_flag_on : {false, true}) {
         SetLogContextFlag(is_flag_on);
         for (const Operation& operation : kOnRecord) {
-            EXPECT_HRESULT(kFailure, operation.run(storage_)) << operation.name;
+            EXPECT_EQ(kFailure, operation.run(storage_)) << operation.name;
             const char* const message = operation.run == kRead.run
                                             ? "Must first call SelectDFR() to initialize this class."
                                             : "Must first call SelectDFR() to initialize this class";
@@ -212,11 +212,11 @@ TEST_F(DataFileStorage, OperationsBeforeSelectingLogThatAndLeaveTheHostAlone) {
 
 TEST_F(DataFileStorage, OperationsAfterAFailedSelectLogThatAndLeaveTheHostAlone) {
     host_.codes["AttachToCurrentCompany"] = kHostFailure;
-    EXPECT_HRESULT(kFailure, kSelect.run(storage_));
+    EXPECT_EQ(kFailure, kSelect.run(storage_));
     static_cast<void>(log_.Take());
     static_cast<void>(TakeCalls());
     for (const Operation& operation : kOnRecord) {
-        EXPECT_HRESULT(kFailure, operation.run(storage_)) << operation.name;
+        EXPECT_EQ(kFailure, operation.run(storage_)) << operation.name;
     }
     EXPECT_NE("", log_.Take());
     EXPECT_EQ(Calls{}, host_.calls);
@@ -262,7 +262,7 @@ TEST_F(DataFileStorage, FailedReadLeavesTheValueAlone) {
         VARIANT value;
         V_VT(&value) = VT_I4;
         V_I4(&value) = 0x5A5A;
-        EXPECT_HRESULT(kFailure, storage_.ReadProperty("Key", &value)) << method;
+        EXPECT_EQ(kFailure, storage_.ReadProperty("Key", &value)) << method;
         EXPECT_EQ(VT_I4, V_VT(&value)) << method;
         EXPECT_EQ(0x5A5A, V_I4(&value)) << method;
     }
@@ -427,7 +427,7 @@ TEST_F(LockTest, FailingCallEndsTheTriesAtOnce) {
         for (size_t refusals = 0; refusals < 5; ++refusals) {
             host_.lock_answers.assign(refusals, Refused());
             host_.lock_answers.push_back({.result = kHostFailure});
-            EXPECT_HRESULT(kFailure, operation.run(storage_));
+            EXPECT_EQ(kFailure, operation.run(storage_));
             EXPECT_EQ(kGettingRecord + Locks(refusals + 1), TakeCalls());
             EXPECT_EQ(Sleeps(refusals), std::exchange(sleeps_.milliseconds, {}));
             EXPECT_EQ(LoggedEntry("Failed to acquire lock for data file record in LH.  HRESULT=0x80040400"),
@@ -439,7 +439,7 @@ TEST_F(LockTest, FailingCallEndsTheTriesAtOnce) {
 TEST_F(LockTest, FailingAdditionalCallOfDeleteIsAFailure) {
     host_.lock_answers.assign(5, Refused());
     host_.lock_answers.push_back({.result = kHostFailure});
-    EXPECT_HRESULT(kFailure, kDelete.run(storage_));
+    EXPECT_EQ(kFailure, kDelete.run(storage_));
     EXPECT_EQ(kGettingRecord + Locks(6), host_.calls);
     EXPECT_EQ(LoggedEntry("Failed to acquire lock for data file record in LH.  HRESULT=0x80040400"), log_.Take());
 }
@@ -452,7 +452,7 @@ TEST_F(LockTest, DeleteReleasesTheLockWhenTheAdditionalCallGetsNone) {
     EXPECT_EQ(LoggedEntry("Could not acquire data file record lock in LH.  HRESULT=0"), log_.Take());
 
     host_.lock_answers = {{}, {.result = kHostFailure}};
-    EXPECT_HRESULT(kFailure, kDelete.run(storage_));
+    EXPECT_EQ(kFailure, kDelete.run(storage_));
     EXPECT_EQ(kGettingRecord + Locks(2) + Calls({"Unlock()"}), TakeCalls());
     EXPECT_EQ(LoggedEntry("Failed to acquire lock for data file record in LH.  HRESULT=0x80040400"), log_.Take());
 }
@@ -561,7 +561,7 @@ TEST_P(FailingCall, IsLoggedOnceAndReturned) {
     for (const bool is_flag_on : {false, true}) {
         SetLogContextFlag(is_flag_on);
         for (const HRESULT code : {E_FAIL, kHostFailure, static_cast<HRESULT>(0x800706BA)}) {
-            EXPECT_HRESULT(kFailure, FailWith(code));
+            EXPECT_EQ(kFailure, FailWith(code));
             EXPECT_EQ(Logged(is_flag_on, code), log_.Take());
         }
     }
@@ -573,14 +573,14 @@ TEST_P(FailingCall, EndsTheOperationAndReleasesTheLock) {
     if (is_locked && expected.back() != "Unlock()") {
         expected.emplace_back("Unlock()");
     }
-    EXPECT_HRESULT(kFailure, FailWith(kHostFailure));
+    EXPECT_EQ(kFailure, FailWith(kHostFailure));
     EXPECT_EQ(expected, host_.calls);
     EXPECT_NE("", log_.Take());
 }
 
 TEST_P(FailingCall, IsTheOnlyOneLoggedWhenUnlockingFailsAsWell) {
     host_.codes["Unlock"] = E_ACCESSDENIED;
-    EXPECT_HRESULT(kFailure, FailWith(kHostFailure));
+    EXPECT_EQ(kFailure, FailWith(kHostFailure));
     EXPECT_EQ(Logged(false, kHostFailure), log_.Take());
 }
 
@@ -588,10 +588,10 @@ TEST_P(FailingCall, LeaksNothing) {
     if (!LiveAllocations::CanCountStrings()) {
         GTEST_SKIP() << "OANOCACHE is not set: automation keeps freed strings";
     }
-    EXPECT_HRESULT(kFailure, FailWith(kHostFailure));
+    EXPECT_EQ(kFailure, FailWith(kHostFailure));
     const int objects = host_.live_objects;
     const LiveAllocations allocations;
-    EXPECT_HRESULT(kFailure, FailWith(kHostFailure));
+    EXPECT_EQ(kFailure, FailWith(kHostFailure));
     host_.categories.clear();
     EXPECT_EQ(0, allocations.Count());
     EXPECT_EQ(objects, host_.live_objects);
@@ -599,7 +599,7 @@ TEST_P(FailingCall, LeaksNothing) {
 }
 
 TEST_P(FailingCall, DoesNotHinderTheNextCall) {
-    EXPECT_HRESULT(kFailure, FailWith(kHostFailure));
+    EXPECT_EQ(kFailure, FailWith(kHostFailure));
     EXPECT_NE("", log_.Take());
     host_.codes.clear();
     EXPECT_EQ(kSuccess, Run());
@@ -628,7 +628,7 @@ TEST_P(FailingCall, ThatRaisesIsLoggedOnceAndReturned) {
             continue;
         }
         host_.on_call[method] = raise;
-        EXPECT_HRESULT(kFailure, Run());
+        EXPECT_EQ(kFailure, Run());
         EXPECT_EQ(Logged(false, logged), log_.Take());
         if (method == "Unlock") {
             // The host raised before it unlocked.
@@ -646,7 +646,7 @@ TEST_P(FailingCall, WithoutMemoryLeavesNoLockAndRaisesNothing) {
         // The host's objects are made by the system, which is not made for exceptions.
         return;
     }
-    EXPECT_HRESULT(kFailure, FailWith(kHostFailure)) << "the log's place is known from here on";
+    EXPECT_EQ(kFailure, FailWith(kHostFailure)) << "the log's place is known from here on";
     bool has_failed = true;
     for (int number = 1; has_failed; ++number) {
         host_.calls.clear();
@@ -694,7 +694,7 @@ class FailureUnderLock : public FailingCall {};
 TEST_P(FailureUnderLock, IsLoggedBeforeTheRecordIsUnlocked) {
     std::string logged_before;
     host_.on_call["Unlock"] = [&] { logged_before = log_.Take(); };
-    EXPECT_HRESULT(kFailure, FailWith(kHostFailure));
+    EXPECT_EQ(kFailure, FailWith(kHostFailure));
     EXPECT_EQ(Logged(false, kHostFailure), logged_before);
 }
 
@@ -725,7 +725,7 @@ TEST_F(DataFileStorage, FailureAboutALongPropertyNameIsCutToTheLogsEntry) {
     Select();
     host_.codes["Read"] = kHostFailure;
     OwnedVariant value;
-    EXPECT_HRESULT(kFailure, storage_.ReadProperty(std::string(100'000, 'n'), value.Receive()));
+    EXPECT_EQ(kFailure, storage_.ReadProperty(std::string(100'000, 'n'), value.Receive()));
     const std::string start = "Failed to read property \"";
     EXPECT_EQ(LoggedEntry(start + std::string(1022 - start.size(), 'n')), log_.Take());
 }
@@ -734,7 +734,7 @@ TEST_F(DataFileStorage, PercentSignsInAPropertyNameAreText) {
     Select();
     host_.codes["Read"] = kHostFailure;
     OwnedVariant value;
-    EXPECT_HRESULT(kFailure, storage_.ReadProperty("%s%n%d", value.Receive()));
+    EXPECT_EQ(kFailure, storage_.ReadProperty("%s%n%d", value.Receive()));
     EXPECT_EQ(LoggedEntry("Failed to read property \"%s%n%d\" from property bag in LH.  HRESULT=0x80040400"),
               log_.Take());
 }
@@ -744,7 +744,7 @@ TEST_F(DataFileStorage, SurvivesAHostThatSucceedsWithoutAnObject) {
         for (const Operation& operation : {kRead, kWrite}) {
             Select();
             host_.null_results = {method};
-            EXPECT_HRESULT(kFailure, operation.run(storage_)) << operation.name << " " << method;
+            EXPECT_EQ(kFailure, operation.run(storage_)) << operation.name << " " << method;
             EXPECT_NE("", log_.Take()) << operation.name << " " << method;
             host_.null_results.clear();
             static_cast<void>(TakeCalls());

@@ -94,7 +94,7 @@ TEST_F(ModuleRegistration, GivesTheFailureOfTheTypeLibraryAndLeavesNothingHalfDo
     MakeVolatile(L"TypeLib");
     const HRESULT failure = RegisterLibraryAlone();
     ASSERT_TRUE(FAILED(failure));
-    EXPECT_EQ(Call("DllRegisterServer"), failure);
+    EXPECT_HRESULT(failure, Call("DllRegisterServer"));
     EXPECT_FALSE(HasKey(L"Paylodge.Paylodge"));
     EXPECT_EQ(CountSubkeys(L"CLSID"), 0u);
     EXPECT_EQ(CountSubkeys(L"TypeLib"), 0u);

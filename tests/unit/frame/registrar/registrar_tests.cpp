@@ -134,7 +134,7 @@ TEST_F(MachineRegistration, FailsForAVariableWithoutValue) {
 }
 
 TEST_F(MachineRegistration, ReturnsTheRegistrysFailure) {
-    EXPECT_EQ(MakeRegistrar().Register(kRefused), RefusedResult());
+    EXPECT_HRESULT(RefusedResult(), MakeRegistrar().Register(kRefused));
     EXPECT_EQ(Text(L"Refused"), L"x");
 }
 
@@ -167,7 +167,7 @@ constexpr RegistrationStep kUntouchedStep = {[](const Registrar&) -> HRESULT {
 
 TEST_F(MachineRegistration, TakesBackWhatItWroteWhenAStepFails) {
     const RegistrationStep steps[] = {kPaylodgeStep, kRefusedStep, kUntouchedStep};
-    EXPECT_EQ(ApplySteps(steps, MakeRegistrar()), RefusedResult());
+    EXPECT_HRESULT(RefusedResult(), ApplySteps(steps, MakeRegistrar()));
     EXPECT_FALSE(HasKey(L"Paylodge.Paylodge"));
     EXPECT_FALSE(HasKey(L"Refused"));
     EXPECT_EQ(CountSubkeys(L"CLSID"), 0u);
