@@ -7,7 +7,6 @@
 #include <sstream>
 
 #include "com/ansi_text.hpp"
-
 #include "tests/support/hresult.hpp"
 
 namespace paylodge::test {

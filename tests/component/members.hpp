@@ -5,12 +5,12 @@
 
 #include <oaidl.h>
 
-#include <algorithm>
-#include <iterator>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "tests/support/rows.hpp"
 
 namespace paylodge::test {
 
@@ -42,9 +42,7 @@ inline constexpr int kSetNotificationChannelSlot = 77;
 // For tests with a case for each member of some sort.
 template <class Predicate>
 [[nodiscard]] std::vector<Member> MembersThat(const Predicate& predicate) {
-    std::vector<Member> members;
-    std::ranges::copy_if(Members(), std::back_inserter(members), predicate);
-    return members;
+    return RowsThat(Members(), predicate);
 }
 // For the names of parameterised tests, such as put_ReconFeeData.
 [[nodiscard]] std::string NameOf(const Member& member);

@@ -3,7 +3,6 @@
 #include <filesystem>
 
 #include "com/module.hpp"
-
 #include "tests/support/hresult.hpp"
 
 namespace paylodge::test {

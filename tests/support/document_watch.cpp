@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "com/object_root.hpp"
-
 #include "tests/support/hresult.hpp"
 
 namespace paylodge::test {

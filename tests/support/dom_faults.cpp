@@ -9,7 +9,6 @@
 
 #include "com/bstr.hpp"
 #include "com/com_ptr.hpp"
-
 #include "tests/support/hresult.hpp"
 
 namespace paylodge::test {

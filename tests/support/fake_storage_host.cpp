@@ -4,7 +4,6 @@
 
 #include "com/ansi_text.hpp"
 #include "com/object_root.hpp"
-
 #include "tests/support/hresult.hpp"
 
 namespace paylodge::test {

@@ -4,7 +4,6 @@
 #include <objbase.h>
 
 #include "com/object_root.hpp"
-
 #include "tests/support/hresult.hpp"
 
 namespace paylodge::test {

@@ -4,7 +4,6 @@
 
 #include "com/object_root.hpp"
 #include "hostapi/application.hpp"
-
 #include "tests/support/hresult.hpp"
 
 namespace paylodge::test {

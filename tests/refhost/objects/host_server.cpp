@@ -7,7 +7,6 @@
 #include "com/module.hpp"
 #include "refhost/books/company_text.hpp"
 #include "refhost/objects/utf8.hpp"
-
 #include "tests/support/hresult.hpp"
 
 namespace paylodge::refhost {

@@ -6,6 +6,7 @@
 #include "tests/support/bstr_allocations.hpp"
 #include "tests/support/hresult.hpp"
 #include "tests/support/live_allocations.hpp"
+#include "tests/support/rows.hpp"
 #include "tests/unit/bridge/forwarders.hpp"
 
 namespace paylodge::test {
@@ -58,46 +59,6 @@ TEST_P(Forwarding, GivesAnEmptyTextForNullWhereTextsAreReencoded) {
     EXPECT_EQ(Forward(GetParam(), control_), Expected(GetParam().returns, L"", L""));
 }
 
-TEST_P(Forwarding, GivesAnyByteButZeroAsTrue) {
-    if (GetParam().returns != Returns::kByte) {
-        return;
-    }
-    for (int byte = 0; byte <= 0xFF; ++byte) {
-        bridge_.byte = static_cast<unsigned char>(byte);
-        EXPECT_EQ(Forward(GetParam(), control_), (Result{S_OK, byte == 0 ? kFalse : kTrue})) << byte;
-    }
-}
-
-TEST_P(Forwarding, HandsOverTheStringItself) {
-    if (GetParam().returns != Returns::kString) {
-        return;
-    }
-    StringSink text;
-    EXPECT_HRESULT(S_OK, GetParam().run(control_, text.Slot(), nullptr));
-    ASSERT_EQ(bridge_.given.size(), 1U);
-    EXPECT_EQ(text.Get(), bridge_.given[0]);
-}
-
-TEST_P(Forwarding, LeavesTextsToTheLibrary) {
-    if (GetParam().returns != Returns::kCopiedText && GetParam().returns != Returns::kReencodedText) {
-        return;
-    }
-    const std::wstring kept = L"kept by the library";
-    bridge_.text = kept.c_str();
-    StringSink text;
-    EXPECT_HRESULT(S_OK, GetParam().run(control_, text.Slot(), nullptr));
-    EXPECT_NE(text.Get(), kept.c_str());
-    text.Get()[0] = L'K';
-    EXPECT_EQ(kept, L"kept by the library");
-}
-
-TEST_P(Forwarding, NeedsAPlaceForTheResult) {
-    if (GetParam().returns == Returns::kNothing) {
-        return;
-    }
-    EXPECT_HRESULT(E_POINTER, GetParam().run(control_, nullptr, nullptr));
-}
-
 TEST_P(Forwarding, LeavesNothingAllocated) {
     if (!LiveAllocations::CanCountStrings()) {
         GTEST_SKIP() << "OANOCACHE is not set";
@@ -116,12 +77,81 @@ TEST_P(Forwarding, HasEmptiedTheResultBeforeTheCallWhereItIsNullWithoutTheFuncti
     EXPECT_EQ(before, WithoutFunction(GetParam()).text);
 }
 
-// The result is allocated last.
-TEST_P(Forwarding, RaisesTheFailedAllocationOfItsResult) {
-    const Returns returns = GetParam().returns;
-    if (returns != Returns::kCopiedText && returns != Returns::kReencodedText) {
-        return;
+TEST_P(Forwarding, GivesLongTextsWhole) {
+    const std::wstring text(5'000'000, L'\xE9');
+    bridge_.text = text.c_str();
+    // Compared without showing them.
+    EXPECT_TRUE(Forward(GetParam(), control_) == Expected(GetParam().returns, text.c_str(), text.c_str()));
+}
+
+class ForwardingAResult : public Forwarding {};
+
+INSTANTIATE_TEST_SUITE_P(Control, ForwardingAResult,
+                         ::testing::ValuesIn(RowsThat(Forwarders(),
+                                                      [](const Forwarder& forwarder) {
+                                                          return forwarder.returns != Returns::kNothing;
+                                                      })),
+                         NameOfForwarder);
+
+TEST_P(ForwardingAResult, NeedsAPlaceForTheResult) {
+    EXPECT_HRESULT(E_POINTER, GetParam().run(control_, nullptr, nullptr));
+}
+
+class ForwardingAByte : public Forwarding {};
+
+INSTANTIATE_TEST_SUITE_P(Control, ForwardingAByte,
+                         ::testing::ValuesIn(RowsThat(Forwarders(),
+                                                      [](const Forwarder& forwarder) {
+                                                          return forwarder.returns == Returns::kByte;
+                                                      })),
+                         NameOfForwarder);
+
+TEST_P(ForwardingAByte, GivesAnyByteButZeroAsTrue) {
+    for (int byte = 0; byte <= 0xFF; ++byte) {
+        bridge_.byte = static_cast<unsigned char>(byte);
+        EXPECT_EQ(Forward(GetParam(), control_), (Result{S_OK, byte == 0 ? kFalse : kTrue})) << byte;
     }
+}
+
+class ForwardingAString : public Forwarding {};
+
+INSTANTIATE_TEST_SUITE_P(Control, ForwardingAString,
+                         ::testing::ValuesIn(RowsThat(Forwarders(),
+                                                      [](const Forwarder& forwarder) {
+                                                          return forwarder.returns == Returns::kString;
+                                                      })),
+                         NameOfForwarder);
+
+TEST_P(ForwardingAString, HandsOverTheStringItself) {
+    StringSink text;
+    EXPECT_HRESULT(S_OK, GetParam().run(control_, text.Slot(), nullptr));
+    ASSERT_EQ(bridge_.given.size(), 1U);
+    EXPECT_EQ(text.Get(), bridge_.given[0]);
+}
+
+// Texts are the library's and are copied.
+class ForwardingAText : public Forwarding {};
+
+INSTANTIATE_TEST_SUITE_P(Control, ForwardingAText,
+                         ::testing::ValuesIn(RowsThat(Forwarders(),
+                                                      [](const Forwarder& forwarder) {
+                                                          return forwarder.returns == Returns::kCopiedText ||
+                                                                 forwarder.returns == Returns::kReencodedText;
+                                                      })),
+                         NameOfForwarder);
+
+TEST_P(ForwardingAText, LeavesTextsToTheLibrary) {
+    const std::wstring kept = L"kept by the library";
+    bridge_.text = kept.c_str();
+    StringSink text;
+    EXPECT_HRESULT(S_OK, GetParam().run(control_, text.Slot(), nullptr));
+    EXPECT_NE(text.Get(), kept.c_str());
+    text.Get()[0] = L'K';
+    EXPECT_EQ(kept, L"kept by the library");
+}
+
+// The result is allocated last.
+TEST_P(ForwardingAText, RaisesTheFailedAllocationOfItsResult) {
     int last = 0;
     {
         const BstrAllocations allocations;
@@ -142,13 +172,6 @@ TEST_P(Forwarding, RaisesTheFailedAllocationOfItsResult) {
     EXPECT_EQ(bridge_.calls.size(), 2U);
     EXPECT_EQ(text.Show(), WithoutFunction(GetParam()).text);
     EXPECT_EQ(Forward(GetParam(), control_), (Result{S_OK, L"answer"}));
-}
-
-TEST_P(Forwarding, GivesLongTextsWhole) {
-    const std::wstring text(5'000'000, L'\xE9');
-    bridge_.text = text.c_str();
-    // Compared without showing them.
-    EXPECT_TRUE(Forward(GetParam(), control_) == Expected(GetParam().returns, text.c_str(), text.c_str()));
 }
 
 TEST_F(CardReaderAndServices, GetLongTextsWhole) {

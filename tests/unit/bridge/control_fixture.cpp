@@ -2,7 +2,6 @@
 
 #include "bridge/bridge_library.hpp"
 #include "bridge/channel_registry.hpp"
-
 #include "tests/support/hresult.hpp"
 
 namespace paylodge::test {
@@ -106,6 +105,11 @@ void BridgeCalls::Ran() {
 BSTR BridgeCalls::String() {
     given.push_back(text == nullptr ? nullptr : MakeBstr(text).Detach());
     return given.back();
+}
+
+void ExpectNoLibrary() {
+    EXPECT_FALSE(IsBridgeLoaded());
+    EXPECT_EQ(g_hBridgeModule, nullptr);
 }
 
 std::wstring BridgeFolder() {

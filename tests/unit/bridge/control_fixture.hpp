@@ -75,6 +75,19 @@ class LibraryFolder {
 [[nodiscard]] std::wstring BridgeFolder();
 [[nodiscard]] inline bool IsBridgeLoaded() noexcept { return ::GetModuleHandleW(L"Oskerin.dll") != nullptr; }
 
+// A fault, and a C++ exception of the platform's own compiler.
+inline constexpr DWORD kThrownByAnotherCompiler = 0xE06D7363;
+inline constexpr DWORD kStructuredExceptions[] = {static_cast<DWORD>(EXCEPTION_ACCESS_VIOLATION),
+                                                  kThrownByAnotherCompiler};
+
+#ifndef _WIN64
+inline constexpr auto kNoExceptionsBetweenModules =
+    "exceptions do not cross from one module to another with this compiler on x86";
+#endif
+
+// What an exception that left a script has to leave behind: no library in the process.
+void ExpectNoLibrary();
+
 // A sink of the control's events.
 class EventSink : public WithoutDispatch<_IPaylodgeCtrlEvents> {
   public:

@@ -1,12 +1,11 @@
 // Every push of the host, as an event and as a script.
 
-#include <limits>
-
 #include "bridge/bridge_library.hpp"
 #include "bridge/channel_registry.hpp"
 #include "tests/support/bstr_allocations.hpp"
 #include "tests/support/hresult.hpp"
 #include "tests/support/live_allocations.hpp"
+#include "tests/support/rows.hpp"
 #include "tests/unit/bridge/control_fixture.hpp"
 #include "tests/unit/bridge/script_page.hpp"
 
@@ -63,21 +62,6 @@ template <class Call>
     StringSink data;
     EXPECT_HRESULT(S_OK, control.get_LHTransactionNotificationData(data.Slot()));
     return data.Show();
-}
-
-// A fault, and a C++ exception of the platform's own compiler.
-constexpr DWORD kThrownByAnotherCompiler = 0xE06D7363;
-constexpr DWORD kStructuredExceptions[] = {static_cast<DWORD>(EXCEPTION_ACCESS_VIOLATION), kThrownByAnotherCompiler};
-
-#ifndef _WIN64
-constexpr auto kNoExceptionsBetweenModules =
-    "exceptions do not cross from one module to another with this compiler on x86";
-#endif
-
-// What an exception that left a script has to leave behind.
-void ExpectNoLibrary() {
-    EXPECT_FALSE(IsBridgeLoaded());
-    EXPECT_EQ(g_hBridgeModule, nullptr);
 }
 
 // The first control is subscribed, and the bridge library is there.
@@ -172,51 +156,6 @@ TEST_P(Pushes, RunTheirScriptInTheBrowserInstanceThatIsNamed) {
     EXPECT_FALSE(IsBridgeLoaded());
 }
 
-TEST_P(Pushes, EscapeEitherLineFeedsOrQuotes) {
-    if (IsNeverScript()) {
-        return;
-    }
-    ::SetBrowserInstance(L"7");
-    EXPECT_HRESULT(S_OK, Send(Argument(L"\"a\"\n\r\\'b'\n")));
-    EXPECT_EQ(bridge_.calls,
-              Texts{Script(GetParam().escaping == Escaping::kQuote ? L"\\\"a\\\"\n\r\\'b'\n" : L"\"a\"\\n\r\\'b'\\n")});
-}
-
-TEST_P(Pushes, RunTheirScriptWithAnEmptyTextForNull) {
-    if (IsNeverScript()) {
-        return;
-    }
-    ::SetBrowserInstance(L"7");
-    EXPECT_HRESULT(S_OK, Send(control_, nullptr));
-    EXPECT_EQ(bridge_.calls, Texts{Script(L"")});
-}
-
-TEST_P(Pushes, RunTheirScriptFromAnyControl) {
-    if (IsNeverScript()) {
-        return;
-    }
-    ::SetBrowserInstance(L" undefined");
-    EXPECT_HRESULT(S_OK, Send(other_, Argument(L"a")));
-    EXPECT_EQ(bridge_.calls, Texts{Script(L"a", L" undefined")});
-}
-
-TEST_P(Pushes, ArriveInThePage) {
-    if (IsNeverScript()) {
-        return;
-    }
-    if (const auto reason = WhyNoScriptEngine()) {
-        GTEST_SKIP() << *reason;
-    }
-    ::SetBrowserInstance(L"7");
-    const bool has_quotes = GetParam().escaping == Escaping::kQuote;
-    EXPECT_HRESULT(S_OK, Send(Argument(has_quotes ? L"He said \"hi\", caf\xE9" : L"caf\xE9\nriverside")));
-    ASSERT_EQ(bridge_.scripts.size(), 1U);
-    const std::wstring function = GetParam().function;
-    EXPECT_EQ(RunInPage(bridge_.scripts[0]),
-              std::string(function.begin(), function.end()) +
-                  (has_quotes ? "[string He said \"hi\", caf\xE9]" : "[string caf\xE9\nriverside]"));
-}
-
 TEST_P(Pushes, AreLostWithoutTheLibrary) {
     ::SetBrowserInstance(L"7");
     const LibraryFolder missing(L".");
@@ -275,6 +214,47 @@ TEST_P(Pushes, LeaveNothingAllocated) {
         ::SetBrowserInstance(nullptr);
     }
     EXPECT_EQ(live.Count(), 0);
+}
+
+// All but the one that is always an event.
+class ScriptPushes : public Pushes {};
+
+INSTANTIATE_TEST_SUITE_P(
+    Control, ScriptPushes,
+    ::testing::ValuesIn(RowsThat(kPushes, [](const Push& push) { return push.escaping != Escaping::kNeverScript; })),
+    NameOf);
+
+TEST_P(ScriptPushes, EscapeEitherLineFeedsOrQuotes) {
+    ::SetBrowserInstance(L"7");
+    EXPECT_HRESULT(S_OK, Send(Argument(L"\"a\"\n\r\\'b'\n")));
+    EXPECT_EQ(bridge_.calls,
+              Texts{Script(GetParam().escaping == Escaping::kQuote ? L"\\\"a\\\"\n\r\\'b'\n" : L"\"a\"\\n\r\\'b'\\n")});
+}
+
+TEST_P(ScriptPushes, RunTheirScriptWithAnEmptyTextForNull) {
+    ::SetBrowserInstance(L"7");
+    EXPECT_HRESULT(S_OK, Send(control_, nullptr));
+    EXPECT_EQ(bridge_.calls, Texts{Script(L"")});
+}
+
+TEST_P(ScriptPushes, RunTheirScriptFromAnyControl) {
+    ::SetBrowserInstance(L" undefined");
+    EXPECT_HRESULT(S_OK, Send(other_, Argument(L"a")));
+    EXPECT_EQ(bridge_.calls, Texts{Script(L"a", L" undefined")});
+}
+
+TEST_P(ScriptPushes, ArriveInThePage) {
+    if (const auto reason = WhyNoScriptEngine()) {
+        GTEST_SKIP() << *reason;
+    }
+    ::SetBrowserInstance(L"7");
+    const bool has_quotes = GetParam().escaping == Escaping::kQuote;
+    EXPECT_HRESULT(S_OK, Send(Argument(has_quotes ? L"He said \"hi\", caf\xE9" : L"caf\xE9\nriverside")));
+    ASSERT_EQ(bridge_.scripts.size(), 1U);
+    const std::wstring function = GetParam().function;
+    EXPECT_EQ(RunInPage(bridge_.scripts[0]),
+              std::string(function.begin(), function.end()) +
+                  (has_quotes ? "[string He said \"hi\", caf\xE9]" : "[string caf\xE9\nriverside]"));
 }
 
 // The one push whose data stay behind.
@@ -535,241 +515,6 @@ TEST_F(RequestData, NeedsAPlaceForTheResponseOnceSomebodyIsSubscribed) {
     control_.SubscribeToNotifications();
     EXPECT_HRESULT(E_POINTER, control_.ProcessLHRequestData(Argument(L"r"), nullptr));
     EXPECT_EQ(events_, Texts{});
-}
-
-class Sinks : public ControlTest {
-  protected:
-    Sinks() { control_.SubscribeToNotifications(); }
-    [[nodiscard]] HRESULT Send() { return control_.SetTransactionID(Argument(L"1")); }
-
-    ComPtr<ComObject<EventSink>> b_ = MakeSink(L"b");
-    ComPtr<ComObject<EventSink>> c_ = MakeSink(L"c");
-    DWORD cookie_b_ = Advise(control_, *b_.Get());
-    DWORD cookie_c_ = Advise(control_, *c_.Get());
-};
-
-TEST_F(Sinks, AreCalledInTheOrderInWhichTheyWereConnected) {
-    EXPECT_HRESULT(S_OK, Send());
-    EXPECT_EQ(events_, (Texts{L"sink: 5(\"1\")", L"b: 5(\"1\")", L"c: 5(\"1\")"}));
-}
-
-TEST_F(Sinks, DoNotStopTheOthersWhenTheyFail) {
-    sink_->code = E_ABORT;
-    b_->code = E_NOTIMPL;
-    EXPECT_HRESULT(S_OK, Send());
-    EXPECT_EQ(events_.size(), 3U);
-}
-
-TEST_F(Sinks, GiveTheResultOfTheLast) {
-    c_->code = E_NOTIMPL;
-    EXPECT_HRESULT(E_NOTIMPL, Send());
-    EXPECT_HRESULT(S_OK, Unadvise(control_, cookie_c_));
-    b_->code = S_FALSE;
-    EXPECT_HRESULT(S_FALSE, Send());
-}
-
-TEST_F(Sinks, AreSkippedWhereASlotIsEmpty) {
-    EXPECT_HRESULT(S_OK, Unadvise(control_, cookie_b_));
-    EXPECT_HRESULT(S_OK, Send());
-    EXPECT_EQ(events_, (Texts{L"sink: 5(\"1\")", L"c: 5(\"1\")"}));
-}
-
-TEST_F(Sinks, MayDisconnectWithinAnEvent) {
-    b_->on_event = [this] {
-        EXPECT_HRESULT(S_OK, Unadvise(control_, cookie_b_));
-        EXPECT_HRESULT(S_OK, Unadvise(control_, cookie_c_));
-    };
-    EXPECT_HRESULT(S_OK, Send());
-    b_->on_event = nullptr;
-    EXPECT_HRESULT(S_OK, Send());
-    EXPECT_EQ(events_, (Texts{L"sink: 5(\"1\")", L"b: 5(\"1\")", L"sink: 5(\"1\")"}));
-}
-
-TEST_F(Sinks, MayPushThemselves) {
-    sink_->on_event = [this] {
-        sink_->on_event = nullptr;
-        EXPECT_HRESULT(S_OK, Send());
-    };
-    EXPECT_HRESULT(S_OK, Send());
-    EXPECT_EQ(events_.size(), 6U);
-}
-
-TEST_F(Sinks, MayUnsubscribeTheControlAndLetGoOfIt) {
-    ComPtr<Control> brief = Control::Create();
-    ComPtr<ComObject<EventSink>> sink = MakeSink(L"brief");
-    static_cast<void>(Advise(*brief.Get(), *sink.Get()));
-    brief->SubscribeToNotifications();
-    sink->on_event = [&] {
-        brief->UnSubscribeFromNotifications();
-        brief.Reset();
-    };
-    EXPECT_HRESULT(S_OK, Send());
-    EXPECT_HRESULT(E_FAIL, Send());
-    EXPECT_EQ(events_, Texts{L"brief: 5(\"1\")"});
-}
-
-TEST_F(Sinks, GetNoReferenceForGood) {
-    b_->AddRef();
-    const ULONG before = b_->Release();
-    EXPECT_HRESULT(S_OK, Send());
-    b_->AddRef();
-    EXPECT_EQ(b_->Release(), before);
-}
-
-// The control's own script call, which needs no subscriber.
-class ScriptCalls : public ControlTest {
-  protected:
-    [[nodiscard]] HRESULT Execute(const wchar_t* info, LONG is_rebill, const wchar_t* script) {
-        return control_.ExecuteJavaScript(Argument(info), is_rebill, Argument(script));
-    }
-    [[nodiscard]] static std::wstring Call(const std::wstring& script, const std::wstring& browser = L"7") {
-        return L"first: ExecuteJavaScript(\"" + browser + L"\", \"" + script + L"\")";
-    }
-    // A script that ends in another one, and then in this.
-    void FailAfterNesting(const std::function<void()>& fail) {
-        HRESULT inner = E_UNEXPECTED;
-        bridge_.on_script = [&] {
-            bridge_.on_script = nullptr;
-            inner = Execute(L"inner", 0, L"fn");
-            fail();
-        };
-        EXPECT_HRESULT(E_FAIL, Execute(L"outer", 0, L"fn"));
-        EXPECT_HRESULT(S_OK, inner);
-        ExpectNoLibrary();
-        bridge_.throws_at_end = false;
-        EXPECT_HRESULT(S_OK, Execute(L"next", 0, L"fn"));
-    }
-
-    LibraryFolder library_{L"first"};
-};
-
-TEST_F(ScriptCalls, EscapeLineFeedsForZeroAndQuotesForAnyOtherNumber) {
-    ::SetBrowserInstance(L"7");
-    EXPECT_HRESULT(S_OK, Execute(L"a\n\"b\"", 0, L"fn"));
-    for (const LONG is_rebill : {1L, -1L, 2L, std::numeric_limits<LONG>::min()}) {
-        EXPECT_HRESULT(S_OK, Execute(L"a\n\"b\"", is_rebill, L"fn"));
-    }
-    const std::wstring quoted = Call(L"fn(\"a\n\\\"b\\\"\")");
-    EXPECT_EQ(bridge_.calls, (Texts{Call(L"fn(\"a\\n\"b\"\")"), quoted, quoted, quoted, quoted}));
-}
-
-TEST_F(ScriptCalls, HaveAnEmptyArgumentForAnEmptyText) {
-    ::SetBrowserInstance(L"7");
-    EXPECT_HRESULT(S_OK, Execute(L"", 0, L"fn"));
-    EXPECT_HRESULT(S_OK, Execute(nullptr, 1, L"fn"));
-    EXPECT_HRESULT(S_OK, Execute(L"a", 0, nullptr));
-    EXPECT_EQ(bridge_.calls, (Texts{Call(L"fn(\"\")"), Call(L"fn(\"\")"), Call(L"(\"a\")")}));
-}
-
-TEST_F(ScriptCalls, RunWhateverTheBrowserInstanceIs) {
-    for (const wchar_t* const browser : {L"", L"undefined", L"UNDEFINED"}) {
-        ::SetBrowserInstance(browser);
-        EXPECT_HRESULT(S_OK, Execute(L"a", 0, L"fn"));
-    }
-    ::SetBrowserInstance(nullptr);
-    EXPECT_HRESULT(S_OK, Execute(L"a", 0, L"fn"));
-    EXPECT_EQ(bridge_.calls, (Texts{Call(L"fn(\"a\")", L""), Call(L"fn(\"a\")", L"undefined"),
-                                    Call(L"fn(\"a\")", L"UNDEFINED"), Call(L"fn(\"a\")", L"")}));
-}
-
-TEST_F(ScriptCalls, AreInTheAnsiCodePage) {
-    ::SetBrowserInstance(L"caf\xE9 \x0416");
-    EXPECT_HRESULT(S_OK, Execute(L"\x20AC \xE9 \x0416", 0, L"fn\xE9\x0416"));
-    EXPECT_EQ(bridge_.calls, Texts{Call(L"fn\xE9?(\"\x80 \xE9 ?\")", L"caf\xE9 ?")});
-}
-
-// The library takes texts that end with a NUL.
-TEST_F(ScriptCalls, EndAtAnEmbeddedNul) {
-    ::SetBrowserInstance(L"7");
-    EXPECT_HRESULT(S_OK, control_.ExecuteJavaScript(Argument(std::wstring{L'a', L'\0', L'b'}), 0, Argument(L"fn")));
-    EXPECT_EQ(bridge_.calls, Texts{Call(L"fn(\"a")});
-}
-
-TEST_F(ScriptCalls, LoadTheLibraryForTheirOwnTimeOnly) {
-    bool is_loaded = false;
-    bridge_.on_script = [&] { is_loaded = IsBridgeLoaded(); };
-    for (int round = 0; round < 3; ++round) {
-        is_loaded = false;
-        EXPECT_HRESULT(S_OK, Execute(L"a", 0, L"fn"));
-        EXPECT_TRUE(is_loaded);
-        EXPECT_FALSE(IsBridgeLoaded());
-        EXPECT_EQ(g_hBridgeModule, nullptr);
-    }
-}
-
-TEST_F(ScriptCalls, UseTheLibraryThatIsThereAtTheTime) {
-    EXPECT_HRESULT(S_OK, Execute(L"a", 0, L"fn"));
-    {
-        const LibraryFolder second(L"second");
-        EXPECT_HRESULT(S_OK, Execute(L"b", 0, L"fn"));
-    }
-    {
-        const LibraryFolder missing(L".");
-        EXPECT_HRESULT(E_FAIL, Execute(L"c", 0, L"fn"));
-    }
-    EXPECT_EQ(bridge_.calls, (Texts{Call(L"fn(\"a\")", L""), L"second: ExecuteJavaScript(\"\", \"fn(\"b\")\")"}));
-}
-
-TEST_F(ScriptCalls, FailWithoutTheFunctionAndFreeTheLibrary) {
-    const LibraryFolder without_functions(L"without_functions");
-    EXPECT_HRESULT(E_FAIL, Execute(L"a", 0, L"fn"));
-    EXPECT_FALSE(IsBridgeLoaded());
-    EXPECT_EQ(g_hBridgeModule, nullptr);
-}
-
-TEST_F(ScriptCalls, FailWhenTheirTextCannotBeMadeAndFreeTheLibrary) {
-    EXPECT_HRESULT(E_FAIL, RunScript([]() -> std::string { throw std::bad_alloc(); }));
-    EXPECT_HRESULT(E_FAIL, RunScript([]() -> std::string { throw _com_error(E_OUTOFMEMORY); }));
-    EXPECT_EQ(bridge_.calls, Texts{});
-    EXPECT_FALSE(IsBridgeLoaded());
-}
-
-TEST_F(ScriptCalls, FailWhenAnExceptionLeavesTheFunctionAndFreeTheLibrary) {
-#ifdef _WIN64
-    bridge_.throws_at_end = true;
-    EXPECT_HRESULT(E_FAIL, Execute(L"a", 0, L"fn"));
-    ExpectNoLibrary();
-    bridge_.throws_at_end = false;
-    EXPECT_HRESULT(S_OK, Execute(L"b", 0, L"fn"));
-#else
-    GTEST_SKIP() << kNoExceptionsBetweenModules;
-#endif
-}
-
-TEST_F(ScriptCalls, FailWhenAStructuredExceptionLeavesTheFunctionAndFreeTheLibrary) {
-    for (const DWORD code : kStructuredExceptions) {
-        bridge_.on_script = [code] { ::RaiseException(code, 0, 0, nullptr); };
-        EXPECT_HRESULT(E_FAIL, Execute(L"a", 0, L"fn"));
-        ExpectNoLibrary();
-    }
-    bridge_.on_script = nullptr;
-    EXPECT_HRESULT(S_OK, Execute(L"b", 0, L"fn"));
-}
-
-// A script of the library may end in another push.
-TEST_F(ScriptCalls, MayNest) {
-    bridge_.on_script = [this] {
-        bridge_.on_script = nullptr;
-        EXPECT_HRESULT(S_OK, Execute(L"inner", 0, L"fn"));
-    };
-    EXPECT_HRESULT(S_OK, Execute(L"outer", 0, L"fn"));
-    EXPECT_EQ(bridge_.calls, (Texts{Call(L"fn(\"outer\")", L""), Call(L"fn(\"inner\")", L"")}));
-    EXPECT_FALSE(IsBridgeLoaded());
-}
-
-// The inner script has freed the library by then.
-TEST_F(ScriptCalls, FailWhenTheyNestBeforeAnExceptionAndFreeTheLibrary) {
-#ifdef _WIN64
-    FailAfterNesting([this] { bridge_.throws_at_end = true; });
-#else
-    GTEST_SKIP() << kNoExceptionsBetweenModules;
-#endif
-}
-
-TEST_F(ScriptCalls, FailWhenTheyNestBeforeAStructuredExceptionAndFreeTheLibrary) {
-    for (const DWORD code : kStructuredExceptions) {
-        FailAfterNesting([code] { ::RaiseException(code, 0, 0, nullptr); });
-    }
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include <string>
 
 #include "lhxml/dom.hpp"
-
 #include "tests/support/hresult.hpp"
 
 namespace paylodge::test {

@@ -2,92 +2,17 @@
 
 #include <gtest/gtest.h>
 
-#include <comdef.h>
-
 #include <algorithm>
 #include <chrono>
-#include <iterator>
-#include <new>
-#include <ostream>
-#include <stdexcept>
-#include <string_view>
 #include <utility>
 
-#include "tests/support/fake_storage_host.hpp"
-#include "tests/support/hresult.hpp"
-#include "tests/support/live_allocations.hpp"
 #include "tests/support/log_files.hpp"
 #include "tests/support/no_application.hpp"
-#include "tests/support/peak_memory.hpp"
 #include "tests/support/recorded_sleeps.hpp"
+#include "tests/unit/storage/data_file_storage_fixture.hpp"
 
 namespace paylodge::test {
 namespace {
-
-using Calls = std::vector<std::string>;
-
-constexpr LONG kSuccess = 0;
-constexpr LONG kFailure = -9995;
-constexpr LONG kLocked = -9997;
-
-// A failure of the host's own.
-constexpr HRESULT kHostFailure = static_cast<HRESULT>(0x80040400);
-
-// A method of the class: its name in the log, and a call for the tables below.
-struct Operation {
-    const char* name;
-    const char* function;
-    LONG (*run)(CDataFileStorage& storage);
-};
-
-constexpr Operation kSelect = {"Select", "NetworkAdapterManager:CDataFileStorage::SelectDFR(const char*, long)",
-                               [](CDataFileStorage& storage) -> LONG { return storage.SelectDFR("Category", 7); }};
-constexpr Operation kRead = {"Read", "NetworkAdapterManager:CDataFileStorage::ReadProperty(const char*, VARIANT*)",
-                             [](CDataFileStorage& storage) -> LONG {
-                                 OwnedVariant value;
-                                 return storage.ReadProperty("Key", value.Receive());
-                             }};
-constexpr Operation kWrite = {"Write", "NetworkAdapterManager:CDataFileStorage::WriteProperty(const char*, VARIANT)",
-                              [](CDataFileStorage& storage) -> LONG {
-                                  return storage.WriteProperty("Key", OwnedVariant(MakeBstr(L"value")).Get());
-                              }};
-constexpr Operation kDelete = {"Delete", "NetworkAdapterManager:CDataFileStorage::DeleteDFR()",
-                               [](CDataFileStorage& storage) -> LONG { return storage.DeleteDFR(); }};
-constexpr Operation kOnRecord[] = {kRead, kWrite, kDelete};
-
-const char* const kInit = "NetworkAdapterManager:CDataFileStorage::InitDFRPointer()";
-
-const Calls kSelecting = {"CreateInstance()", "GetRunningApplication()", "QueryInterface(IHostApplication)",
-                          "GetAddInGoodies()", "AttachToCurrentCompany()"};
-const Calls kGettingRecord = {"GetDataFileRecords(\"Category\")", "Exists(7)", "Item(7)"};
-
-[[nodiscard]] Calls operator+(Calls calls, const Calls& more) {
-    calls.insert(calls.end(), more.begin(), more.end());
-    return calls;
-}
-
-[[nodiscard]] LockAnswer Refused(HRESULT result = S_OK) { return {.result = result, .is_acquired = false}; }
-
-class DataFileStorage : public testing::Test {
-  public:
-    ~DataFileStorage() override { EXPECT_EQ(0, host_.held_locks); }
-
-  protected:
-    DataFileStorage() { Stored().Put(L"Key", L"old"); }
-
-    void Select() {
-        EXPECT_EQ(kSuccess, kSelect.run(storage_));
-        EXPECT_EQ(kSelecting, TakeCalls());
-    }
-
-    [[nodiscard]] Calls TakeCalls() { return std::exchange(host_.calls, {}); }
-
-    [[nodiscard]] StoredRecord& Stored() { return host_.categories[L"Category"][7]; }
-
-    ProcessLog log_;
-    FakeStorageHost host_;
-    CDataFileStorage storage_;
-};
 
 // Selecting
 
@@ -468,199 +393,7 @@ TEST_F(DataFileStorage, WaitingForALockTakesATenthOfASecondForEachTry) {
     EXPECT_NE("", log_.Take());
 }
 
-// Failures: each of the host's calls that an operation needs
-
-struct Failure {
-    Operation operation;
-    const char* method;
-    const char* function;
-    const char* message;
-};
-
-void PrintTo(const Failure& failure, std::ostream* stream) { *stream << failure.operation.name << failure.method; }
-
-constexpr const char* kNotCreated = "Failed to create COM object.";
-constexpr const char* kNoRecords = "Failed to get data file records from company file in LH.";
-constexpr const char* kNotDetermined = "Failed to determine if a data file record exists from data file records in LH.";
-constexpr const char* kNoItem = "Failed to ask for item from data file records in LH.";
-constexpr const char* kNotAdded = "Failed to add from data file records in LH.";
-constexpr const char* kNoLock = "Failed to acquire lock for data file record in LH.";
-constexpr const char* kNoBag = "Failed to get property bag from data file record in LH.";
-constexpr const char* kNotUnlocked = "Failed to unlock data file record in LH.";
-
-const Failure kFailures[] = {
-    {kSelect, "CreateInstance", kSelect.function, kNotCreated},
-    {kSelect, "GetRunningApplication", kSelect.function, kNotCreated},
-    {kSelect, "QueryInterface", kSelect.function, kNotCreated},
-    {kSelect, "GetAddInGoodies", kSelect.function, "Failed to get add-in goodies from LH application."},
-    {kSelect, "AttachToCurrentCompany", kSelect.function,
-     "Failed to attach to current company from add-in goodies in LH."},
-    {kRead, "GetDataFileRecords", kInit, kNoRecords},
-    {kRead, "Exists", kInit, kNotDetermined},
-    {kRead, "Item", kInit, kNoItem},
-    {kRead, "Add", kInit, kNotAdded},
-    {kRead, "GetPropertyBag", kRead.function, kNoBag},
-    {kRead, "Read", kRead.function, "Failed to read property \"Key\" from property bag in LH."},
-    {kWrite, "GetDataFileRecords", kInit, kNoRecords},
-    {kWrite, "Exists", kInit, kNotDetermined},
-    {kWrite, "Item", kInit, kNoItem},
-    {kWrite, "Add", kInit, kNotAdded},
-    {kWrite, "Lock", kWrite.function, kNoLock},
-    {kWrite, "GetPropertyBag", kWrite.function, kNoBag},
-    {kWrite, "Write", kWrite.function, "Failed to write property \"Key\" to property bag in LH."},
-    {kWrite, "PutDataVersion", kWrite.function, "Failed to put data version to data file record in LH."},
-    {kWrite, "Save", kWrite.function, "Failed to save data file record in LH."},
-    {kWrite, "Unlock", kWrite.function, kNotUnlocked},
-    {kDelete, "GetDataFileRecords", kInit, kNoRecords},
-    {kDelete, "Exists", kInit, kNotDetermined},
-    {kDelete, "Item", kInit, kNoItem},
-    {kDelete, "Add", kInit, kNotAdded},
-    {kDelete, "Lock", kDelete.function, kNoLock},
-    {kDelete, "Delete", kDelete.function, "Failed to delete data file record in LH."},
-    {kDelete, "Unlock", kDelete.function, kNotUnlocked},
-};
-
-class FailingCall : public DataFileStorage, public testing::WithParamInterface<Failure> {
-  protected:
-    FailingCall() {
-        if (GetParam().operation.run != kSelect.run) {
-            Select();
-        }
-    }
-
-    // Runs the operation on a record that is there unless the row is about adding it.
-    [[nodiscard]] LONG Run() {
-        host_.categories.clear();
-        if (std::string(GetParam().method) != "Add") {
-            Stored().Put(L"Key", L"old");
-        }
-        host_.calls.clear();
-        return GetParam().operation.run(storage_);
-    }
-    [[nodiscard]] LONG FailWith(HRESULT code) {
-        host_.codes[GetParam().method] = code;
-        return Run();
-    }
-
-    // What a run without failure asks of the host up to the call that the row is about.
-    [[nodiscard]] Calls CallsUpToFailure() {
-        EXPECT_EQ(kSuccess, Run());
-        Calls calls = TakeCalls();
-        const auto failing = std::ranges::find_if(
-            calls, [](const std::string& call) { return call.substr(0, call.find('(')) == GetParam().method; });
-        calls.erase(failing + 1, calls.end());
-        return calls;
-    }
-
-    [[nodiscard]] static std::string Logged(bool is_flag_on, HRESULT code) {
-        return LoggedEntry(FailureText(is_flag_on, GetParam().function, GetParam().message, code));
-    }
-};
-
-TEST_P(FailingCall, IsLoggedOnceAndReturned) {
-    for (const bool is_flag_on : {false, true}) {
-        SetLogContextFlag(is_flag_on);
-        for (const HRESULT code : {E_FAIL, kHostFailure, static_cast<HRESULT>(0x800706BA)}) {
-            EXPECT_EQ(kFailure, FailWith(code));
-            EXPECT_EQ(Logged(is_flag_on, code), log_.Take());
-        }
-    }
-}
-
-TEST_P(FailingCall, EndsTheOperationAndReleasesTheLock) {
-    Calls expected = CallsUpToFailure();
-    const bool is_locked = std::find(expected.begin(), expected.end() - 1, "Lock()") != expected.end() - 1;
-    if (is_locked && expected.back() != "Unlock()") {
-        expected.emplace_back("Unlock()");
-    }
-    EXPECT_EQ(kFailure, FailWith(kHostFailure));
-    EXPECT_EQ(expected, host_.calls);
-    EXPECT_NE("", log_.Take());
-}
-
-TEST_P(FailingCall, IsTheOnlyOneLoggedWhenUnlockingFailsAsWell) {
-    host_.codes["Unlock"] = E_ACCESSDENIED;
-    EXPECT_EQ(kFailure, FailWith(kHostFailure));
-    EXPECT_EQ(Logged(false, kHostFailure), log_.Take());
-}
-
-TEST_P(FailingCall, LeaksNothing) {
-    if (!LiveAllocations::CanCountStrings()) {
-        GTEST_SKIP() << "OANOCACHE is not set: automation keeps freed strings";
-    }
-    EXPECT_EQ(kFailure, FailWith(kHostFailure));
-    const int objects = host_.live_objects;
-    const LiveAllocations allocations;
-    EXPECT_EQ(kFailure, FailWith(kHostFailure));
-    host_.categories.clear();
-    EXPECT_EQ(0, allocations.Count());
-    EXPECT_EQ(objects, host_.live_objects);
-    EXPECT_NE("", log_.Take());
-}
-
-TEST_P(FailingCall, DoesNotHinderTheNextCall) {
-    EXPECT_EQ(kFailure, FailWith(kHostFailure));
-    EXPECT_NE("", log_.Take());
-    host_.codes.clear();
-    EXPECT_EQ(kSuccess, Run());
-}
-
-// What a host raises, and the HRESULT that the log has for it.
-struct RaisedByHost {
-    const char* name;
-    void (*raise)();
-    HRESULT logged;
-    // Raised by code of this compiler, whose exceptions do not pass the system's creation of an object on x86.
-    bool is_ours;
-};
-const RaisedByHost kRaisedByHost[] = {
-    {"ComError", [] { throw _com_error(kHostFailure); }, kHostFailure, true},
-    {"BadAlloc", [] { throw std::bad_alloc(); }, E_OUTOFMEMORY, true},
-    {"OtherException", [] { throw std::runtime_error("unexpected"); }, E_UNEXPECTED, true},
-    {"PlatformsCompiler", [] { ::RaiseException(0xE06D7363, EXCEPTION_NONCONTINUABLE, 0, nullptr); }, E_FAIL, false},
-};
-
-TEST_P(FailingCall, ThatRaisesIsLoggedOnceAndReturned) {
-    const std::string method = GetParam().method;
-    for (const auto& [name, raise, logged, is_ours] : kRaisedByHost) {
-        SCOPED_TRACE(name);
-        if (is_ours && method == "CreateInstance") {
-            continue;
-        }
-        host_.on_call[method] = raise;
-        EXPECT_EQ(kFailure, Run());
-        EXPECT_EQ(Logged(false, logged), log_.Take());
-        if (method == "Unlock") {
-            // The host raised before it unlocked.
-            host_.held_locks = 0;
-        }
-        EXPECT_EQ(0, host_.held_locks);
-        host_.on_call.clear();
-        EXPECT_EQ(kSuccess, Run()) << "the next call works";
-    }
-}
-
-// Every heap allocation of the operation and of the host in it in turn.
-TEST_P(FailingCall, WithoutMemoryLeavesNoLockAndRaisesNothing) {
-    if (GetParam().operation.run == kSelect.run) {
-        // The host's objects are made by the system, which is not made for exceptions.
-        return;
-    }
-    EXPECT_EQ(kFailure, FailWith(kHostFailure)) << "the log's place is known from here on";
-    bool has_failed = true;
-    for (int number = 1; has_failed; ++number) {
-        host_.calls.clear();
-        const FailingAllocation failing(number);
-        EXPECT_NO_THROW(static_cast<void>(GetParam().operation.run(storage_)));
-        has_failed = failing.HasFailed();
-        EXPECT_EQ(0, host_.held_locks) << number;
-    }
-    static_cast<void>(log_.Take());
-}
-
-INSTANTIATE_TEST_SUITE_P(Host, FailingCall, testing::ValuesIn(kFailures), testing::PrintToStringParamName());
-
-// What is let go of, and when
+// What is released, and when
 
 class LiveObjectsAtCall : public DataFileStorage {
   protected:
@@ -688,27 +421,6 @@ TEST_F(LiveObjectsAtCall, OperationsReleaseTheOldRecordBeforeTheyAskForItsCollec
         EXPECT_EQ(first, At("GetDataFileRecords", operation, 1)) << operation.name;
     }
 }
-
-class FailureUnderLock : public FailingCall {};
-
-TEST_P(FailureUnderLock, IsLoggedBeforeTheRecordIsUnlocked) {
-    std::string logged_before;
-    host_.on_call["Unlock"] = [&] { logged_before = log_.Take(); };
-    EXPECT_EQ(kFailure, FailWith(kHostFailure));
-    EXPECT_EQ(Logged(false, kHostFailure), logged_before);
-}
-
-[[nodiscard]] std::vector<Failure> FailuresUnderLock() {
-    constexpr std::string_view kMethods[] = {"GetPropertyBag", "Write", "PutDataVersion", "Save", "Delete"};
-    std::vector<Failure> failures;
-    std::ranges::copy_if(kFailures, std::back_inserter(failures), [&](const Failure& failure) {
-        return failure.operation.run != kRead.run && std::ranges::find(kMethods, failure.method) != std::end(kMethods);
-    });
-    return failures;
-}
-
-INSTANTIATE_TEST_SUITE_P(Host, FailureUnderLock, testing::ValuesIn(FailuresUnderLock()),
-                         testing::PrintToStringParamName());
 
 // Names that nobody expects
 
