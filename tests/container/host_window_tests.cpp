@@ -132,7 +132,7 @@ TEST_F(HostWindow, TwoControlsAreDestroyedInAnyOrder) {
 TEST_F(HostWindow, AHundredControlsComeAndGo) {
     constexpr int kRounds = 100;
     for (int round = 0; round < kRounds; ++round) {
-        ::DestroyWindow(NewHost(0, 0));
+        EXPECT_TRUE(::DestroyWindow(NewHost(0, 0))) << round;
     }
     // The component says at the end of each test whether something is left.
 }

@@ -1,6 +1,7 @@
 // The members that the other scripts do not need, against the reference host.
 
 var lh = new ActiveXObject("Paylodge.Paylodge");
+var host = new ActiveXObject("Ledgerhall.ReferenceHost");
 
 function isListed(account, type) {
     return lh.GetAccounts(type).indexOf("<AccountName>" + account + "</AccountName>") >= 0;
@@ -39,8 +40,11 @@ test("payment methods are listed by name", function () {
 });
 
 test("a form opens for a transaction, and an unknown one is the host's business", function () {
+    host.ClearCalls();
     lh.OpenTxnForm("Invoice", "T-101");
+    contains(host.Response(0), " statusCode=\"0\" ");
     lh.OpenTxnForm("Invoice", "T-0");
+    contains(host.Response(1), " statusCode=\"2040\" ");
 });
 
 test("a refused transfer raises an error", function () {

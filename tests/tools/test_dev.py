@@ -137,9 +137,9 @@ class Waiting(Checkout):
         self.run_dev("clean")
         self.start("hold")
         self.wait_until_ready()
-        self.run_dev_and_expect_to_wait("clean")
+        self.expect_to_wait("clean")
 
-    def run_dev_and_expect_to_wait(self, command: str) -> None:
+    def expect_to_wait(self, command: str) -> None:
         process = self.start(command)
         assert process.stdout
         self.assertIn("waiting", process.stdout.readline())

@@ -40,7 +40,7 @@ class LastReference : public InPlace {
   protected:
     // The control is gone when the verb or method returns, and nothing of it was used afterwards.
     template <class Method>
-    void ReleaseAt(const char* call, const Method& method) {
+    void ExpectReleaseAt(const char* call, const Method& method) {
         ASSERT_HRESULT(S_OK, Do(OLEIVERB_UIACTIVATE));
         const HWND window = ControlWindow();
         IOleObject* const object = object_.Detach();
@@ -62,7 +62,7 @@ class LastReference : public InPlace {
 
     // The same for a control that is only shown, and what its window is sent.
     template <class Send>
-    void ReleaseWhileShownAt(const char* call, const Send& send) {
+    void ExpectReleaseWhileShownAt(const char* call, const Send& send) {
         ShowControl();
         const HWND window = ControlWindow();
         object_.Reset();
@@ -84,37 +84,37 @@ class LastReference : public InPlace {
 };
 
 TEST_F(LastReference, GoesWhileTheUserInterfaceIsDeactivated) {
-    ReleaseAt("OnUIDeactivate", [](IOleObject&, IOleInPlaceObjectWindowless& in_place) {
+    ExpectReleaseAt("OnUIDeactivate", [](IOleObject&, IOleInPlaceObjectWindowless& in_place) {
         EXPECT_HRESULT(S_OK, in_place.UIDeactivate());
     });
 }
 
 TEST_F(LastReference, GoesWhileTheControlIsHidden) {
-    ReleaseAt("OnUIDeactivate", [this](IOleObject& object, IOleInPlaceObjectWindowless&) {
+    ExpectReleaseAt("OnUIDeactivate", [this](IOleObject& object, IOleInPlaceObjectWindowless&) {
         EXPECT_HRESULT(S_OK, object.DoVerb(OLEIVERB_HIDE, nullptr, site_.Get(), 0, site_->parent, nullptr));
     });
 }
 
 TEST_F(LastReference, GoesWhileTheControlIsDeactivated) {
-    ReleaseAt("OnInPlaceDeactivate", [](IOleObject&, IOleInPlaceObjectWindowless& in_place) {
+    ExpectReleaseAt("OnInPlaceDeactivate", [](IOleObject&, IOleInPlaceObjectWindowless& in_place) {
         EXPECT_HRESULT(S_OK, in_place.InPlaceDeactivate());
     });
 }
 
 TEST_F(LastReference, GoesWhileTheControlIsClosed) {
-    ReleaseAt("OnInPlaceDeactivate", [](IOleObject& object, IOleInPlaceObjectWindowless&) {
+    ExpectReleaseAt("OnInPlaceDeactivate", [](IOleObject& object, IOleInPlaceObjectWindowless&) {
         EXPECT_HRESULT(S_OK, object.Close(OLECLOSE_NOSAVE));
     });
 }
 
 TEST_F(LastReference, GoesWhileAClickAsksForTheUserMode) {
-    ReleaseWhileShownAt("Ambient-709", [](HWND window) { ::SendMessageW(window, WM_MOUSEACTIVATE, 0, 0); });
+    ExpectReleaseWhileShownAt("Ambient-709", [](HWND window) { ::SendMessageW(window, WM_MOUSEACTIVATE, 0, 0); });
 }
 
 TEST_F(LastReference, GoesWhileAClickActivatesTheUserInterface) {
     for (const char* const call : {"OnUIActivate", "NoBorderSpace", "OnFocus"}) {
         SCOPED_TRACE(call);
-        ReleaseWhileShownAt(call, [](HWND window) { ::SendMessageW(window, WM_MOUSEACTIVATE, 0, 0); });
+        ExpectReleaseWhileShownAt(call, [](HWND window) { ::SendMessageW(window, WM_MOUSEACTIVATE, 0, 0); });
         control_ = ComObject<TestControl>::Create();
         object_ = Query<IOleObject>(control_);
         in_place_ = Query<IOleInPlaceObjectWindowless>(control_);
@@ -168,7 +168,7 @@ class ReleasedBySink : public ::testing::Test {
 
     // Releases the control when the call comes; what `notify` does is over then, and the control is gone.
     template <class Notify>
-    void ReleaseAt(const char* call, const Notify& notify) {
+    void ExpectReleaseAt(const char* call, const Notify& notify) {
         IOleObject* const object = control_.Detach();
         int times = 0;
         record_.reactions[call] = [&] {
@@ -193,7 +193,7 @@ TEST_F(ReleasedBySink, GoesWhileADataSinkIsNotifiedOfANewSize) {
     FORMATETC format = PictureFormat();
     ASSERT_HRESULT(S_OK, Query<IDataObject>(control_)->DAdvise(&format, ADVF_NODATA, site_.Get(), &cookie));
     ASSERT_HRESULT(S_OK, Query<IViewObjectEx>(control_)->SetAdvise(DVASPECT_CONTENT, 0, site_.Get()));
-    ReleaseAt("OnDataChange", [](IOleObject& control) {
+    ExpectReleaseAt("OnDataChange", [](IOleObject& control) {
         SIZEL size{7, 8};
         EXPECT_HRESULT(S_OK, control.SetExtent(DVASPECT_CONTENT, &size));
     });
@@ -202,7 +202,7 @@ TEST_F(ReleasedBySink, GoesWhileADataSinkIsNotifiedOfANewSize) {
 
 TEST_F(ReleasedBySink, GoesWhileAViewSinkIsNotified) {
     ASSERT_HRESULT(S_OK, Query<IViewObjectEx>(control_)->SetAdvise(DVASPECT_CONTENT, 0, site_.Get()));
-    ReleaseAt("OnViewChange(1,-1)", [](IOleObject& control) {
+    ExpectReleaseAt("OnViewChange(1,-1)", [](IOleObject& control) {
         SIZEL size{7, 8};
         EXPECT_HRESULT(S_OK, control.SetExtent(DVASPECT_CONTENT, &size));
     });
@@ -210,7 +210,7 @@ TEST_F(ReleasedBySink, GoesWhileAViewSinkIsNotified) {
 
 TEST_F(ReleasedBySink, GoesWhileAViewSinkIsNotifiedAtOnce) {
     IViewObjectEx* const view = Query<IViewObjectEx>(control_).Get();
-    ReleaseAt("OnViewChange(1,-1)", [&](IOleObject&) {
+    ExpectReleaseAt("OnViewChange(1,-1)", [&](IOleObject&) {
         EXPECT_HRESULT(S_OK, view->SetAdvise(DVASPECT_CONTENT, ADVF_PRIMEFIRST, site_.Get()));
     });
 }
@@ -231,14 +231,14 @@ TEST_F(ReleasedBySink, GoesWhileSinksAreNotifiedThatItWasSaved) {
     DWORD cookie = 0;
     ASSERT_HRESULT(S_OK, control_->Advise(site_.Get(), &cookie));
     IPersistStorage* const storage = Query<IPersistStorage>(control_).Get();
-    ReleaseAt("OnSave", [storage](IOleObject&) { EXPECT_HRESULT(S_OK, storage->SaveCompleted(nullptr)); });
+    ExpectReleaseAt("OnSave", [storage](IOleObject&) { EXPECT_HRESULT(S_OK, storage->SaveCompleted(nullptr)); });
 }
 
 TEST_F(ReleasedBySink, GoesWhileItIsClosed) {
     DWORD cookie = 0;
     ASSERT_HRESULT(S_OK, control_->Advise(site_.Get(), &cookie));
     ASSERT_HRESULT(S_OK, Query<IViewObjectEx>(control_)->SetAdvise(DVASPECT_CONTENT, 0, site_.Get()));
-    ReleaseAt("OnClose", [](IOleObject& control) { EXPECT_HRESULT(S_OK, control.Close(OLECLOSE_NOSAVE)); });
+    ExpectReleaseAt("OnClose", [](IOleObject& control) { EXPECT_HRESULT(S_OK, control.Close(OLECLOSE_NOSAVE)); });
 }
 
 TEST_F(ReleasedBySink, GoesWhileItsSiteSavesIt) {
@@ -249,7 +249,8 @@ TEST_F(ReleasedBySink, GoesWhileItsSiteSavesIt) {
     DWORD cookie = 0;
     ASSERT_HRESULT(S_OK, control_->Advise(site_.Get(), &cookie));
     ASSERT_HRESULT(S_OK, control_->SetClientSite(site_.Get()));
-    ReleaseAt("SaveObject", [](IOleObject& control) { EXPECT_HRESULT(S_OK, control.Close(OLECLOSE_SAVEIFDIRTY)); });
+    ExpectReleaseAt("SaveObject",
+                    [](IOleObject& control) { EXPECT_HRESULT(S_OK, control.Close(OLECLOSE_SAVEIFDIRTY)); });
     EXPECT_EQ("SaveObject OnSave OnClose", record_.Take());
 }
 
