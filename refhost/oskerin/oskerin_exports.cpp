@@ -47,8 +47,11 @@ void __cdecl ExecuteJavaScript(const char* browser_instance, const char* script)
     ListenToScript(browser_instance == nullptr ? "" : browser_instance, script == nullptr ? "" : script);
 }
 
-// Not one of the host's functions: how a program that plays the host gets the scripts for its pages.
-void __cdecl SetScriptListener(ScriptListener* listener, void* context) { ListenWith(listener, context); }
+// Not one of the host's functions, and so not in oskerin.def: how a program that plays the host gets the scripts for
+// its pages.
+__declspec(dllexport) void __cdecl SetScriptListener(ScriptListener* listener, void* context) {
+    ListenWith(listener, context);
+}
 
 void __cdecl InitializeSession() { g_reader.InitializeSession(); }
 void __cdecl ResetSession() { g_reader.ResetSession(); }
