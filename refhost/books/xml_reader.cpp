@@ -166,12 +166,6 @@ class Reader {
 
 }  // namespace
 
-Document ReadXml(std::string_view text) {
-    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-    if (text.starts_with(kByteOrderMark)) {
-        text.remove_prefix(kByteOrderMark.size());
-    }
-    return Reader(text).Read();
-}
+Document ReadXml(std::string_view text) { return Reader(text).Read(); }
 
 }  // namespace paylodge::refhost

@@ -37,6 +37,43 @@ TEST(XmlReader, KeepsInstructionsAndJoinsCharacterData) {
     EXPECT_EQ(document.root.text, "x<z>");
 }
 
+TEST(XmlReader, LeavesOutTheMarkOfTheEncodingAtTheBeginningOnly) {
+    EXPECT_EQ(ReadXml("\xEF\xBB\xBF<A>x</A>").root.text, "x");
+    EXPECT_EQ(ReadXml("<A>\xEF\xBB\xBFx</A>").root.text, "\xEF\xBB\xBFx");
+    EXPECT_THROW(static_cast<void>(ReadXml("\xEF\xBB\xBF\xEF\xBB\xBF<A/>")), RefusedRequest);
+}
+
+TEST(XmlReader, ReadsUtf8WhateverTheDeclarationSays) {
+    EXPECT_EQ(ReadXml("<?xml version=\"1.0\" encoding=\"UTF-8\"?><A>\xC3\xA9</A>").root.text, "\xC3\xA9");
+    EXPECT_EQ(ReadXml("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><A>\xC3\xA9</A>").root.text, "\xC3\xA9");
+    for (const std::string& text :
+         {std::string("<A>\xE9</A>"), std::string("<A>\xC3</A>"), std::string("<A>\xC0\xAF</A>"),
+          std::string("<A>\xF5\x80\x80\x80</A>"), std::string("<A b='\xFF'/>")}) {
+        EXPECT_THROW(static_cast<void>(ReadXml(text)), RefusedRequest);
+    }
+}
+
+TEST(XmlReader, ReadsTextsOfManyMegabytesWhole) {
+    const std::string text(20'000'000, 'x');
+    EXPECT_EQ(ReadXml("<A>" + text + "</A>").root.text.size(), text.size());
+    EXPECT_EQ(ReadXml("<A b=\"" + text + "\"/>").root.attributes.front().value.size(), text.size());
+    EXPECT_THROW(static_cast<void>(ReadXml("<A>" + text)), RefusedRequest);
+}
+
+// An external entity stands in a type declaration, at which reading ends.
+TEST(XmlReader, FetchesNothing) {
+    for (const char* text : {"<!DOCTYPE A SYSTEM \"file:///etc/hostname\"><A/>",
+                             "<!DOCTYPE A [<!ENTITY e SYSTEM \"file:///etc/hostname\">]><A>&e;</A>",
+                             "<!DOCTYPE A [<!ENTITY % e SYSTEM \"file:///etc/hostname\"> %e;]><A/>"}) {
+        try {
+            static_cast<void>(ReadXml(text));
+            ADD_FAILURE() << "was read: " << text;
+        } catch (const RefusedRequest& refused) {
+            EXPECT_NE(refused.GetStatus().message.find("a document type declaration stands here"), std::string::npos);
+        }
+    }
+}
+
 TEST(XmlReader, RefusesWhatIsNotWellFormed) {
     using namespace std::string_literals;
     const std::string entities = "<!DOCTYPE A [<!ENTITY e 'x'>]><A>&e;</A>";
@@ -119,6 +156,16 @@ INSTANTIATE_TEST_SUITE_P(
             "UnknownEntity", "<A>&nbsp;</A>",
             "line 1, column 4: the entity is unknown: &amp;, &lt;, &gt;, &quot;, &apos; or a number such as &#233; is "
             "expected."},
+        PlaceCase{"UnclosedTag", "<A", "line 1, column 1: this tag does not end: > is expected."},
+        PlaceCase{"UnclosedTagWithin", "<A><B", "line 1, column 4: this tag does not end: > is expected."},
+        PlaceCase{"HalfCharacter", "<A>\xC3", "line 1, column 4: the text ends within a character."},
+        PlaceCase{"ImpossibleCharacter", "<A>&#0;</A>", "line 1, column 4: no character has this number."},
+        PlaceCase{"LateDeclaration", " <?xml version=\"1.0\"?><A/>",
+                  "line 1, column 2: the XML declaration is expected at the very beginning."},
+        PlaceCase{"MalformedDeclaration", "<?xml versoin=\"1.0\"?><A/>",
+                  "line 1, column 7: the XML declaration is malformed: <?xml version=\"1.0\"?> is expected."},
+        PlaceCase{"UnclosedCdata", "<A><![CDATA[x</A>",
+                  "line 1, column 18: the CDATA section does not end: ]]> is expected."},
         PlaceCase{"AttributeTwice", "<A b='1' b='2'/>",
                   "line 1, column 10: the attribute is given twice: once is expected."}),
     [](const auto& test) { return test.param.name; });

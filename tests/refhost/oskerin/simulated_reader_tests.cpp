@@ -3,7 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <cstdio>
 #include <functional>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "refhost/oskerin/tlv.hpp"
 
@@ -215,6 +220,125 @@ TEST_F(CardReaderTest, StaysWhereItIsAfterAStepOutOfOrder) {
         EXPECT_EQ(reader_.TakeResult(), Error(std::string(name) + ": not now; the reader is in the state Completed"));
         EXPECT_EQ(reader_.BatchData(), batch);
     }
+}
+
+// The order of calls: where each step leads from each state, with a reader connected.
+TEST(CardReaderOrder, IsThatOfAPayment) {
+    struct Action {
+        const char* name;
+        std::function<void(CardReader&)> run;
+    };
+    const std::vector<Action> actions = {
+        {"InitializeSession", [](CardReader& reader) { reader.InitializeSession(); }},
+        {"ResetSession", [](CardReader& reader) { reader.ResetSession(); }},
+        {"ConnectDevice", [](CardReader& reader) { reader.Connect(); }},
+        {"StartEMV", kSteps[0].run},
+        {"HandleAidSelecttion", kSteps[1].run},
+        {"SendOnlineProcessResult", kSteps[2].run},
+        {"ShowFinalConfirmationWindow", kSteps[3].run},
+        {"CancelCheckCard", [](CardReader& reader) { reader.Cancel(); }},
+        {"DisconnectDevice", [](CardReader& reader) { reader.Disconnect(); }},
+    };
+    // How a reader comes to each state from a connected one in a session.
+    const std::vector<std::pair<std::string, std::vector<size_t>>> states = {
+        {"NoSession", {1}},
+        {"Idle", {}},
+        {"ApplicationSelection", {3}},
+        {"OnlineAuthorization", {3, 4}},
+        {"FinalConfirmation", {3, 4, 5}},
+        {"Completed", {3, 4, 5, 6}},
+        {"Cancelled", {7}},
+    };
+    for (const auto& [state, way] : states) {
+        for (size_t action = 0; action < actions.size(); ++action) {
+            CardReader reader;
+            reader.InitializeSession();
+            reader.Connect();
+            for (const size_t step : way) {
+                actions[step].run(reader);
+            }
+            ASSERT_NE(reader.TakeResult().find("\"" + state + "\""), std::string::npos) << state;
+            const bool had_parameters = !reader.CardParameters().empty();
+            actions[action].run(reader);
+            const bool is_session = state != "NoSession";
+            std::string next = state;
+            if (action == 0) {
+                next = "Idle";
+            } else if (action == 1) {
+                next = "NoSession";
+            } else if (action == 7) {
+                next = is_session ? "Cancelled" : "Error";
+            } else if (action == 8) {
+                next = is_session ? "Idle" : "NoSession";
+            } else if (action == 2) {
+                next = is_session ? state : "Error";
+            } else if (action == 3) {
+                next = state == "Idle" ? "ApplicationSelection" : "Error";
+            } else if (action == 4) {
+                next = state == "ApplicationSelection" ? "OnlineAuthorization" : "Error";
+            } else if (action == 5) {
+                next = state == "OnlineAuthorization" ? "FinalConfirmation" : "Error";
+            } else {
+                next = state == "FinalConfirmation" ? "Completed" : "Error";
+            }
+            EXPECT_NE(reader.TakeResult().find("{\"state\":\"" + next + "\""), std::string::npos)
+                << state << ", " << actions[action].name << ": " << reader.TakeResult();
+            EXPECT_EQ(reader.IsConnected(), action != 8) << state << ", " << actions[action].name;
+            const bool has_parameters = next == "OnlineAuthorization" || next == "FinalConfirmation" ||
+                                        next == "Completed" || (next == "Error" && had_parameters);
+            EXPECT_EQ(!reader.CardParameters().empty(), has_parameters) << state << ", " << actions[action].name;
+            EXPECT_EQ(!reader.BatchData().empty(), next == "Completed" || (next == "Error" && state == "Completed"))
+                << state << ", " << actions[action].name;
+        }
+    }
+}
+
+TEST_F(CardReaderTest, HasEveryPieceOfDataOfAPayment) {
+    Complete();
+    const std::string data =
+        "4F07F0000000010001"
+        "500E53494D554C415445442043415244"
+        "5A080000000000001119"
+        "5F2403301231"
+        "5F2A020840"
+        "82021980"
+        "8407F0000000010001"
+        "95050000008000"
+        "9A03260115"
+        "9C0100"
+        "9F0206000000001250"
+        "9F0306000000000000"
+        "9F1A020840"
+        "9F3303E0F8C8"
+        "9F34031E0300"
+        "9F36020001"
+        "9F37045EED0001";
+    const std::string parameters = reader_.CardParameters();
+    const std::string batch = reader_.BatchData();
+    EXPECT_EQ(parameters.substr(0, data.size()), data);
+    EXPECT_EQ(batch.substr(0, data.size()), data);
+    EXPECT_EQ(parameters.substr(data.size(), 6), "9F2608");
+    EXPECT_EQ(parameters.substr(data.size() + 6 + 16), "9F270180");
+    EXPECT_EQ(batch.substr(data.size(), 8), "8A023030");
+    EXPECT_EQ(batch.substr(data.size() + 8, 6), "9F2608");
+    EXPECT_EQ(batch.substr(data.size() + 8 + 6 + 16), "9F270140");
+}
+
+// The hash of Fowler, Noll and Vo over the amount's digits, begun with the counter.
+TEST_F(CardReaderTest, MakesTheCryptogramOfAmountAndCounter) {
+    const auto hash = [](std::string_view digits, std::uint64_t counter) {
+        std::uint64_t value = 14695981039346656037ULL + counter;
+        for (const char digit : digits) {
+            value ^= static_cast<unsigned char>(digit);
+            value *= 1099511628211ULL;
+        }
+        char text[17];
+        std::snprintf(text, sizeof text, "%016llX", static_cast<unsigned long long>(value));
+        return std::string(text);
+    };
+    Complete();
+    EXPECT_EQ(ValueOf(reader_.CardParameters(), "9F26"), hash("000000001250", 1));
+    EXPECT_EQ(ValueOf(reader_.BatchData(), "9F26"), hash("000000001250", 0x10001));
 }
 
 TEST_F(CardReaderTest, ForgetsAnErrorWithTheNextStepThatWorks) {

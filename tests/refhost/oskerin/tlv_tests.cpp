@@ -73,6 +73,52 @@ TEST(DecodeTlv, RefusesDeeperNestingThanAnyCardHas) {
     EXPECT_EQ(DecodeTlv(text), std::nullopt);
 }
 
+TEST(DecodeTlv, TakesEightLevelsAndRefusesNine) {
+    std::string text = "5A0111";
+    for (int depth = 2; depth <= 8; ++depth) {
+        text = EncodeTlv({{"70", text}});
+    }
+    EXPECT_EQ(DecodeTlv(text).value_or(Items{}).size(), 8U);
+    EXPECT_EQ(DecodeTlv(EncodeTlv({{"70", text}})), std::nullopt);
+    // What is nested deeper but not constructed is only a value.
+    EXPECT_EQ(DecodeTlv(EncodeTlv({{"50", text}})).value_or(Items{}).size(), 1U);
+}
+
+TEST(DecodeTlv, RefusesTheCharactersBesideTheDigits) {
+    for (const char beside : {'/', ':', '@', 'G', '`', 'g'}) {
+        EXPECT_EQ(DecodeTlv(std::string("5A010") + beside), std::nullopt) << beside;
+        EXPECT_EQ(DecodeTlv(std::string("5A01") + beside + '0'), std::nullopt) << beside;
+    }
+    EXPECT_EQ(DecodeTlv("5A0509AFaf09"), std::nullopt);
+    EXPECT_EQ(DecodeTlv("5A0309AFaf"), (Items{{"5A", "09AFAF"}}));
+}
+
+TEST(DecodeTlv, KnowsFromTheFirstByteOfATagWhatIsInIt) {
+    // Constructed or not, and of one byte or more.
+    EXPECT_EQ(DecodeTlv("2003DF0100"), (Items{{"20", "DF0100"}, {"DF01", ""}}));
+    EXPECT_EQ(DecodeTlv("DF0100"), (Items{{"DF01", ""}}));
+    EXPECT_EQ(DecodeTlv("1E00"), (Items{{"1E", ""}}));
+    EXPECT_EQ(DecodeTlv("1F8000"
+                        "00"),
+              (Items{{"1F8000", ""}}));
+    EXPECT_EQ(DecodeTlv("1F7F00"), (Items{{"1F7F", ""}}));
+    EXPECT_EQ(DecodeTlv("BF0102"
+                        "5A00"),
+              (Items{{"BF01", "5A00"}, {"5A", ""}}));
+}
+
+TEST(EncodeTlv, WritesTheShortestLength) {
+    const auto begin = [](size_t bytes) { return EncodeTlv({{"5A", std::string(2 * bytes, '7')}}).substr(0, 8); };
+    EXPECT_EQ(EncodeTlv({}), "");
+    EXPECT_EQ(begin(0), "5A00");
+    EXPECT_EQ(begin(1), "5A0177");
+    EXPECT_EQ(begin(0x7F), "5A7F7777");
+    EXPECT_EQ(begin(0x80), "5A818077");
+    EXPECT_EQ(begin(0xFF), "5A81FF77");
+    EXPECT_EQ(begin(0x100), "5A820100");
+    EXPECT_EQ(begin(0xABCD), "5A82ABCD");
+}
+
 TEST(EncodeTlv, IsDecodedToTheSameItems) {
     for (const size_t bytes : {0U, 1U, 0x7FU, 0x80U, 0xFFU, 0x100U, 0xFFFFU}) {
         const Items items = {{"5A", std::string(2 * bytes, '7')}, {"9F02", "000000001250"}};

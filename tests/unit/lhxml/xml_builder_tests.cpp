@@ -182,6 +182,48 @@ INSTANTIATE_TEST_SUITE_P(XmlBuilder, EscapeTable,
                          testing::Values(Escape{"\"", "&quot;"}, Escape{"&", "&amp;"}, Escape{"'", "&apos;"},
                                          Escape{"<", "&lt;"}, Escape{">", "&gt;"}));
 
+// Blocks of 16 characters are looked at at once: each special character at each place of values around their limits.
+TEST(AppendEscaped, FindsEverySpecialCharacterAtEveryPosition) {
+    constexpr std::string_view kSpecial = "\"&'<>";
+    constexpr std::string_view kEntities[] = {"&quot;", "&amp;", "&apos;", "&lt;", "&gt;"};
+    for (std::size_t size = 1; size <= 50; ++size) {
+        for (std::size_t place = 0; place < size; ++place) {
+            for (std::size_t i = 0; i < kSpecial.size(); ++i) {
+                std::string value(size, 'x');
+                value[place] = kSpecial[i];
+                std::string expected(size, 'x');
+                expected.replace(place, 1, kEntities[i]);
+                ASSERT_EQ(expected, Escaped(value));
+            }
+        }
+    }
+}
+
+TEST(AppendEscaped, FindsTwoSpecialCharactersAnyDistanceApart) {
+    for (std::size_t first = 0; first < 40; ++first) {
+        for (std::size_t second = first + 1; second < 40; ++second) {
+            std::string value(40, 'x');
+            value[first] = '&';
+            value[second] = '<';
+            std::string expected(40, 'x');
+            expected.replace(second, 1, "&lt;").replace(first, 1, "&amp;");
+            ASSERT_EQ(expected, Escaped(value));
+        }
+    }
+}
+
+TEST(AppendEscaped, LeavesBytesThatDifferInOneBit) {
+    for (const char special : "\"&'<>"s) {
+        for (int bit = 0; bit < 8; ++bit) {
+            const char other = static_cast<char>(static_cast<unsigned char>(special) ^ (1U << bit));
+            if ("\"&'<>"s.find(other) == std::string::npos) {
+                const std::string value(33, other);
+                ASSERT_EQ(value, Escaped(value)) << static_cast<int>(other);
+            }
+        }
+    }
+}
+
 TEST(AppendEscaped, CopiesEveryOtherByteAsItIs) {
     for (int code = 0; code < 256; ++code) {
         const std::string byte(1, static_cast<char>(code));

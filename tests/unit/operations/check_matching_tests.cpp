@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -137,6 +139,86 @@ TEST(CheckMatcher, WrapsTheSumAroundAsThirtyTwoBitsDo) {
 TEST(CheckMatcher, MatchesNoAmountThatDoesNotFit) {
     EXPECT_EQ("", Match("30000000", {{"1", "30000000"}}));
     EXPECT_EQ("", Match("1e30", {{"1", "1e30"}}));
+}
+
+TEST(CheckMatcher, MatchesOneCentWithOneCent) {
+    EXPECT_EQ("1", Match("0.01", {{"1", "0.01"}}));
+    EXPECT_EQ("1", Match("0.01", {{"1", "0.01"}, {"2", "0.01"}}));
+    EXPECT_EQ("", Match("0.01", {{"1", "0.02"}}));
+    EXPECT_EQ("2", Match("0.01", {{"1", "0.00"}, {"2", "0.01"}}));
+    EXPECT_EQ("1, 2", Match("0.02", {{"1", "0.01"}, {"2", "0.01"}}));
+}
+
+TEST(CheckMatcher, AddsBalancesOfNothingToTheList) {
+    EXPECT_EQ("1, 2, 3", Match("1", {{"1", "0"}, {"2", "0.40"}, {"3", "0.60"}}));
+    EXPECT_EQ("2", Match("1", {{"1", "abc"}, {"2", "1.00000001"}, {"3", "9"}}));
+}
+
+// What the matching is, said once more and as plainly as it can be.
+[[nodiscard]] std::int32_t PlainCents(const std::string& text) {
+    float number = 0;
+    static_cast<void>(std::sscanf(text.c_str(), "%f", &number));
+    return static_cast<std::int32_t>(static_cast<double>(number) * 100.0 + 0.5);
+}
+[[nodiscard]] std::string PlainMatch(const std::string& check_amount, const std::vector<Invoice>& invoices) {
+    const std::int32_t wanted = PlainCents(check_amount);
+    if (wanted < 1) {
+        return "";
+    }
+    std::string list;
+    bool is_first = true;
+    std::int64_t sum = 0;
+    for (const Invoice& invoice : invoices) {
+        if (!invoice.reference.empty()) {
+            list = is_first ? invoice.reference : list + ", " + invoice.reference;
+            is_first = false;
+        }
+        const std::int32_t cents = PlainCents(invoice.balance);
+        if (cents == wanted) {
+            return invoice.reference;
+        }
+        sum += cents;
+    }
+    return sum == wanted ? list : "";
+}
+
+TEST(CheckMatcher, AgreesWithAPlainRestatementOnRandomInvoices) {
+    for (unsigned seed = 1; seed <= 20'000; ++seed) {
+        std::mt19937 random(seed);
+        const auto below = [&random](int limit) { return std::uniform_int_distribution<int>(0, limit - 1)(random); };
+        // Small amounts, so that they often match; a few that are odd.
+        const auto amount = [&below] {
+            static constexpr const char* kOdd[] = {"",      "abc",   " 1",  "1e0", "-0.50",
+                                                   "1.005", "0.004", "12x", "1.",  "+2"};
+            if (below(10) == 0) {
+                return std::string(kOdd[below(10)]);
+            }
+            const std::string cents = std::to_string(below(100));
+            return std::to_string(below(3)) + '.' + (cents.size() == 1 ? "0" : "") + (below(2) == 0 ? cents : "50");
+        };
+        std::vector<Invoice> invoices;
+        for (int left = below(5); left > 0; --left) {
+            invoices.push_back({below(4) == 0 ? "" : std::to_string(below(100)), amount()});
+        }
+        std::string check = amount();
+        if (below(2) == 0) {
+            // All of them together.
+            std::int32_t sum = 0;
+            for (const Invoice& invoice : invoices) {
+                sum += PlainCents(invoice.balance);
+            }
+            check = std::to_string(sum / 100) + '.' + (sum % 100 < 10 ? "0" : "") + std::to_string(sum % 100);
+        }
+        ASSERT_EQ(PlainMatch(check, invoices), Match(check, invoices)) << "seed " << seed << ", check " << check;
+    }
+}
+
+TEST(CentsFromText, AgreesWithThePlainArithmeticOnEveryCent) {
+    for (int cents = 0; cents < 300'000; cents += 7) {
+        const std::string text =
+            std::to_string(cents / 100) + '.' + std::to_string(cents % 100 / 10) + std::to_string(cents % 10);
+        ASSERT_EQ(PlainCents(text), CentsFromText(text)) << text;
+    }
 }
 
 }  // namespace
