@@ -13,6 +13,8 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr DWORD kTimeLimitSeconds = 600;
+// Texts and their bytes are those of Western languages.
+constexpr UINT kTestedCodePage = 1252;
 constexpr const wchar_t* kCompanyFile = L"riverside.lhcompany";
 
 [[nodiscard]] bool IsTestProgram(const fs::path& file) {
@@ -104,6 +106,10 @@ std::vector<Job> FindJobs(const fs::path& kit, std::wstring_view text) {
 }
 
 std::vector<Case> RunJob(const fs::path& kit, const fs::path& scratch, const Job& job, std::string& output) {
+    if (::GetACP() != kTestedCodePage) {
+        return {{"(all)", Outcome::kSkipped,
+                 "the tests expect the code page 1252, and this Windows has " + std::to_string(::GetACP())}};
+    }
     const fs::path folder = scratch / job.name;
     const fs::path build = kit / job.architecture;
     const fs::path company = build / L"refhost" / L"company.exe";

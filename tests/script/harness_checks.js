@@ -31,6 +31,9 @@ test("throwsHResult wants that error and no other", function () {
     equal(failureOf(function () { throwsHResult(0x800A01AD, missing); }), "");
     contains(failureOf(function () { throwsHResult(0x80004005, missing); }), "but got  Error 0x800A01AD");
     contains(failureOf(function () { throwsHResult(0x80004005, function () { }); }), "but the call succeeded");
+    var another = function () { throw new Error(0x8002000E | 0, "an error"); };
+    equal(failureOf(function () { throwsHResult(0x8002000E, another); }), "");
+    contains(failureOf(function () { throwsHResult(0x80020005, another); }), "but got  Error 0x8002000E");
 });
 
 test("skip ends a test", function () {

@@ -103,11 +103,20 @@ class ScratchRegistry : public testing::Test {
 class Redirection {
   public:
     Redirection(HKEY predefined, HKEY target) : predefined_(predefined) {
+        LetTypeLibrariesFollow();
         EXPECT_EQ(::RegOverridePredefKey(predefined_, target), ERROR_SUCCESS);
     }
     ~Redirection() { EXPECT_EQ(::RegOverridePredefKey(predefined_, nullptr), ERROR_SUCCESS); }
     Redirection(const Redirection&) = delete;
     Redirection& operator=(const Redirection&) = delete;
+
+    // Unless it is asked to, RegisterTypeLib of Windows writes to the machine's part of the registry all the same.
+    static void LetTypeLibrariesFollow() {
+        const FARPROC found = ::GetProcAddress(::GetModuleHandleW(L"oleaut32.dll"), "OaEnablePerUserTLibRegistration");
+        if (found != nullptr) {
+            reinterpret_cast<void(WINAPI*)()>(reinterpret_cast<void*>(found))();
+        }
+    }
 
   private:
     HKEY predefined_;

@@ -17,6 +17,7 @@ class ModuleRegistration : public ScratchRegistry {
         ::CreateDirectoryW(folder_.c_str(), nullptr);
         EXPECT_TRUE(::CopyFileW((tests + L"\\..\\Paylodge.dll").c_str(), path_.c_str(), FALSE));
         module_ = ModuleHandle(::LoadLibraryW(path_.c_str()));
+        Redirection::LetTypeLibrariesFollow();
         EXPECT_EQ(::RegOverridePredefKey(HKEY_CLASSES_ROOT, Root()), ERROR_SUCCESS);
     }
     ~ModuleRegistration() override {
