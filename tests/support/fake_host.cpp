@@ -107,6 +107,9 @@ class BrokerClassObject : public IClassFactory {
     STDMETHODIMP CreateInstance(IUnknown* outer, REFIID id, void** object) override {
         host_.outer_objects.push_back(outer);
         *object = nullptr;
+        if (const auto hook = host_.on_call.find("CreateInstance"); hook != host_.on_call.end()) {
+            hook->second();
+        }
         const HRESULT result = PlannedResult(host_, "CreateInstance");
         return FAILED(result) || !host_.has_broker ? result : broker_.QueryInterface(id, object);
     }

@@ -324,7 +324,10 @@ HRESULT FakeStorageHost::Record(const std::string& method, const std::string& ar
         reaction->second();
     }
     if (calls.size() == failing_call) {
-        return E_FAIL;
+        if (on_failing_call) {
+            on_failing_call();
+        }
+        return failing_code;
     }
     for (const std::string& key : {calls.back(), method}) {
         if (const auto code = codes.find(key); code != codes.end()) {

@@ -54,8 +54,11 @@ class FakeStorageHost {
     // Codes that calls answer with instead of S_OK, by method name or, before that, by the whole text of the call. A
     // call that fails does nothing.
     std::map<std::string, HRESULT> codes;
-    // Answers E_FAIL to the call with this number, from 1; 0 for none.
+    // Answers this to the call with this number, from 1; 0 for none.
     size_t failing_call = 0;
+    HRESULT failing_code = E_FAIL;
+    // Run in that call; may throw.
+    std::function<void()> on_failing_call;
     // Methods that succeed with null instead of an object or a string.
     std::set<std::string> null_results;
     // Answers of the next calls of Lock, in order; without one, the lock is acquired.
