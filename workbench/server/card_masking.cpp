@@ -52,11 +52,14 @@ void MaskRun(std::string_view text, const Places& places, std::string& masked) {
     const auto begins_group = [&](std::size_t i) { return i == 0 || places[i] != places[i - 1] + 1; };
     const auto ends_group = [&](std::size_t i) { return i + 1 == places.size() || places[i + 1] != places[i] + 1; };
     std::size_t group_begin = 0;
+    std::size_t group_end = 0;
     for (std::size_t first = 0; first < places.size(); ++first) {
-        group_begin = begins_group(first) ? first : group_begin;
-        std::size_t group_end = first;
-        while (!ends_group(group_end)) {
-            ++group_end;
+        if (begins_group(first)) {
+            group_begin = first;
+            group_end = first;
+            while (!ends_group(group_end)) {
+                ++group_end;
+            }
         }
         const bool is_inside_long_group = group_end - group_begin + 1 > kLongest;
         // Card numbers of the public schemes begin with 3 to 6; without that, any long number would lose its digits.
@@ -104,8 +107,11 @@ void MaskRuns(std::string_view text, std::string& masked) {
 // behind that.
 void MaskChipData(std::string_view text, std::string& masked) {
     for (std::size_t i = 0; i + 4 < text.size(); ++i) {
-        const bool is_number = text.substr(i, 2) == "5A" || text.substr(i, 2) == "5a";
-        const bool is_track = text.substr(i, 2) == "57";
+        if (text[i] != '5') {
+            continue;
+        }
+        const bool is_number = text[i + 1] == 'A' || text[i + 1] == 'a';
+        const bool is_track = text[i + 1] == '7';
         const auto high = HexValue(text[i + 2]);
         const auto low = HexValue(text[i + 3]);
         if ((!is_number && !is_track) || !high || !low) {

@@ -1,27 +1,29 @@
 #include "workbench/server/log_book.hpp"
 
+#include <algorithm>
+#include <string_view>
 #include <utility>
 
 #include "workbench/server/card_masking.hpp"
 #include "workbench/server/limits.hpp"
-#include "workbench/server/served_path.hpp"
 
 namespace paylodge::workbench {
 namespace {
 
-// At a border between two characters.
-[[nodiscard]] std::string Cut(const std::string& text) {
+// What stands behind a cut belongs to a number that may begin before it.
+constexpr std::size_t kPastCut = 256;
+
+// Of a long text only what is kept is masked, and cut at a border between two characters afterwards.
+[[nodiscard]] Json MaskedText(const std::string& text) {
+    if (text.size() <= kLongestLogText) {
+        return MaskCardNumbers(text);
+    }
+    const std::string masked = MaskCardNumbers(std::string_view(text).substr(0, kLongestLogText + kPastCut));
     std::size_t end = kLongestLogText;
-    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) {
+    while (end > 0 && (static_cast<unsigned char>(masked[end]) & 0xC0U) == 0x80U) {
         --end;
     }
-    return text.substr(0, end) + "... (" + std::to_string(text.size()) + " bytes)";
-}
-
-// Masked before it is cut, so that no half of a number is left at the end.
-[[nodiscard]] Json MaskedText(const std::string& text) {
-    std::string masked = MaskCardNumbers(text);
-    return masked.size() > kLongestLogText ? Cut(masked) : masked;
+    return masked.substr(0, std::min(end, masked.size())) + "... (" + std::to_string(text.size()) + " bytes)";
 }
 
 // A number of so many digits may be a card's.

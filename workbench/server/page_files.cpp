@@ -2,19 +2,11 @@
 
 #include <windows.h>
 
-#include "com/owner.hpp"
 #include "refhost/objects/utf8.hpp"
 #include "workbench/server/limits.hpp"
 
 namespace paylodge::workbench {
 namespace {
-
-struct FileHandleTraits {
-    using Type = HANDLE;
-    static Type None() noexcept { return INVALID_HANDLE_VALUE; }
-    static void Free(Type handle) noexcept { ::CloseHandle(handle); }
-};
-using FileHandle = Owner<FileHandleTraits>;
 
 [[nodiscard]] FileHandle Open(const std::filesystem::path& path) {
     return FileHandle(::CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
@@ -52,21 +44,22 @@ PageFiles::PageFiles(const std::filesystem::path& folder)
     }
 }
 
+PageFiles::Kind PageFiles::KindOf(const FileHandle& file) const {
+    BY_HANDLE_FILE_INFORMATION information = {};
+    if (!file || ::GetFileType(file.Get()) != FILE_TYPE_DISK ||
+        ::GetFileInformationByHandle(file.Get(), &information) == FALSE || !ResolvedPath(file).starts_with(resolved_)) {
+        return Kind::kNone;
+    }
+    return (information.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? Kind::kFolder : Kind::kFile;
+}
+
 std::optional<std::string> PageFiles::Read(const std::string& file) const {
     const FileHandle opened = Open(folder_ / refhost::WideFromUtf8(file));
-    BY_HANDLE_FILE_INFORMATION information = {};
-    if (!opened || ::GetFileType(opened.Get()) != FILE_TYPE_DISK ||
-        ::GetFileInformationByHandle(opened.Get(), &information) == FALSE ||
-        (information.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ||
-        !ResolvedPath(opened).starts_with(resolved_)) {
-        return std::nullopt;
-    }
-    return ReadAll(opened);
+    return KindOf(opened) == Kind::kFile ? ReadAll(opened) : std::nullopt;
 }
 
 bool PageFiles::IsFolder(const std::string& file) const {
-    std::error_code error;
-    return std::filesystem::is_directory(folder_ / refhost::WideFromUtf8(file), error);
+    return KindOf(Open(folder_ / refhost::WideFromUtf8(file))) == Kind::kFolder;
 }
 
 }  // namespace paylodge::workbench

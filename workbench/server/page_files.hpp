@@ -1,11 +1,22 @@
 // The files of the page folder, and nothing outside it.
 #pragma once
 
+#include <windows.h>
+
 #include <filesystem>
 #include <optional>
 #include <string>
 
+#include "com/owner.hpp"
+
 namespace paylodge::workbench {
+
+struct FileHandleTraits {
+    using Type = HANDLE;
+    static Type None() noexcept { return INVALID_HANDLE_VALUE; }
+    static void Free(Type handle) noexcept { ::CloseHandle(handle); }
+};
+using FileHandle = Owner<FileHandleTraits>;
 
 class PageFiles {
   public:
@@ -18,6 +29,9 @@ class PageFiles {
     [[nodiscard]] bool IsFolder(const std::string& file) const;
 
   private:
+    enum class Kind { kNone, kFile, kFolder };
+    [[nodiscard]] Kind KindOf(const FileHandle& file) const;
+
     std::filesystem::path folder_;
     std::wstring resolved_;
 };

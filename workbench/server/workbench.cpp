@@ -125,6 +125,12 @@ void AddOutcome(Json& entry, const Outcome& outcome, const Stopwatch& watch) {
 // The file's own name.
 [[nodiscard]] std::string NameOfFile(const std::string& path) { return path.substr(path.find_last_of('\\') + 1); }
 
+// The same target for a folder: links in its index.html start there.
+[[nodiscard]] std::string WithSlash(const std::string& target) {
+    const std::size_t end = std::min(target.find_first_of("?#"), target.size());
+    return target.substr(0, end) + '/' + target.substr(end);
+}
+
 // Names count without regard to letter case, as those of members do.
 [[nodiscard]] bool IsSameName(std::string_view left, std::string_view right) {
     const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; };
@@ -261,7 +267,7 @@ Reply Workbench::ServeFile(const Request& request, const Target& target) {
             return {.status = 301,
                     .content_type = "text/plain",
                     .body = {},
-                    .headers = {{"Location", request.target + "/"}}};
+                    .headers = {{"Location", WithSlash(request.target)}}};
         }
         return Failure(404, "The page folder has no such file.");
     }
