@@ -1,6 +1,7 @@
 #include "com/ansi_text.hpp"
 
 #include <limits>
+#include <utility>
 
 namespace paylodge {
 namespace {
@@ -17,14 +18,15 @@ namespace {
     if (text.empty()) {
         return MakeBstr({});
     }
+    // No code page has a character of fewer than one byte, and most have one byte for each: asking for the length first
+    // would convert everything twice.
     const int size = Length(text.size());
-    const int length = ::MultiByteToWideChar(code_page, 0, text.data(), size, nullptr, 0);
-    OwnedBstr result(::SysAllocStringLen(nullptr, static_cast<UINT>(length)));
+    OwnedBstr result(::SysAllocStringLen(nullptr, static_cast<UINT>(size)));
     if (!result) {
         _com_issue_error(E_OUTOFMEMORY);
     }
-    ::MultiByteToWideChar(code_page, 0, text.data(), size, result.Get(), length);
-    return result;
+    const int length = ::MultiByteToWideChar(code_page, 0, text.data(), size, result.Get(), size);
+    return length == size ? std::move(result) : MakeBstr({result.Get(), static_cast<size_t>(length)});
 }
 
 }  // namespace
@@ -35,13 +37,19 @@ std::string NarrowFromWide(UINT code_page, std::wstring_view text) {
     }
     const int length = Length(text.size());
     DWORD flags = WC_NO_BEST_FIT_CHARS;
-    int size = ::WideCharToMultiByte(code_page, flags, text.data(), length, nullptr, 0, nullptr, nullptr);
+    // In most code pages each character is one byte.
+    std::string result(text.size(), '\0');
+    int size = ::WideCharToMultiByte(code_page, flags, text.data(), length, result.data(), length, nullptr, nullptr);
+    if (size == length) {
+        return result;
+    }
+    size = ::WideCharToMultiByte(code_page, flags, text.data(), length, nullptr, 0, nullptr, nullptr);
     if (size == 0 && ::GetLastError() == ERROR_INVALID_FLAGS) {
         // Code pages with every character, such as UTF-8, have no use for the flag and refuse it.
         flags = 0;
         size = ::WideCharToMultiByte(code_page, flags, text.data(), length, nullptr, 0, nullptr, nullptr);
     }
-    std::string result(static_cast<size_t>(size), '\0');
+    result.resize(static_cast<size_t>(size));
     ::WideCharToMultiByte(code_page, flags, text.data(), length, result.data(), size, nullptr, nullptr);
     return result;
 }

@@ -38,6 +38,26 @@ using OwnedBstr = Owner<BstrTraits>;
     return result;
 }
 
+// A COM string that is a constant: with its length before it, as the platform keeps them, but never allocated. For [in]
+// arguments of functions that only read it.
+template <size_t size>
+class ConstantBstr {
+  public:
+    consteval ConstantBstr(const wchar_t (&text)[size]) noexcept {
+        for (size_t index = 0; index < size; ++index) {
+            image_.text[index] = text[index];
+        }
+    }
+    [[nodiscard]] BSTR Get() const noexcept { return const_cast<BSTR>(image_.text); }
+
+  private:
+    struct alignas(8) Image {
+        UINT unused = 0;
+        UINT bytes = (size - 1) * sizeof(wchar_t);
+        wchar_t text[size] = {};
+    } image_;
+};
+
 // A copy byte for byte; a null string stays null. Raises E_OUTOFMEMORY.
 [[nodiscard]] inline OwnedBstr CopyBstr(BSTR text) {
     if (text == nullptr) {

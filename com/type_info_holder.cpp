@@ -30,15 +30,35 @@ class TypeDescription {
 using TypeAttributes = TypeDescription<TYPEATTR, &ITypeInfo::ReleaseTypeAttr>;
 using FunctionDescription = TypeDescription<FUNCDESC, &ITypeInfo::ReleaseFuncDesc>;
 
-// The type that this one extends, or null.
-[[nodiscard]] ComPtr<ITypeInfo> BaseOf(ITypeInfo& info) {
-    ComPtr<ITypeInfo> base;
+// The type that this one refers to at the given place, or null.
+[[nodiscard]] ComPtr<ITypeInfo> ReferredBy(ITypeInfo& info, UINT place) {
+    ComPtr<ITypeInfo> type;
     HREFTYPE reference = 0;
-    if (FAILED(info.GetRefTypeOfImplType(0, &reference)) || FAILED(info.GetRefTypeInfo(reference, base.Receive()))) {
+    if (FAILED(info.GetRefTypeOfImplType(place, &reference)) ||
+        FAILED(info.GetRefTypeInfo(reference, type.Receive()))) {
         return {};
     }
-    return base;
+    return type;
 }
+
+// A dual interface has two descriptions: one for scripts, which lists all members that there are, and this one, which
+// lists its own and knows the interface that it extends.
+[[nodiscard]] ComPtr<ITypeInfo> SlotsOf(ITypeInfo& info) {
+    TypeAttributes attributes(info);
+    if (FAILED(info.GetTypeAttr(attributes.Receive())) || attributes->typekind != TKIND_DISPATCH) {
+        return ComPtr<ITypeInfo>(&info);
+    }
+    constexpr UINT kSlots = static_cast<UINT>(-1);
+    return ReferredBy(info, kSlots);
+}
+
+// The interface that this one extends, or null.
+[[nodiscard]] ComPtr<ITypeInfo> BaseOf(ITypeInfo& slots) {
+    const ComPtr<ITypeInfo> base = ReferredBy(slots, 0);
+    return base ? SlotsOf(*base.Get()) : ComPtr<ITypeInfo>();
+}
+
+constexpr auto kNameOf = [](const auto& member) { return View(member.name); };
 
 }  // namespace
 
@@ -69,10 +89,9 @@ HRESULT CCustomTypeInfoHolder::GetIDsOfNames(REFIID reserved, LPOLESTR* names, U
         return result;
     }
     if (count == 1 && names[0] != nullptr) {
-        const auto found = std::ranges::find_if(
-            members_,
-            [name = std::wstring_view(names[0])](const NamedMember& member) { return View(member.name) == name; });
-        if (found != members_.end()) {
+        const std::wstring_view name(names[0]);
+        const auto found = std::ranges::lower_bound(names_, name, {}, kNameOf);
+        if (found != names_.end() && View(found->name) == name) {
             *ids = found->id;
             return S_OK;
         }
@@ -95,7 +114,7 @@ HRESULT CCustomTypeInfoHolder::Invoke(void* instance, DISPID member, REFIID rese
     }
     // An error left behind by an earlier call must not be taken for one of this call.
     ::SetErrorInfo(0, nullptr);
-    return info_->Invoke(instance, member, flags, parameters, result, exception, argument_error);
+    return TypeThatDeclares(member).Invoke(instance, member, flags, parameters, result, exception, argument_error);
 }
 
 HRESULT CCustomTypeInfoHolder::Load() {
@@ -112,7 +131,7 @@ HRESULT CCustomTypeInfoHolder::Load() {
         result = library->GetTypeInfoOfGuid(*interface_id_, info.Receive());
     }
     if (SUCCEEDED(result)) {
-        CacheNames(*info.Get());
+        CacheMembers(*library.Get(), *info.Get());
         info_ = std::move(info);
     }
     return result;
@@ -129,22 +148,33 @@ HRESULT CCustomTypeInfoHolder::CheckLibrary(ITypeLib& library) const {
     return is_ours ? S_OK : TYPE_E_LIBNOTREGISTERED;
 }
 
-void CCustomTypeInfoHolder::CacheNames(ITypeInfo& info) {
+void CCustomTypeInfoHolder::CacheMembers(ITypeLib& library, ITypeInfo& info) {
+    names_.clear();
     members_.clear();
-    for (ComPtr<ITypeInfo> type(&info); type; type = BaseOf(*type.Get())) {
-        TypeAttributes attributes(*type.Get());
-        if (FAILED(type->GetTypeAttr(attributes.Receive())) || IsEqualGUID(attributes->guid, IID_IDispatch)) {
-            return;
+    for (auto slots = SlotsOf(info); slots; slots = BaseOf(*slots.Get())) {
+        TypeAttributes attributes(*slots.Get());
+        ComPtr<ITypeInfo> type;
+        if (FAILED(slots->GetTypeAttr(attributes.Receive())) || IsEqualGUID(attributes->guid, IID_IDispatch) ||
+            FAILED(library.GetTypeInfoOfGuid(attributes->guid, type.Receive()))) {
+            break;
         }
         for (UINT index = 0; index < attributes->cFuncs; ++index) {
-            FunctionDescription function(*type.Get());
+            FunctionDescription function(*slots.Get());
             OwnedBstr name;
-            if (SUCCEEDED(type->GetFuncDesc(index, function.Receive())) &&
-                SUCCEEDED(type->GetDocumentation(function->memid, name.Receive(), nullptr, nullptr, nullptr))) {
-                members_.push_back({std::move(name), function->memid});
+            if (SUCCEEDED(slots->GetFuncDesc(index, function.Receive())) &&
+                SUCCEEDED(slots->GetDocumentation(function->memid, name.Receive(), nullptr, nullptr, nullptr))) {
+                names_.push_back({std::move(name), function->memid});
+                members_.push_back({function->memid, type});
             }
         }
     }
+    std::ranges::sort(names_, {}, kNameOf);
+    std::ranges::sort(members_, {}, &DeclaredMember::id);
+}
+
+ITypeInfo& CCustomTypeInfoHolder::TypeThatDeclares(DISPID member) const noexcept {
+    const auto found = std::ranges::lower_bound(members_, member, {}, &DeclaredMember::id);
+    return found != members_.end() && found->id == member ? *found->type.Get() : *info_.Get();
 }
 
 }  // namespace paylodge

@@ -31,17 +31,25 @@ class CCustomTypeInfoHolder {
         OwnedBstr name;
         DISPID id;
     };
+    struct DeclaredMember {
+        DISPID id;
+        ComPtr<ITypeInfo> type;
+    };
 
     [[nodiscard]] HRESULT Load();
     [[nodiscard]] HRESULT CheckLibrary(ITypeLib& library) const;
-    void CacheNames(ITypeInfo& info);
+    void CacheMembers(ITypeLib& library, ITypeInfo& info);
+    [[nodiscard]] ITypeInfo& TypeThatDeclares(DISPID member) const noexcept;
 
     const IID* interface_id_;
     const GUID* library_id_;
     WORD major_;
     WORD minor_;
     ComPtr<ITypeInfo> info_;
-    std::vector<NamedMember> members_;
+    // Both sorted, by name and by id.
+    std::vector<NamedMember> names_;
+    // The interface that declares a member, each with the same kind of type information as the whole one's.
+    std::vector<DeclaredMember> members_;
 };
 
 }  // namespace paylodge

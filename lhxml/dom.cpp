@@ -86,11 +86,15 @@ ComPtr<IXMLDOMDocument2> LoadXmlDocument(std::string_view text, std::string& err
 }
 
 HRESULT GetAttributeValue(IXMLDOMNamedNodeMap* attributes, std::string_view name, std::string& value) {
+    return attributes == nullptr ? E_POINTER : GetAttributeValue(attributes, BstrFromThreadAnsi(name).Get(), value);
+}
+
+HRESULT GetAttributeValue(IXMLDOMNamedNodeMap* attributes, BSTR name, std::string& value) {
     if (attributes == nullptr) {
         return E_POINTER;
     }
     ComPtr<IXMLDOMNode> attribute;
-    const HRESULT result = attributes->getNamedItem(BstrFromThreadAnsi(name).Get(), attribute.Receive());
+    const HRESULT result = attributes->getNamedItem(name, attribute.Receive());
     OwnedVariant content;
     if (SUCCEEDED(result) && attribute && SUCCEEDED(attribute->get_nodeValue(content.Receive())) &&
         content.Type() == VT_BSTR) {

@@ -23,6 +23,8 @@ namespace paylodge {
 
 // Replaces `value` when the attribute is present. Returns the HRESULT of the lookup, E_POINTER without attributes.
 HRESULT GetAttributeValue(IXMLDOMNamedNodeMap* attributes, std::string_view name, std::string& value);
+// The same for a name that is a COM string already.
+HRESULT GetAttributeValue(IXMLDOMNamedNodeMap* attributes, BSTR name, std::string& value);
 
 // The text of the node and all its descendants, and the node's name. A null node: S_OK, and nothing changes.
 HRESULT GetNodeText(IXMLDOMNode* node, std::string& text);

@@ -1,6 +1,7 @@
 #include "lhxml/request_session.hpp"
 
 #include <array>
+#include <utility>
 
 #include "com/ansi_text.hpp"
 #include "com/guarded_call.hpp"
@@ -65,8 +66,8 @@ struct lhXMLRPWrapper::Strings {
     OwnedBstr company_file_name;
 };
 
-lhXMLRPWrapper::lhXMLRPWrapper(std::string_view company_file_name, std::string_view request)
-    : request_(request), company_file_name_(company_file_name) {}
+lhXMLRPWrapper::lhXMLRPWrapper(std::string company_file_name, std::string request)
+    : request_(std::move(request)), company_file_name_(std::move(company_file_name)) {}
 
 HRESULT lhXMLRPWrapper::SendRequest(BSTR* response) {
     const Strings strings{.request = BstrFromAnsi(request_), .company_file_name = BstrFromAnsi(company_file_name_)};

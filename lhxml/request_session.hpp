@@ -22,7 +22,7 @@ class lhXMLRPWrapper {
   public:
     // An empty company file name asks for the company file that the host has open. The request is a complete document
     // in the system's ANSI code page.
-    lhXMLRPWrapper(std::string_view company_file_name, std::string_view request);
+    lhXMLRPWrapper(std::string company_file_name, std::string request);
     lhXMLRPWrapper(const lhXMLRPWrapper&) = delete;
     lhXMLRPWrapper& operator=(const lhXMLRPWrapper&) = delete;
     virtual ~lhXMLRPWrapper() = default;

@@ -9,10 +9,14 @@ namespace {
 
 using namespace std::string_view_literals;
 
-constexpr auto kStatusCode = "statusCode"sv;
-constexpr auto kStatusMessage = "statusMessage"sv;
-constexpr std::array kStatusAttributes = {"requestID"sv, kStatusCode, "statusSeverity"sv, kStatusMessage};
+constexpr std::array kStatusAttributes = {"requestID"sv, "statusCode"sv, "statusSeverity"sv, "statusMessage"sv};
 constexpr size_t kStatusCodeIndex = 1;
+
+// The same as COM strings, which each response of a batch would make anew.
+constexpr ConstantBstr kRequestID(L"requestID");
+constexpr ConstantBstr kStatusCode(L"statusCode");
+constexpr ConstantBstr kStatusSeverity(L"statusSeverity");
+constexpr ConstantBstr kStatusMessage(L"statusMessage");
 
 [[nodiscard]] HRESULT GetAttributes(IXMLDOMNode* node, ComPtr<IXMLDOMNamedNodeMap>& attributes) {
     return node == nullptr ? E_POINTER : node->get_attributes(attributes.Receive());
@@ -24,10 +28,10 @@ HRESULT GetResponseStatus(IXMLDOMNode* response_element, std::string& status_cod
     ComPtr<IXMLDOMNamedNodeMap> attributes;
     HRESULT result = GetAttributes(response_element, attributes);
     if (SUCCEEDED(result)) {
-        result = GetAttributeValue(attributes.Get(), kStatusCode, status_code);
+        result = GetAttributeValue(attributes.Get(), kStatusCode.Get(), status_code);
     }
     if (SUCCEEDED(result)) {
-        result = GetAttributeValue(attributes.Get(), kStatusMessage, status_message);
+        result = GetAttributeValue(attributes.Get(), kStatusMessage.Get(), status_message);
     }
     return result;
 }
@@ -38,8 +42,9 @@ HRESULT CopyStatusAttributes(XMLBuilder& builder, IXMLDOMNode* response_element,
     HRESULT result = GetAttributes(response_element, attributes);
     std::array<std::string, kStatusAttributes.size()> values;
     if (SUCCEEDED(result)) {
+        const std::array names = {kRequestID.Get(), kStatusCode.Get(), kStatusSeverity.Get(), kStatusMessage.Get()};
         for (size_t index = 0; index < values.size(); ++index) {
-            result = GetAttributeValue(attributes.Get(), kStatusAttributes[index], values[index]);
+            result = GetAttributeValue(attributes.Get(), names[index], values[index]);
         }
     }
     const std::array<std::string_view, kStatusAttributes.size()> views = {values[0], values[1], values[2], values[3]};

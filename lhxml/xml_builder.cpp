@@ -1,8 +1,7 @@
 #include "lhxml/xml_builder.hpp"
 
-#include <emmintrin.h>
-
-#include <bit>
+#include <algorithm>
+#include <array>
 #include <cassert>
 
 namespace paylodge {
@@ -28,40 +27,63 @@ constexpr size_t kIndentation = 4;
     }
 }
 
-// One bit for each of the 16 characters that has an entity. Both architectures have these instructions.
-[[nodiscard]] unsigned EscapesIn(const char* characters) noexcept {
-    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(characters));
-    __m128i found = _mm_setzero_si128();
-    for (const char special : {'"', '&', '\'', '<', '>'}) {
-        found = _mm_or_si128(found, _mm_cmpeq_epi8(block, _mm_set1_epi8(special)));
+// How many characters each of the 256 takes when it is escaped.
+constexpr auto kEscapedSizes = [] {
+    std::array<std::uint8_t, 256> sizes{};
+    for (size_t code = 0; code < sizes.size(); ++code) {
+        const std::string_view entity = EntityFor(static_cast<char>(code));
+        sizes[code] = static_cast<std::uint8_t>(entity.empty() ? 1 : entity.size());
     }
-    return static_cast<unsigned>(_mm_movemask_epi8(found));
+    return sizes;
+}();
+
+[[nodiscard]] size_t EscapedSize(std::string_view value) noexcept {
+    size_t size = 0;
+    for (const char character : value) {
+        size += kEscapedSizes[static_cast<unsigned char>(character)];
+    }
+    return size;
 }
 
-// The position of the next character that has an entity, from `start` on; the value's size when there is none.
-[[nodiscard]] size_t FindEscape(std::string_view value, size_t start) noexcept {
-    constexpr size_t kBlock = sizeof(__m128i);
-    size_t position = start;
-    for (; value.size() - position >= kBlock; position += kBlock) {
-        if (const unsigned escapes = EscapesIn(value.data() + position); escapes != 0) {
-            return position + static_cast<size_t>(std::countr_zero(escapes));
+// Writes into space that a text has been given at its end. Values are mostly shorter than 20 characters: what counts is
+// how little is done for each piece.
+class Writer {
+  public:
+    // The pieces that follow have exactly this size together.
+    Writer(std::string& text, size_t size) : position_(Grow(text, size)) {}
+
+    void Put(char character) noexcept { *position_++ = character; }
+    void Put(std::string_view piece) noexcept { position_ = std::ranges::copy(piece, position_).out; }
+    void PutBlanks(size_t count) noexcept { position_ = std::fill_n(position_, count, ' '); }
+    void PutEscaped(std::string_view value, size_t escaped_size) noexcept {
+        if (escaped_size == value.size()) {
+            Put(value);
+            return;
+        }
+        for (const char character : value) {
+            if (kEscapedSizes[static_cast<unsigned char>(character)] == 1) {
+                Put(character);
+            } else {
+                Put(EntityFor(character));
+            }
         }
     }
-    while (position < value.size() && EntityFor(value[position]).empty()) {
-        ++position;
+
+  private:
+    [[nodiscard]] static char* Grow(std::string& text, size_t size) {
+        const size_t old_size = text.size();
+        text.resize(old_size + size);
+        return text.data() + old_size;
     }
-    return position;
-}
+
+    char* position_;
+};
 
 }  // namespace
 
 void AppendEscaped(std::string& text, std::string_view value) {
-    size_t run_start = 0;
-    for (size_t found = FindEscape(value, 0); found < value.size(); found = FindEscape(value, run_start)) {
-        text.append(value, run_start, found - run_start).append(EntityFor(value[found]));
-        run_start = found + 1;
-    }
-    text.append(value, run_start);
+    const size_t size = EscapedSize(value);
+    Writer(text, size).PutEscaped(value, size);
 }
 
 void XMLBuilder::AddProcessingInstruction(std::string_view text) {
@@ -71,8 +93,7 @@ void XMLBuilder::AddProcessingInstruction(std::string_view text) {
 void XMLBuilder::OpenElement(std::string_view name, std::span<const std::string_view> attribute_names,
                              std::span<const std::string_view> attribute_values) {
     assert(attribute_names.size() == attribute_values.size());
-    AppendIndentation();
-    text_.append("<").append(name);
+    text_.append(Indentation(), ' ').append("<").append(name);
     for (size_t index = 0; index < attribute_names.size(); ++index) {
         text_.append(" ").append(attribute_names[index]).append("=\"");
         AppendEscaped(text_, attribute_values[index]);
@@ -86,24 +107,33 @@ void XMLBuilder::AddElement(std::string_view name, std::string_view value) {
     if (value.empty()) {
         return;
     }
-    AppendIndentation();
-    text_.append("<").append(name).append(">");
-    AppendEscaped(text_, value);
-    text_.append("</").append(name).append(">").append(kLineEnd);
+    constexpr size_t kMarkup = std::string_view("<></>").size() + kLineEnd.size();
+    const size_t escaped_size = EscapedSize(value);
+    Writer writer(text_, Indentation() + 2 * name.size() + kMarkup + escaped_size);
+    writer.PutBlanks(Indentation());
+    writer.Put('<');
+    writer.Put(name);
+    writer.Put('>');
+    writer.PutEscaped(value, escaped_size);
+    writer.Put("</");
+    writer.Put(name);
+    writer.Put('>');
+    writer.Put(kLineEnd);
 }
 
 void XMLBuilder::CloseElement(std::string_view name) {
     --depth_;
-    AppendIndentation();
-    text_.append("</").append(name).append(">").append(kLineEnd);
+    constexpr size_t kMarkup = std::string_view("</>").size() + kLineEnd.size();
+    Writer writer(text_, Indentation() + name.size() + kMarkup);
+    writer.PutBlanks(Indentation());
+    writer.Put("</");
+    writer.Put(name);
+    writer.Put('>');
+    writer.Put(kLineEnd);
 }
 
 void XMLBuilder::AddVerbatim(std::string_view text) { text_.append(text); }
 
-void XMLBuilder::AppendIndentation() {
-    if (depth_ > 0) {
-        text_.append(kIndentation * static_cast<size_t>(depth_), ' ');
-    }
-}
+size_t XMLBuilder::Indentation() const noexcept { return depth_ > 0 ? kIndentation * static_cast<size_t>(depth_) : 0; }
 
 }  // namespace paylodge

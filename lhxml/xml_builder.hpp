@@ -40,7 +40,8 @@ class XMLBuilder {
     [[nodiscard]] std::string GetText() && noexcept { return std::move(text_); }
 
   private:
-    void AppendIndentation();
+    // How many blanks a line begins with.
+    [[nodiscard]] size_t Indentation() const noexcept;
 
     std::int32_t depth_ = 0;
     std::string text_;

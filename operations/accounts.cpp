@@ -157,7 +157,7 @@ STDMETHODIMP CPaylodge::CreateAccount(BSTR bstrAccountName, BSTR bstrAccountType
     if (!IsSiteAllowed()) {
         return S_OK;
     }
-    const std::string document = ComposeRequest("AccountAddRq", [&](XMLBuilder& request) {
+    std::string document = ComposeRequest("AccountAddRq", [&](XMLBuilder& request) {
         request.OpenElement("AccountAdd");
         request.AddElement("Name", AnsiFromBstr(bstrAccountName));
         request.AddElement("AccountType", AnsiFromBstr(bstrAccountType));
@@ -165,7 +165,7 @@ STDMETHODIMP CPaylodge::CreateAccount(BSTR bstrAccountName, BSTR bstrAccountType
         request.CloseElement("AccountAdd");
     });
     std::string response;
-    if (FAILED(Send(document, response))) {
+    if (FAILED(Send(std::move(document), response))) {
         return E_FAIL;
     }
     return CheckAddResponse(response, L"AccountAddRs", kNameExists);

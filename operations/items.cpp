@@ -118,10 +118,10 @@ STDMETHODIMP CPaylodge::IsTaxableItem(BSTR itemName, VARIANT_BOOL* pIsTaxable) {
     if (pIsTaxable == nullptr) {
         return E_POINTER;
     }
-    const std::string item_query = ComposeRequest(
+    std::string item_query = ComposeRequest(
         "ItemQueryRq", [&](XMLBuilder& request) { request.AddElement("FullName", AnsiFromBstr(itemName)); });
     std::string response;
-    const HRESULT result = Send(item_query, response);
+    const HRESULT result = Send(std::move(item_query), response);
     if (FAILED(result)) {
         return result;
     }
@@ -134,10 +134,10 @@ STDMETHODIMP CPaylodge::IsTaxableItem(BSTR itemName, VARIANT_BOOL* pIsTaxable) {
 }
 
 bool CPaylodge::IsTaxableCode(std::string_view tax_code_id) {
-    const std::string document =
+    std::string document =
         ComposeRequest("SalesTaxCodeQueryRq", [&](XMLBuilder& request) { request.AddElement("ListID", tax_code_id); });
     std::string response;
-    return SUCCEEDED(Send(document, response)) && ReadIsTaxable(response);
+    return SUCCEEDED(Send(std::move(document), response)) && ReadIsTaxable(response);
 }
 
 // Asks the host to show a transaction in its own form. The response is not read.

@@ -12,8 +12,13 @@ namespace {
     return CPaylodge::SendLHRequest(PassThroughEnvelope(AnsiFromBstr(body)), response.Receive());
 }
 
-// The page gets what the ANSI code page can hold, as from every other operation.
-[[nodiscard]] BSTR ResultFrom(const OwnedBstr& response) { return BstrFromAnsi(AnsiFromBstr(response.Get())).Detach(); }
+// The page gets what the ANSI code page can hold, as from every other operation. The response goes before the result
+// comes: it may be large.
+[[nodiscard]] BSTR ResultFrom(OwnedBstr response) {
+    const std::string text = AnsiFromBstr(response.Get());
+    response.Reset();
+    return BstrFromAnsi(text).Detach();
+}
 
 }  // namespace
 
@@ -30,7 +35,7 @@ STDMETHODIMP CPaylodge::ProcessLHRequest(BSTR requestBody, BSTR* pResponse) {
     if (const HRESULT result = SendBody(requestBody, response); FAILED(result) || !response) {
         return result;
     }
-    *pResponse = ResultFrom(response);
+    *pResponse = ResultFrom(std::move(response));
     if (const ChannelControl* const subscriber = FindChannelControl(View(channel_name_))) {
         // Kept alive: its sinks may release it.
         const ComPtr<IPaylodgeCtrl10> control(subscriber->control);
@@ -51,7 +56,7 @@ STDMETHODIMP CPaylodge::SavePaymentTxn(BSTR requestBody, BSTR* pResponse) {
     if (FAILED(SendBody(requestBody, response)) || !response) {
         return E_FAIL;
     }
-    *pResponse = ResultFrom(response);
+    *pResponse = ResultFrom(std::move(response));
     return S_OK;
 }
 

@@ -4,18 +4,18 @@
 
 namespace paylodge {
 
-HRESULT CPaylodge::SendLHRequest(std::string_view request, BSTR* response) {
-    lhXMLRPWrapper session({}, request);
+HRESULT CPaylodge::SendLHRequest(std::string request, BSTR* response) {
+    lhXMLRPWrapper session({}, std::move(request));
     const HRESULT result = session.SendRequest(response);
     return SUCCEEDED(result) && ::SysStringLen(*response) > 0 ? S_OK : result;
 }
 
-HRESULT CPaylodge::Send(std::string_view document, std::string& response) {
+HRESULT CPaylodge::Send(std::string document, std::string& response) {
     if (document.empty()) {
         return E_FAIL;
     }
     OwnedBstr response_text;
-    const HRESULT result = SendLHRequest(document, response_text.Receive());
+    const HRESULT result = SendLHRequest(std::move(document), response_text.Receive());
     if (SUCCEEDED(result)) {
         response = AnsiFromBstr(response_text.Get());
     }

@@ -46,7 +46,7 @@ class CPaylodge : public CComCoClass<CPaylodge, &CLSID_Paylodge>,
     // Sends one complete request document in a session of its own. *response: the processor's string, which the caller
     // owns; it may be null or empty. Gives the processor's code, which is S_OK whenever a response came with success,
     // and E_FAIL when there is no processor.
-    [[nodiscard]] static HRESULT SendLHRequest(std::string_view request, BSTR* response);
+    [[nodiscard]] static HRESULT SendLHRequest(std::string request, BSTR* response);
 
     // IPaylodge
     STDMETHODIMP GetAccounts(BSTR accountType, BSTR* pAccountNames) override;
@@ -156,7 +156,7 @@ class CPaylodge : public CComCoClass<CPaylodge, &CLSID_Paylodge>,
 
   private:
     // Sends a document that an operation composed; the response comes as narrow text. E_FAIL for an empty document.
-    [[nodiscard]] static HRESULT Send(std::string_view document, std::string& response);
+    [[nodiscard]] static HRESULT Send(std::string document, std::string& response);
 
     // What all queries share: compose() returns the document, read(response, text) makes the result's text from the
     // response. The HRESULT of the send, or that of a reading that failed: a response that was read in part is no
@@ -190,9 +190,9 @@ class CPaylodge : public CComCoClass<CPaylodge, &CLSID_Paylodge>,
     [[nodiscard]] static HRESULT EnsureNetRefundCustomer();
     [[nodiscard]] static HRESULT EnsureNetRefundItem(std::string_view card_type);
     [[nodiscard]] static HRESULT EnsureHoldingAccount();
-    [[nodiscard]] static HRESULT AddListEntry(std::string_view document, std::wstring_view response_element,
+    [[nodiscard]] static HRESULT AddListEntry(std::string document, std::wstring_view response_element,
                                               std::string_view extra_code);
-    [[nodiscard]] static std::string SummarizeTxnResponses(std::string_view response_text);
+    [[nodiscard]] static std::string SummarizeTxnResponses(std::string response_text);
     [[nodiscard]] static bool IsTaxableCode(std::string_view tax_code_id);
 
     // Names of the payment methods that the object has handed out.

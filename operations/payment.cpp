@@ -56,7 +56,7 @@ STDMETHODIMP CPaylodge::CreatePaymentTxn(BSTR bstrFullName, BSTR bstrTxnDate, BS
                                     Field{"TxnAuthorizationTime", bstrTxnAutTime},
                                     Field{"TxnAuthorizationStamp", bstrTxnAutTimeStamp},
                                     Field{"ClientTransID", bstrClientTxnID}};
-    const std::string document = ComposeRequest("ReceivePaymentAddRq", [&](XMLBuilder& request) {
+    std::string document = ComposeRequest("ReceivePaymentAddRq", [&](XMLBuilder& request) {
         const std::string amount = AnsiFromBstr(bstrAmount);
         request.OpenElement("ReceivePaymentAdd");
         AddGroup(request, "CustomerRef", std::array{Field{"FullName", bstrFullName}});
@@ -73,7 +73,7 @@ STDMETHODIMP CPaylodge::CreatePaymentTxn(BSTR bstrFullName, BSTR bstrTxnDate, BS
         request.CloseElement("ReceivePaymentAdd");
     });
     std::string response;
-    if (FAILED(Send(document, response)) || response.empty()) {
+    if (FAILED(Send(std::move(document), response)) || response.empty()) {
         return E_FAIL;
     }
     *pRetValue = BstrFromAnsi(response).Detach();

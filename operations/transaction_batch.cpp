@@ -74,16 +74,18 @@ STDMETHODIMP CPaylodge::CreateTxns(BSTR txnRequests, VARIANT_BOOL bFullResponse,
     if (pCreateTxnResults == nullptr) {
         return E_POINTER;
     }
-    const std::string document = ComposeBatch(AnsiFromBstr(txnRequests));
+    std::string document = ComposeBatch(AnsiFromBstr(txnRequests));
     if (document.empty() || !PrepareTxnRequests(document)) {
         return E_FAIL;
     }
     std::string response;
-    if (const HRESULT result = Send(document, response); FAILED(result)) {
+    if (const HRESULT result = Send(std::move(document), response); FAILED(result)) {
         return result;
     }
-    const bool is_whole_response_wanted = bFullResponse == VARIANT_TRUE;
-    *pCreateTxnResults = BstrFromAnsi(is_whole_response_wanted ? response : SummarizeTxnResponses(response)).Detach();
+    if (bFullResponse != VARIANT_TRUE) {
+        response = SummarizeTxnResponses(std::move(response));
+    }
+    *pCreateTxnResults = BstrFromAnsi(response).Detach();
     return S_OK;
 }
 
@@ -139,16 +141,16 @@ HRESULT CPaylodge::PrepareDeposit(IXMLDOMNode* request) {
 }
 
 HRESULT CPaylodge::EnsureNetRefundCustomer() {
-    const std::string document = ComposeRequest("CustomerAddRq", [](XMLBuilder& request) {
+    std::string document = ComposeRequest("CustomerAddRq", [](XMLBuilder& request) {
         request.OpenElement("CustomerAdd");
         request.AddElement("Name", kNetRefundCustomer);
         request.CloseElement("CustomerAdd");
     });
-    return AddListEntry(document, L"CustomerAddRs", kNameExists);
+    return AddListEntry(std::move(document), L"CustomerAddRs", kNameExists);
 }
 
 HRESULT CPaylodge::EnsureNetRefundItem(std::string_view card_type) {
-    const std::string document = ComposeRequest("ItemPaymentAddRq", [card_type](XMLBuilder& request) {
+    std::string document = ComposeRequest("ItemPaymentAddRq", [card_type](XMLBuilder& request) {
         request.OpenElement("ItemPaymentAdd");
         request.AddElement("Name", NetRefundItemName(card_type));
         if (!card_type.empty()) {
@@ -158,34 +160,35 @@ HRESULT CPaylodge::EnsureNetRefundItem(std::string_view card_type) {
         }
         request.CloseElement("ItemPaymentAdd");
     });
-    return AddListEntry(document, L"ItemPaymentAddRs", kPaymentItemExists);
+    return AddListEntry(std::move(document), L"ItemPaymentAddRs", kPaymentItemExists);
 }
 
 HRESULT CPaylodge::EnsureHoldingAccount() {
-    const std::string document = ComposeRequest("AccountAddRq", [](XMLBuilder& request) {
+    std::string document = ComposeRequest("AccountAddRq", [](XMLBuilder& request) {
         request.OpenElement("AccountAdd");
         request.AddElement("Name", kHoldingAccount);
         request.AddElement("AccountType", kHoldingAccountType);
         request.CloseElement("AccountAdd");
     });
-    return AddListEntry(document, L"AccountAddRs", kNameExists);
+    return AddListEntry(std::move(document), L"AccountAddRs", kNameExists);
 }
 
-HRESULT CPaylodge::AddListEntry(std::string_view document, std::wstring_view response_element,
-                                std::string_view extra_code) {
+HRESULT CPaylodge::AddListEntry(std::string document, std::wstring_view response_element, std::string_view extra_code) {
     std::string response;
-    const HRESULT result = Send(document, response);
+    const HRESULT result = Send(std::move(document), response);
     return FAILED(result) ? result : CheckAddResponse(response, response_element, extra_code);
 }
 
 // Each response of the batch with its status and, where it succeeded, the main texts of its record. Empty for a
 // response that does not load, holds no message set, or cannot be read to its end: the batch has been recorded all the
 // same, so that is no failure of the operation, and half a summary would be taken for a smaller batch.
-std::string CPaylodge::SummarizeTxnResponses(std::string_view response_text) {
+std::string CPaylodge::SummarizeTxnResponses(std::string response_text) {
     ComPtr<IXMLDOMNode> message_set;
     if (FAILED(FindResponseElement(response_text, L"LHXMLMsgsRs", message_set)) || !message_set) {
         return {};
     }
+    // The document has all of it now, and the summary needs its room.
+    std::string().swap(response_text);
     XMLBuilder summary;
     summary.OpenElement("LHXMLMsgsRs");
     const HRESULT result = VisitChildren(

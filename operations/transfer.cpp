@@ -49,10 +49,10 @@ STDMETHODIMP CPaylodge::TransferFunds(BSTR bstrDepositFromName, BSTR bstrDeposit
                                // A text too long for an amount leaves the line without one.
                                .amount = AmountWithTwoDecimals(AnsiFromBstr(bstrDepositAmount)).value_or(""),
                                .memo = AnsiFromBstr(bstrDepositMemo)};
-    const std::string document =
+    std::string document =
         ComposeRequest("DepositAddRq", [&transfer](XMLBuilder& request) { BuildTransferDepositRq(request, transfer); });
     std::string response;
-    if (const HRESULT result = Send(document, response); FAILED(result)) {
+    if (const HRESULT result = Send(std::move(document), response); FAILED(result)) {
         return result;
     }
     const HRESULT result = CheckAddResponse(response, L"DepositAddRs");
