@@ -105,7 +105,7 @@ class Record : public Part<IHostDataFileRecord> {
             host_.lock_answers.pop_front();
         }
         if (SUCCEEDED(answer.result)) {
-            *is_locked = answer.is_acquired ? VARIANT_TRUE : VARIANT_FALSE;
+            *is_locked = answer.is_acquired ? host_.yes : VARIANT_FALSE;
             host_.held_locks += answer.is_acquired ? 1 : 0;
         }
         return answer.result;
@@ -150,7 +150,7 @@ class Records : public Part<IHostDataFileRecords> {
     STDMETHODIMP Exists(LONG number, VARIANT_BOOL* exists) override {
         const HRESULT result = host_.Record("Exists", std::to_string(number));
         if (SUCCEEDED(result)) {
-            *exists = host_.categories[category_].contains(number) ? VARIANT_TRUE : VARIANT_FALSE;
+            *exists = host_.categories[category_].contains(number) ? host_.yes : VARIANT_FALSE;
         }
         return result;
     }

@@ -61,6 +61,8 @@ class FakeStorageHost {
     std::function<void()> on_failing_call;
     // Methods that succeed with null instead of an object or a string.
     std::set<std::string> null_results;
+    // What Lock and Exists say for yes: hosts do not all keep to VARIANT_TRUE.
+    VARIANT_BOOL yes = VARIANT_TRUE;
     // Answers of the next calls of Lock, in order; without one, the lock is acquired.
     std::deque<LockAnswer> lock_answers;
 

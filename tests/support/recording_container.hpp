@@ -122,15 +122,16 @@ class RecordingSite : public IOleClientSite,
     STDMETHODIMP CanInPlaceActivate() override { return Write("CanInPlaceActivate"); }
     STDMETHODIMP OnInPlaceActivate() override { return Write("OnInPlaceActivate"); }
     STDMETHODIMP OnUIActivate() override { return Write("OnUIActivate"); }
-    STDMETHODIMP GetWindowContext(IOleInPlaceFrame** frame_object, IOleInPlaceUIWindow** document, LPRECT place,
+    STDMETHODIMP GetWindowContext(IOleInPlaceFrame** frame_object, IOleInPlaceUIWindow** document_object, LPRECT place,
                                   LPRECT visible, LPOLEINPLACEFRAMEINFO info) override {
         *frame_object = nullptr;
-        *document = nullptr;
+        *document_object = nullptr;
         const HRESULT result = Write("GetWindowContext");
         if (FAILED(result)) {
             return result;
         }
         *frame_object = ComPtr<IOleInPlaceFrame>(frame.Get()).Detach();
+        *document_object = ComPtr<IOleInPlaceUIWindow>(document.Get()).Detach();
         *place = position;
         *visible = clip;
         info->hwndFrame = parent;
@@ -176,7 +177,7 @@ class RecordingSite : public IOleClientSite,
         if (value == ambient.end() || flags != DISPATCH_PROPERTYGET) {
             return DISP_E_MEMBERNOTFOUND;
         }
-        V_VT(result) = VT_BOOL;
+        V_VT(result) = ambient_type;
         V_BOOL(result) = value->second;
         return S_OK;
     }
@@ -204,7 +205,10 @@ class RecordingSite : public IOleClientSite,
     RECT position{10, 20, 210, 120};
     RECT clip{0, 0, 1000, 1000};
     ComPtr<ComObject<RecordingFrame>> frame;
+    // Another frame, for the document's window; null for none.
+    ComPtr<ComObject<RecordingFrame>> document;
     std::map<DISPID, VARIANT_BOOL> ambient;
+    VARTYPE ambient_type = VT_BOOL;
     // Codes that calls answer with instead of S_OK.
     std::map<std::string, HRESULT> answers;
     GUID last_service{};

@@ -71,6 +71,9 @@ TEST_F(DataObject, RendersNothingElse) {
         return result;
     };
     EXPECT_HRESULT(S_OK, data_->QueryGetData(&picture_));
+    FORMATETC either{CF_METAFILEPICT, nullptr, DVASPECT_CONTENT, -1, TYMED_MFPICT | TYMED_HGLOBAL};
+    EXPECT_HRESULT(S_OK, data_->QueryGetData(&either)) << "one of the media is enough";
+    EXPECT_HRESULT(DV_E_TYMED, refusal({CF_METAFILEPICT, nullptr, DVASPECT_CONTENT, -1, TYMED_HGLOBAL | TYMED_FILE}));
     EXPECT_HRESULT(DV_E_FORMATETC, refusal({CF_TEXT, nullptr, DVASPECT_CONTENT, -1, TYMED_MFPICT}));
     EXPECT_HRESULT(DV_E_DVASPECT, refusal({CF_METAFILEPICT, nullptr, DVASPECT_ICON, -1, TYMED_MFPICT}));
     EXPECT_HRESULT(DV_E_LINDEX, refusal({CF_METAFILEPICT, nullptr, DVASPECT_CONTENT, 0, TYMED_MFPICT}));

@@ -75,8 +75,14 @@ TEST_F(OleObject, IsTwoInchesLargeUntilItIsGivenASize) {
 }
 
 TEST_F(OleObject, RefusesSizesThatMeanNothing) {
-    SIZEL size{-1, 5};
-    EXPECT_HRESULT(E_INVALIDARG, object_->SetExtent(DVASPECT_CONTENT, &size));
+    for (SIZEL size : {SIZEL{-1, 5}, SIZEL{5, -1}, SIZEL{-1, -1}}) {
+        EXPECT_HRESULT(E_INVALIDARG, object_->SetExtent(DVASPECT_CONTENT, &size)) << size.cx << "," << size.cy;
+        EXPECT_HRESULT(S_OK, object_->GetExtent(DVASPECT_CONTENT, &size));
+        EXPECT_EQ(5080, size.cx);
+        EXPECT_EQ(5080, size.cy);
+    }
+    SIZEL size{0, 0};
+    EXPECT_HRESULT(S_OK, object_->SetExtent(DVASPECT_CONTENT, &size)) << "nothing to see is a size";
     EXPECT_HRESULT(DV_E_DVASPECT, object_->SetExtent(DVASPECT_ICON, &size));
     EXPECT_HRESULT(DV_E_DVASPECT, object_->GetExtent(DVASPECT_ICON, &size));
     EXPECT_HRESULT(E_POINTER, object_->SetExtent(DVASPECT_CONTENT, nullptr));

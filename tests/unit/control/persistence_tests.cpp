@@ -3,6 +3,10 @@
 #include <gtest/gtest.h>
 #include <objbase.h>
 
+#include <algorithm>
+#include <array>
+#include <cstring>
+
 #include "tests/support/hresult.hpp"
 #include "tests/support/recording_container.hpp"
 #include "tests/unit/control/test_control.hpp"
@@ -36,6 +40,51 @@ void MoveTo(IStream& stream, LONGLONG position) {
                              bytes.Get(), STGM_READWRITE | STGM_SHARE_EXCLUSIVE | STGM_CREATE, 0, storage.Receive()));
     return storage;
 }
+
+// A stream that reads or writes so many bytes of what is asked for, or fails.
+class ShortStream : public IStream {
+  public:
+    using Row = InterfaceRow<ShortStream>;
+    static constexpr std::array kInterfaces = {Row::Of<IStream>()};
+
+    ShortStream(ULONG bytes, HRESULT result) : bytes_(bytes), result_(result) {}
+
+    STDMETHODIMP Read(void* buffer, ULONG size, ULONG* read) override {
+        const DWORD version = 1;
+        *read = std::min(bytes_, size);
+        std::memcpy(buffer, &version, std::min<size_t>(*read, sizeof version));
+        return result_;
+    }
+    STDMETHODIMP Write(const void* /*bytes*/, ULONG size, ULONG* written) override {
+        *written = std::min(bytes_, size);
+        return result_;
+    }
+    STDMETHODIMP Seek(LARGE_INTEGER /*move*/, DWORD /*origin*/, ULARGE_INTEGER* /*position*/) override {
+        return E_NOTIMPL;
+    }
+    STDMETHODIMP SetSize(ULARGE_INTEGER /*size*/) override { return E_NOTIMPL; }
+    STDMETHODIMP CopyTo(IStream* /*other*/, ULARGE_INTEGER /*size*/, ULARGE_INTEGER* /*read*/,
+                        ULARGE_INTEGER* /*written*/) override {
+        return E_NOTIMPL;
+    }
+    STDMETHODIMP Commit(DWORD /*flags*/) override { return E_NOTIMPL; }
+    STDMETHODIMP Revert() override { return E_NOTIMPL; }
+    STDMETHODIMP LockRegion(ULARGE_INTEGER /*offset*/, ULARGE_INTEGER /*size*/, DWORD /*type*/) override {
+        return E_NOTIMPL;
+    }
+    STDMETHODIMP UnlockRegion(ULARGE_INTEGER /*offset*/, ULARGE_INTEGER /*size*/, DWORD /*type*/) override {
+        return E_NOTIMPL;
+    }
+    STDMETHODIMP Stat(STATSTG* /*status*/, DWORD /*flags*/) override { return E_NOTIMPL; }
+    STDMETHODIMP Clone(IStream** /*copy*/) override { return E_NOTIMPL; }
+
+  protected:
+    ~ShortStream() = default;
+
+  private:
+    ULONG bytes_;
+    HRESULT result_;
+};
 
 class Persistence : public ::testing::Test {
   protected:
@@ -119,6 +168,49 @@ TEST_F(Persistence, AStreamOfAnotherKindIsRefused) {
     EXPECT_HRESULT(S_OK, stream->Write("what?", 5, nullptr));
     MoveTo(*stream.Get(), 0);
     EXPECT_HRESULT(E_FAIL, in_stream_->Load(stream.Get()));
+}
+
+TEST_F(Persistence, AStreamThatEndsEarlyLeavesTheControlAsItWas) {
+    const struct {
+        ULONG bytes;
+        HRESULT result;
+        HRESULT saved;
+        HRESULT loaded;
+    } streams[] = {
+        {0, S_OK, STG_E_MEDIUMFULL, E_FAIL},    {2, S_OK, STG_E_MEDIUMFULL, E_FAIL},
+        {3, S_FALSE, STG_E_MEDIUMFULL, E_FAIL}, {4, STG_E_ACCESSDENIED, STG_E_ACCESSDENIED, STG_E_ACCESSDENIED},
+        {0, E_ABORT, E_ABORT, E_ABORT},
+    };
+    for (const auto& [bytes, result, saved, loaded] : streams) {
+        const auto stream = ComObject<ShortStream>::Create(bytes, result);
+        for (const bool is_dirty : {true, false}) {
+            control_->SetControlDirty(is_dirty);
+            EXPECT_HRESULT(saved, in_stream_->Save(stream.Get(), TRUE)) << bytes;
+            EXPECT_HRESULT(loaded, in_stream_->Load(stream.Get())) << bytes;
+            EXPECT_HRESULT(is_dirty ? S_OK : S_FALSE, in_stream_->IsDirty());
+            EXPECT_HRESULT(is_dirty ? S_OK : S_FALSE, in_storage_->IsDirty());
+        }
+        EXPECT_EQ(1u, References(stream));
+    }
+    // Another success is one.
+    const auto whole = ComObject<ShortStream>::Create(4u, S_FALSE);
+    control_->SetControlDirty(true);
+    EXPECT_HRESULT(S_OK, in_stream_->Save(whole.Get(), TRUE));
+    EXPECT_HRESULT(S_FALSE, in_stream_->IsDirty());
+    control_->SetControlDirty(true);
+    EXPECT_HRESULT(S_OK, in_stream_->Load(whole.Get()));
+    EXPECT_HRESULT(S_FALSE, in_stream_->IsDirty());
+}
+
+TEST_F(Persistence, LoadingFromAStorageMakesTheControlClean) {
+    const auto storage = NewStorage();
+    EXPECT_HRESULT(S_OK, in_storage_->Save(storage.Get(), TRUE));
+    control_->SetControlDirty(true);
+    EXPECT_HRESULT(S_OK, in_storage_->Load(storage.Get()));
+    EXPECT_HRESULT(S_FALSE, in_storage_->IsDirty());
+    control_->SetControlDirty(true);
+    EXPECT_HRESULT(STG_E_FILENOTFOUND, in_storage_->Load(NewStorage().Get()));
+    EXPECT_HRESULT(S_OK, in_storage_->IsDirty()) << "a load that is refused changes nothing";
 }
 
 TEST_F(Persistence, AnswersNullPointers) {

@@ -89,6 +89,33 @@ TEST_F(QuickActivation, ReportsASinkThatDoesNotFit) {
     EXPECT_EQ(0u, result_.dwEventCookie);
 }
 
+TEST_F(QuickActivation, EndsAtTheFirstSinkThatDoesNotFit) {
+    const auto event_sink = ComObject<RecordingSink>::Create(record_, "event", DIID__IPaylodgeCtrlEvents);
+    // A sink of events is none of property changes.
+    container_.pPropertyNotifySink = reinterpret_cast<IPropertyNotifySink*>(event_sink.Get());
+    container_.pUnkEventSink = event_sink.Get();
+    EXPECT_HRESULT(CONNECT_E_CANNOTCONNECT, Activate());
+    EXPECT_EQ(0u, result_.dwPropNotifyCookie);
+    EXPECT_EQ(0u, result_.dwEventCookie);
+    EXPECT_EQ(1u, References(event_sink));
+    EXPECT_EQ(131473u, result_.dwMiscStatus);
+}
+
+TEST_F(QuickActivation, ReplacesTheSiteAndTheViewSink) {
+    container_.pClientSite = site_.Get();
+    container_.pAdviseSink = site_.Get();
+    EXPECT_HRESULT(S_OK, Activate());
+    container_.pClientSite = nullptr;
+    container_.pAdviseSink = nullptr;
+    EXPECT_HRESULT(S_OK, Activate());
+    ComPtr<IOleClientSite> client_site;
+    EXPECT_HRESULT(S_OK, Query<IOleObject>(control_)->GetClientSite(client_site.Receive()));
+    EXPECT_FALSE(client_site);
+    ComPtr<IAdviseSink> sink;
+    EXPECT_HRESULT(S_OK, Query<IViewObjectEx>(control_)->GetAdvise(nullptr, nullptr, sink.Receive()));
+    EXPECT_TRUE(sink) << "a container that brings none leaves the one that is there";
+}
+
 TEST_F(QuickActivation, ChecksItsStructures) {
     const auto quick = Query<IQuickActivate>(control_);
     EXPECT_HRESULT(E_POINTER, quick->QuickActivate(nullptr, &result_));

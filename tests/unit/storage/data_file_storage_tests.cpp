@@ -317,6 +317,23 @@ class LockTest : public DataFileStorage {
     RecordedSleeps sleeps_;
 };
 
+// Every other value than VARIANT_FALSE is a yes.
+TEST_F(LockTest, AYesOfTheHostNeedNotBeVariantTrue) {
+    for (const VARIANT_BOOL yes : {VARIANT_BOOL{1}, VARIANT_BOOL{2}, VARIANT_BOOL{256}}) {
+        host_.yes = yes;
+        host_.calls.clear();
+        EXPECT_EQ(kSuccess, kWrite.run(storage_)) << yes;
+        EXPECT_EQ(
+            kGettingRecord + Locks(1) +
+                Calls({"GetPropertyBag()", "Write(\"Key\", \"value\")", "PutDataVersion(1)", "Save()", "Unlock()"}),
+            host_.calls);
+    }
+    host_.calls.clear();
+    EXPECT_EQ(kSuccess, kDelete.run(storage_));
+    EXPECT_EQ(kGettingRecord + Locks(2) + Calls({"Delete()", "Unlock()"}), host_.calls);
+    EXPECT_EQ(Sleeps(0), sleeps_.milliseconds);
+}
+
 TEST_F(LockTest, DeleteSucceedsWhenOnlyTheAdditionalCallAcquires) {
     host_.lock_answers.assign(5, Refused());
     EXPECT_EQ(kSuccess, kDelete.run(storage_));

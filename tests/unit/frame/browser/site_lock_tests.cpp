@@ -199,6 +199,40 @@ TEST_F(SiteLock, DomainLongerThanItsBufferCountsAsEmpty) {
     EXPECT_TRUE(IsAllowedBy({0, L"https", nullptr}, page));
 }
 
+// The buffers hold 2084, 32 and 256 characters, of which the last is the null at the end.
+TEST_F(SiteLock, UrlThatFillsItsBufferIsJudged) {
+    const std::wstring page = L"https://pay.example/";
+    const auto is_allowed = [&](size_t length) {
+        return IsAllowedBy({0, L"https", L"pay.example"}, {.url = page + std::wstring(length - page.size(), L'a')});
+    };
+    EXPECT_TRUE(is_allowed(2082));
+    EXPECT_TRUE(is_allowed(2083));
+    EXPECT_FALSE(is_allowed(2084));
+    EXPECT_FALSE(is_allowed(2085));
+}
+
+TEST_F(SiteLock, SchemeThatFillsItsBufferIsJudged) {
+    const auto is_allowed = [&](size_t length) {
+        const std::wstring scheme(length, L'a');
+        return IsAllowedBy({0, scheme.c_str(), nullptr}, {.url = scheme + L":page"});
+    };
+    EXPECT_TRUE(is_allowed(30));
+    EXPECT_TRUE(is_allowed(31));
+    EXPECT_FALSE(is_allowed(32));
+}
+
+TEST_F(SiteLock, DomainThatFillsItsBufferIsJudged) {
+    const std::wstring domain = L".pay.example";
+    const auto is_allowed = [&](size_t length) {
+        const std::wstring subdomain(length - domain.size(), L'a');
+        return IsAllowedBy({0, L"https", L"pay.example"}, {.url = L"https://" + subdomain + domain + L"/"});
+    };
+    EXPECT_TRUE(is_allowed(112)) << "a subdomain of a hundred characters";
+    EXPECT_TRUE(is_allowed(254));
+    EXPECT_TRUE(is_allowed(255));
+    EXPECT_FALSE(is_allowed(256));
+}
+
 TEST_F(SiteLock, PageWithoutADomainMatchesTheNullDomain) {
     EXPECT_TRUE(IsAllowedBy({0, L"about", nullptr}, PageAt(L"about:blank")));
     EXPECT_FALSE(IsAllowedBy({0, L"https", nullptr}, PageAt(kApprovedPage)));

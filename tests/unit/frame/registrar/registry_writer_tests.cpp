@@ -246,6 +246,45 @@ TEST_F(RegistryWriter, DoesNotRestoreDeletedKeysWhenRemoving) {
     EXPECT_TRUE(HasKey(L"a"));
 }
 
+// One root key may only be read, the other may be changed.
+class TwoRoots : public RegistryWriter {
+  protected:
+    TwoRoots() {
+        CreateKey(L"refusing");
+        CreateKey(L"granting");
+        EXPECT_EQ(::RegOpenKeyExW(Root(), L"refusing", 0, KEY_READ, refusing_.Receive()), ERROR_SUCCESS);
+        EXPECT_EQ(::RegOpenKeyExW(Root(), L"granting", 0, KEY_ALL_ACCESS, granting_.Receive()), ERROR_SUCCESS);
+    }
+    // Runs work(script) while the first of its roots is the one that refuses, or the second.
+    template <class Work>
+    HRESULT Run(bool is_first_refusing, const Work& work) {
+        const Redirection classes(HKEY_CLASSES_ROOT, is_first_refusing ? refusing_.Get() : granting_.Get());
+        const Redirection user(HKEY_CURRENT_USER, is_first_refusing ? granting_.Get() : refusing_.Get());
+        return work(ParseRegistryScript(u"HKCR { Val v = s 'x' } HKCU { Val v = s 'x' }", {}));
+    }
+
+  private:
+    RegistryKey refusing_;
+    RegistryKey granting_;
+};
+
+TEST_F(TwoRoots, AreBothRemovedThoughOneFails) {
+    for (const bool is_first_refusing : {true, false}) {
+        SetText(L"refusing", L"v", L"x");
+        SetText(L"granting", L"v", L"x");
+        EXPECT_HRESULT(E_ACCESSDENIED, Run(is_first_refusing, &RemoveScript)) << is_first_refusing;
+        EXPECT_EQ(Text(L"refusing", L"v"), L"x");
+        EXPECT_EQ(Text(L"granting", L"v"), L"(none)") << is_first_refusing;
+    }
+}
+
+TEST_F(TwoRoots, AreWrittenUpToTheFirstFailure) {
+    EXPECT_HRESULT(E_ACCESSDENIED, Run(true, &WriteScript));
+    EXPECT_EQ(Text(L"granting", L"v"), L"(none)");
+    EXPECT_HRESULT(E_ACCESSDENIED, Run(false, &WriteScript));
+    EXPECT_EQ(Text(L"granting", L"v"), L"x");
+}
+
 TEST_F(RegistryWriter, RemovesTheRestAfterAFailure) {
     CreateKey(L"a");
     SetText(L"a", L"v", L"x");

@@ -21,7 +21,9 @@ namespace {
 [[nodiscard]] std::size_t MistakeLine(std::u16string_view script) {
     try {
         ScriptTokenizer tokens(script);
-        static_cast<void>(tokens.Next().value().Meaning(Variables()));
+        while (const std::optional<ScriptToken> token = tokens.Next()) {
+            static_cast<void>(token->Meaning(Variables()));
+        }
     } catch (const RegistryScriptError& error) {
         return error.Line();
     }
@@ -108,6 +110,18 @@ TEST(ScriptToken, RefusesVariablesThatAreUnknownOrNotClosed) {
 TEST(ScriptToken, RefusesNullCharacters) {
     EXPECT_EQ(MistakeLine(std::u16string_view(u"'a\0b'", 5)), 1u);
     EXPECT_EQ(MistakeLine(std::u16string_view(u"\n\0", 2)), 2u);
+}
+
+TEST(ScriptToken, NamesTheLineOnWhichTheTextBegins) {
+    // In text of several lines, whichever of them holds the mistake.
+    EXPECT_EQ(MistakeLine(u"\n'a\n\n%UNKNOWN%'"), 2u);
+    EXPECT_EQ(MistakeLine(u"\n'a\n%MODULE'"), 2u);
+    EXPECT_EQ(MistakeLine(std::u16string_view(u"\n'a\n\0'", 6)), 2u);
+    EXPECT_EQ(MistakeLine(u"\n\n'a\nb"), 3u);
+    // And after it, the lines in the text and between two quotes count.
+    EXPECT_EQ(MistakeLine(u"'a\nb''c\nd'\n%UNKNOWN%"), 4u);
+    EXPECT_EQ(MistakeLine(u"'a\n' '\nb"), 2u);
+    EXPECT_EQ(MistakeLine(u"a\r\nb\r\n%UNKNOWN%"), 3u);
 }
 
 TEST(RegistryScriptError, NamesTheLine) {
