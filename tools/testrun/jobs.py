@@ -17,9 +17,12 @@ from sources import Sources, TestFile
 from wine_session import windows_path
 
 KINDS = ("x64", "x86", "x64-checked", "native", "script", "package", "fuzz", "tools", "format")
-PROGRAM_KINDS = ("x64", "x86", "x64-checked", "native")
+# The flavours of which ./dev coverage counts the lines that run; no run of tests has them without being asked.
+COVERAGE_KINDS = ("native-coverage", "x64-coverage")
+PROGRAM_KINDS = ("x64", "x86", "x64-checked", "native", *COVERAGE_KINDS)
+NATIVE_KINDS = ("native", "native-coverage")
 # What a flavour for Windows is compiled for.
-ARCHITECTURES = {"x64": "x64", "x86": "x86", "x64-checked": "x64"}
+ARCHITECTURES = {"x64": "x64", "x86": "x86", "x64-checked": "x64", "x64-coverage": "x64"}
 WINE_PACKAGES = {"x64": "wine64", "x86": "wine32:i386"}
 
 # The target with the component and the reference host; natively the pure core.
@@ -80,7 +83,7 @@ class Jobs:
     def __init__(self, paths: Paths, chosen: Filter, kinds: Iterable[str] = KINDS) -> None:
         self._paths = paths
         self._filter = chosen
-        self._kinds = [kind for kind in KINDS if kind in kinds]
+        self._kinds = [kind for kind in (*KINDS, *COVERAGE_KINDS) if kind in kinds]
         self.sources = Sources(paths.root, paths.build)
         if not self.targets() and not self.collect():
             self._filter = replace(chosen, loose=True)
@@ -136,7 +139,7 @@ class Jobs:
         return self._filter.may_select(job_name, files, KINDS)
 
     def _program_jobs(self, preset: str) -> list[Job]:
-        suffix = "" if preset == "native" else ".exe"
+        suffix = "" if preset in NATIVE_KINDS else ".exe"
         programs = sorted((self._paths.build / preset / "tests").glob(f"*_tests{suffix}"))
         return [
             program_job(self._paths, preset, program, self._filter)
@@ -190,7 +193,7 @@ class Jobs:
 
 def program_job(paths: Paths, preset: str, program: Path, chosen: Filter) -> Job:
     name = f"{preset}/{program.stem}"
-    under_wine = preset != "native"
+    under_wine = preset not in NATIVE_KINDS
     command = wine_session.wine_command(str(program)) if under_wine else [str(program)]
     environment = wine_environment(paths, preset, name) if under_wine else {}
     report = GTestReport(paths, name, windows_path if under_wine else str)

@@ -22,7 +22,7 @@ from typing import BinaryIO
 
 import wine_session
 from filters import Filter
-from jobs import KINDS, Job, Jobs, Paths
+from jobs import COVERAGE_KINDS, KINDS, Job, Jobs, Paths
 from results import Case, Ending, Outcome
 
 DEFAULT_TIME_LIMIT_SECONDS = 120
@@ -222,7 +222,7 @@ def parse_arguments(arguments: list[str]) -> argparse.Namespace:
     parser.add_argument("--root", type=Path, default=Path(__file__).parents[2], help="the top of the checkout")
     options = parser.parse_args(arguments)
     for kind in options.kinds:
-        if kind not in KINDS:
+        if kind not in (*KINDS, *COVERAGE_KINDS):
             parser.error(f"there is no kind of test '{kind}': {kinds}")
     return options
 

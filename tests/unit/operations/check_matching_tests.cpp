@@ -99,6 +99,16 @@ TEST(CheckMatcher, GivesTheFirstOfEqualBalancesAndIsDecidedThen) {
     EXPECT_EQ("7", Match("60.00", {{"7", "60.00"}, {"8", "60.00"}}));
 }
 
+TEST(CheckMatcher, IsNotChangedByInvoicesThatItIsShownAfterItsDecision) {
+    CheckMatcher matcher("60.00");
+    matcher.AddInvoice("7", "60.00");
+    matcher.AddInvoice("8", "60.00");
+    EXPECT_EQ("7", matcher.Result());
+    CheckMatcher nothing("0");
+    nothing.AddInvoice("8", "0.00");
+    EXPECT_EQ("", nothing.Result());
+}
+
 TEST(CheckMatcher, PrefersAnExactBalanceToTheSumOfThoseBefore) {
     EXPECT_EQ("3", Match("100", {{"1", "40"}, {"2", "60"}, {"3", "100"}}));
 }
