@@ -57,22 +57,27 @@ constexpr std::size_t kMostArguments = 64;
     return value.is_string() || value.is_boolean() || value.is_number() || value.is_null();
 }
 
+// `undefined` as messages have it.
+[[nodiscard]] bool IsEmpty(const Json& value) {
+    return value.is_object() && value.size() == 1 && value.contains("type") && value["type"] == "empty";
+}
+
 [[nodiscard]] Value ReadValue(const Json& value) {
     constexpr std::string_view kWanted =
         R"(a string, a boolean, a number, null, {"type": "empty"} or {"type": "reference", "value": ...})";
     if (IsScalar(value)) {
         return {value, false};
     }
-    const auto type = value.is_object() ? value.find("type") : value.end();
-    if (value.is_object() && type != value.end() && *type == "empty" && value.size() == 1) {
+    if (IsEmpty(value)) {
         return {Json(Json::value_t::discarded), false};
     }
+    const auto type = value.is_object() ? value.find("type") : value.end();
     if (value.is_object() && type != value.end() && *type == "reference" && value.size() == 2) {
         const auto inner = value.find("value");
         if (inner != value.end() && IsScalar(*inner)) {
             return {*inner, true};
         }
-        if (inner != value.end() && inner->is_object() && inner->value("type", "") == "empty" && inner->size() == 1) {
+        if (inner != value.end() && IsEmpty(*inner)) {
             return {Json(Json::value_t::discarded), true};
         }
     }
