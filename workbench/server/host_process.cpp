@@ -1,7 +1,6 @@
 #include "workbench/server/host_process.hpp"
 
 #include <comdef.h>
-#include <objbase.h>
 
 #include <array>
 #include <filesystem>
@@ -110,9 +109,6 @@ HostProcess::~HostProcess() {
     if (reference_host_) {
         reference_host_->CloseCompanyFile();
     }
-    for (const DWORD cookie : class_cookies_) {
-        ::CoRevokeClassObject(cookie);
-    }
 }
 
 void HostProcess::RegisterHostClasses() {
@@ -124,7 +120,7 @@ void HostProcess::RegisterHostClasses() {
         Require(
             ::CoRegisterClassObject(class_id, class_object.Get(), CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &cookie),
             "CoRegisterClassObject");
-        class_cookies_.push_back(cookie);
+        classes_.emplace_back(cookie);
     }
 }
 

@@ -4,6 +4,8 @@
 
 #include <windows.h>
 
+#include <objbase.h>
+
 #include <functional>
 #include <stdexcept>
 #include <string>
@@ -23,6 +25,14 @@ class CannotStart : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
+
+struct ClassObjectTraits {
+    using Type = DWORD;
+    static constexpr Type None() noexcept { return 0; }
+    static void Free(Type cookie) noexcept { ::CoRevokeClassObject(cookie); }
+};
+// A class object that this process offers, until it goes.
+using RegisteredClass = Owner<ClassObjectTraits>;
 
 struct Exchange {
     std::string request;
@@ -67,7 +77,7 @@ class HostProcess {
     ModuleHandle reference_host_module_;
     ModuleHandle bridge_library_;
     ModuleHandle component_;
-    std::vector<DWORD> class_cookies_;
+    std::vector<RegisteredClass> classes_;
     ComPtr<IReferenceHost> reference_host_;
     std::string version_;
 };

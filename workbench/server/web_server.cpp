@@ -91,6 +91,8 @@ class WebServer::Parts::SocketSession : public std::enable_shared_from_this<Sock
         times.idle_timeout = kIdleTime;
         times.keep_alive_pings = true;
         socket_.set_option(times);
+        // A message is in memory as a whole anyway.
+        socket_.auto_fragment(false);
         socket_.read_message_max(kLargestPageMessage);
         socket_.async_accept(upgrade, [self = shared_from_this()](error_code error) {
             if (error) {
