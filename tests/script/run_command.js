@@ -30,6 +30,25 @@ test("a script finds the accounting object and the control", function () {
     equal(result.status, 0);
 });
 
+test("a script creates objects by program id and by class id", function () {
+    var result = runText('WScript.Echo(WScript.CreateObject("Paylodge.Paylodge").GetAccounts("Bank").length > 0);' +
+        'WScript.Echo(WScript.CreateObject("{00A0CCCE-89E6-4779-AACD-E774651CB5AD}").EMVIsDeviceConnected());');
+    equal(result.output, "true\nfalse\n");
+});
+
+test("a class that there is not is an error", function () {
+    contains(runText('WScript.CreateObject("No.Such.Class");').output, "run: 0x800401F3");
+    equal(runText("WScript.CreateObject(1);").status, 1);
+    equal(runText("WScript.CreateObject();").status, 1);
+});
+
+test("a script finds the program that runs it, and hands it the switch of script hosts", function () {
+    contains(runText("WScript.Echo(WScript.FullName);").output.toLowerCase(), "\\run.exe\n");
+    var page = write("page.js", 'WScript.Echo("page", WScript.Arguments.length);');
+    equal(run('//nologo" "' + page).output, "page 0\n");
+    equal(run("//nologo").status, 2);
+});
+
 test("values are printed in one line, with blanks between them", function () {
     equal(runText('WScript.Echo("a", 1.5, true, null, -2); WScript.Echo();').output, "a 1.5 true null -2\n\n");
 });

@@ -1,4 +1,4 @@
-"""What ./dev run and ./dev company say to words that make no sense: one sentence, exit status 2, nothing built."""
+"""What ./dev run, company and package say to words that make no sense: one sentence, exit status 2, nothing built."""
 
 from __future__ import annotations
 
@@ -40,13 +40,19 @@ class WrongWords(unittest.TestCase):
         self.assertEqual(result.returncode, 2)
         self.assertTrue(result.stderr.startswith("Usage: ./dev company import TEXT FILE"))
 
+    def test_of_package(self) -> None:
+        self.check(
+            ["package", "--fast"], "dev: 'package' does not know '--fast'; './dev package --help' says what it knows"
+        )
+        self.check(["package", "--tests", "--verify"], "dev: --verify builds the package twice, not the test kit")
+
     def test_of_run_in_another_folder_names_the_script_there(self) -> None:
         with tempfile.TemporaryDirectory() as folder:
             result = dev("run", "page.js", folder=Path(folder))
             self.assertEqual(result.stderr, f"dev: there is no script '{Path(folder).resolve()}/page.js'\n")
 
     def test_help_is_at_hand(self) -> None:
-        for command in ("run", "company"):
+        for command in ("run", "company", "package"):
             result = dev(command, "--help")
             self.assertEqual(result.returncode, 0)
             self.assertTrue(result.stdout.startswith(f"Usage: ./dev {command} "))
