@@ -53,6 +53,14 @@ bool FaultPlan::FailCall(std::wstring_view call, HRESULT code, LONG nth) {
     return is_known;
 }
 
+std::vector<FailingCall> FaultPlan::Failures() const {
+    std::vector<FailingCall> failures;
+    for (const Plan<HRESULT>& plan : failures_) {
+        failures.push_back({plan.call, plan.outcome, plan.nth});
+    }
+    return failures;
+}
+
 void FaultPlan::AnswerNth(PlannedAnswer answer, LONG nth) {
     answers_.push_back({std::wstring(kProcessRequestCall), nth, std::move(answer)});
 }

@@ -47,11 +47,20 @@ struct PlannedAnswer {
 // The names that can be planned to fail, in alphabetical order.
 [[nodiscard]] std::vector<std::wstring> PlannableNames();
 
+// A call that is going to fail: the nth of its name from now, or every one when that is 0.
+struct FailingCall {
+    std::wstring call;
+    HRESULT code = E_FAIL;
+    LONG nth = 0;
+};
+
 class FaultPlan {
   public:
     // The nth call or step of this name from now fails with the HRESULT; 0 stands for every one. False for an unknown
     // name.
     [[nodiscard]] bool FailCall(std::wstring_view call, HRESULT code, LONG nth);
+    // Those failures that are still to come, in the order in which they were planned.
+    [[nodiscard]] std::vector<FailingCall> Failures() const;
     // The nth ProcessRequest from now answers this; 0 stands for every one.
     void AnswerNth(PlannedAnswer answer, LONG nth);
     // The next ProcessRequest that nothing else was planned for answers this; several stand in line.

@@ -181,6 +181,17 @@ HRESULT CReferenceHost::Journal(LONG count, BSTR* text) {
     });
 }
 
+HRESULT CReferenceHost::get_PlannedFailures(BSTR* lines) {
+    return Guarded([&] {
+        std::wstring text;
+        for (const FailingCall& failure : Host::Get().Plan().Failures()) {
+            text.append(failure.call).append(L" ").append(std::to_wstring(failure.code)).append(L" ");
+            text.append(std::to_wstring(failure.nth)).append(L"\n");
+        }
+        return Return(text, lines);
+    });
+}
+
 HRESULT CReferenceHost::get_PlannableCalls(BSTR* names) {
     return Guarded([&] {
         std::wstring text;

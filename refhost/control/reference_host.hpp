@@ -40,6 +40,7 @@ class CReferenceHost : public IDispatchImpl<IReferenceHost, &IID_IReferenceHost,
     // E_INVALIDARG for a number below 0. The XML is that of ReadJournal.
     STDMETHODIMP Journal(LONG count, BSTR* text) override;
     STDMETHODIMP get_PlannableCalls(BSTR* names) override;
+    STDMETHODIMP get_PlannedFailures(BSTR* lines) override;
 
     STDMETHODIMP InterfaceSupportsErrorInfo(REFIID id) override;
 

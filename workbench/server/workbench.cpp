@@ -6,6 +6,7 @@
 #include <array>
 #include <charconv>
 #include <cstdio>
+#include <sstream>
 #include <utility>
 
 #include "com/hresult_names.hpp"
@@ -426,7 +427,7 @@ Reply Workbench::ShowState(const Request& /*request*/, const Target& /*target*/)
                       {"pages", std::move(pages)},
                       {"objects", objects},
                       {"componentUnused", host_.IsComponentUnused()},
-                      {"faults", faults_},
+                      {"faults", PlannedFaults()},
                       {"calls", std::move(names)}});
 }
 
@@ -470,6 +471,19 @@ Reply Workbench::SetBrowser(const Request& request, const Target& /*target*/) {
     return {.body = "{}"};
 }
 
+Json Workbench::PlannedFaults() const {
+    const Outcome planned = host_.CallReferenceHost("PlannedFailures", CallKind::kGet, {});
+    std::istringstream lines(planned.value.is_string() ? planned.value.get<std::string>() : std::string());
+    Json faults = Json::array();
+    std::string call;
+    HRESULT result = S_OK;
+    long nth = 0;
+    while (lines >> call >> result >> nth) {
+        faults.push_back({{"call", call}, {"hresult", result}, {"hresultName", NameOf(result)}, {"nth", nth}});
+    }
+    return faults;
+}
+
 Reply Workbench::PlanFault(const Request& request, const Target& /*target*/) {
     const FaultRequest wanted = ReadFaultRequest(request.body);
     const Outcome outcome = host_.CallReferenceHost(
@@ -478,14 +492,13 @@ Reply Workbench::PlanFault(const Request& request, const Target& /*target*/) {
         return ReplyOf(outcome);
     }
     const auto result = static_cast<HRESULT>(static_cast<std::uint32_t>(static_cast<std::int64_t>(wanted.hresult)));
-    faults_.push_back(
-        {{"call", wanted.call}, {"hresult", result}, {"hresultName", NameOf(result)}, {"nth", wanted.nth}});
-    Json entry = faults_.back();
-    entry["hresult"] = ResultText(result);
-    entry["kind"] = "fault";
-    entry["member"] = wanted.call;
-    Log(std::move(entry));
-    return JsonReply({{"faults", faults_}});
+    Log({{"kind", "fault"},
+         {"member", wanted.call},
+         {"call", wanted.call},
+         {"hresult", ResultText(result)},
+         {"hresultName", NameOf(result)},
+         {"nth", wanted.nth}});
+    return JsonReply({{"faults", PlannedFaults()}});
 }
 
 Reply Workbench::ClearFaults(const Request& /*request*/, const Target& /*target*/) {
@@ -493,9 +506,8 @@ Reply Workbench::ClearFaults(const Request& /*request*/, const Target& /*target*
     if (FAILED(outcome.result)) {
         return ReplyOf(outcome);
     }
-    faults_ = Json::array();
     Log({{"kind", "fault"}, {"text", "none is planned any more"}});
-    return JsonReply({{"faults", faults_}});
+    return JsonReply({{"faults", PlannedFaults()}});
 }
 
 Reply Workbench::SendRequest(const Request& request, const Target& /*target*/) {

@@ -82,6 +82,8 @@ class Workbench final : public WebHandler {
     // Sends a script or event, numbered. Returns the number.
     std::int64_t SendToPage(Page& page, Json message);
     void Log(Json entry);
+    // Those that are still to come.
+    [[nodiscard]] Json PlannedFaults() const;
     [[nodiscard]] Outcome CallControl(const std::string& method, const std::vector<Value>& arguments) const;
 
     Apartment& apartment_;
@@ -96,7 +98,6 @@ class Workbench final : public WebHandler {
     bool runs_scripts_ = true;
     std::string instance_;
     std::string channel_ = "Default";
-    Json faults_ = Json::array();
 };
 
 }  // namespace paylodge::workbench
