@@ -139,6 +139,23 @@ void MaskChipData(std::string_view text, std::string& masked) {
     }
 }
 
+// The same tags decoded, as members of a JSON object, whose quotes may be escaped themselves.
+void MaskDecodedChipData(std::string_view text, std::string& masked) {
+    for (const std::string_view tag : {"5A", "5a", "57"}) {
+        for (std::size_t i = text.find(tag); i != std::string_view::npos; i = text.find(tag, i + tag.size())) {
+            const std::size_t begin = std::min(text.find_first_not_of("\\\": ", i + tag.size()), text.size());
+            const Places places = DigitsFrom(text, begin);
+            if (text.substr(i, begin - i).find(':') == std::string_view::npos || places.size() < kShortest) {
+                continue;
+            }
+            Hide(masked, places, 0, places.size());
+            for (std::size_t rest = places.back() + 1; rest < text.size() && HexValue(text[rest]); ++rest) {
+                masked[rest] = kMask;
+            }
+        }
+    }
+}
+
 // "%B4111111111111111^NAME/OF^2512...?" and ";4111111111111111=2512...?": with the number everything behind it goes up
 // to the end of the track.
 void MaskTracks(std::string_view text, std::string& masked) {
@@ -167,6 +184,7 @@ std::string MaskCardNumbers(std::string_view text) {
     std::string masked(text);
     MaskRuns(text, masked);
     MaskChipData(text, masked);
+    MaskDecodedChipData(text, masked);
     MaskTracks(text, masked);
     return masked;
 }
