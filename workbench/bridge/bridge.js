@@ -279,7 +279,9 @@
     const handlers = new WeakMap();
 
     function isControl(node) {
-        const classId = node instanceof HTMLObjectElement ? node.getAttribute("classid") : null;
+        // One that has become a control has another prototype since.
+        const isObject = remotes.has(node) || node instanceof HTMLObjectElement;
+        const classId = isObject ? node.getAttribute("classid") : null;
         return classId !== null && classId.trim().replace(/^clsid:\{?([^}]*)\}?$/i, "{$1}").toUpperCase() === CONTROL_CLASS;
     }
 
@@ -404,6 +406,8 @@
     let company = "";
     let isWatching = false;
     let wasLost = false;
+    let isParsed = false;
+    document.addEventListener("DOMContentLoaded", () => (isParsed = true), { once: true });
 
     function tell(message) {
         if (socket && socket.readyState === WebSocket.OPEN) {
@@ -598,10 +602,11 @@
             const isUnhandled = announce("workbenchstate", { state, approved, page, isNew }, true);
             showBar(isUnhandled ? textOfBar() : "");
         };
-        if (document.readyState === "loading") {
-            document.addEventListener("DOMContentLoaded", show, { once: true });
-        } else {
+        // The page's own scripts, modules too, listen from then on.
+        if (isParsed) {
             show();
+        } else {
+            document.addEventListener("DOMContentLoaded", show, { once: true });
         }
     }
 
