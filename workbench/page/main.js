@@ -8,7 +8,7 @@ import { defineReceivers, notificationsView, subscribe } from "./bench/notificat
 import { readState } from "./bench/server.js";
 import { el, fill, find } from "./parts/dom.js";
 import { explain } from "./parts/failures.js";
-import { checkApproval, forgetObjects } from "./parts/host.js";
+import { forgetObjects, setRefused } from "./parts/host.js";
 import { attempt, messagePlace } from "./parts/messages.js";
 import { batchView, refundView } from "./terminal/batch.js";
 import { accountsView, journalView, transferView } from "./terminal/books.js";
@@ -51,7 +51,7 @@ window.addEventListener("workbenchstate", (event) => {
 });
 
 openView();
-connectionChanged(window.paylodgeWorkbench?.state ?? "absent", false);
+connectionChanged(window.paylodgeWorkbench ? "connecting" : "absent", false);
 
 /**
  * @param {string} state
@@ -80,18 +80,23 @@ function connectionChanged(state, isNew) {
 function begin() {
     window.paylodgeWorkbench?.watch(true);
     void showCompany();
+    setRefused(isRefused());
     try {
         subscribe();
-        if (checkApproval()) {
+        if (isRefused()) {
+            showRefused();
+        } else {
             fill(find("#banners"));
             void showView();
-        } else {
-            showRefused();
         }
     } catch (error) {
         const { what, todo, detail } = explain(error);
         showBanner(what, `${todo} ${detail}`.trim());
     }
+}
+
+function isRefused() {
+    return window.paylodgeWorkbench?.approved === false;
 }
 
 function showRefused() {
@@ -151,8 +156,8 @@ function openView() {
         }
     }
     document.title = `${find(`#view-${name} h1`).textContent} · Ledgerhall workbench`;
-    find(`#view-${name}`).append(viewMessages);
-    if (isConnected) {
+    find(`#view-${name} h1`).after(viewMessages);
+    if (isConnected && !isRefused()) {
         void showView();
     }
 }
@@ -165,11 +170,12 @@ function showView() {
 let isRefreshPlanned = false;
 
 /**
- * A call that failed may have used up a planned fault.
+ * A call may have used up a planned fault, also one that succeeded in spite of it.
  * @param {WorkbenchLogEntry} entry
  */
 function noticeEntry(entry) {
-    if ((entry.kind === "fault" || isFailure(entry)) && !isRefreshPlanned) {
+    const mayConcern = entry.kind === "fault" || isFailure(entry) || !find("#fault-count").hidden;
+    if (mayConcern && !isRefreshPlanned) {
         isRefreshPlanned = true;
         setTimeout(() => {
             isRefreshPlanned = false;

@@ -5,6 +5,7 @@ import { el } from "../parts/dom.js";
 import { formatXml } from "../parts/lhxml.js";
 import { maskCards } from "../parts/masking.js";
 
+const CONTROL_CLASS = "{00A0CCCE-89E6-4779-AACD-E774651CB5AD}";
 const SHORT_ARGUMENT = 28;
 const SHORT_LINE = 120;
 
@@ -28,9 +29,9 @@ function titleOf(entry) {
     const call = entry.member ? `${entry.member}(${(entry.arguments ?? []).map(shortValue).join(", ")})` : "";
     switch (entry.kind) {
         case "create":
-            return `Created ${entry.class ?? "an object"}`;
+            return `Created ${nameOfClass(entry)}`;
         case "release":
-            return `Released ${entry.class ?? "an object"}`;
+            return `Released ${nameOfClass(entry)}`;
         case "push":
             return `Push ${call}`;
         case "event":
@@ -38,11 +39,11 @@ function titleOf(entry) {
         case "script":
             return `Script ${entry.text ?? ""}`;
         case "delivered":
-            return entry.error ? `Page failed: ${entry.error}` : `Page ran ${entry.member || entry.text || "it"}`;
+            return entry.error ? `The page raised an error: ${entry.error}` : "Delivered to the page";
         case "fault":
             return entry.text || `Fault ${entry.member ?? ""}`;
         case "page":
-            return entry.text || `Page ${entry.page ?? ""}`;
+            return `Page ${entry.page ?? ""} ${entry.text ?? ""}`;
         case "request":
             return "Request of the host";
         default:
@@ -109,8 +110,16 @@ function shorten(text, length) {
     return line.length > length ? `${line.slice(0, length - 1)}…` : line;
 }
 
+/** @param {WorkbenchLogEntry} entry */
+function nameOfClass(entry) {
+    return entry.class?.toUpperCase() === CONTROL_CLASS ? "the control" : entry.class ?? "an object";
+}
+
 /** @param {number} microseconds */
 function showDuration(microseconds) {
+    if (microseconds < 1000) {
+        return `${microseconds} µs`;
+    }
     const milliseconds = microseconds / 1000;
     return `${milliseconds < 10 ? milliseconds.toFixed(1) : Math.round(milliseconds)} ms`;
 }

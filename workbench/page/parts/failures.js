@@ -32,7 +32,6 @@ export class Problem extends Error {
 }
 
 export const E_FAIL = -2147467259;
-export const E_INVALIDARG = -2147024809;
 
 const FAULTS_TODO = "If a fault is planned under Faults, clear it; otherwise the log shows the request that failed. Then try again.";
 
@@ -41,7 +40,7 @@ const RESULTS = {
     "0x80004005": { what: "Ledgerhall could not do it and did not say why.", todo: FAULTS_TODO },
     "0x80004001": { what: "Ledgerhall does not offer this function.", todo: "Use a version of Ledgerhall that has it." },
     "0x80004003": { what: "Ledgerhall handed over nothing where something was expected.", todo: FAULTS_TODO },
-    "0x80004004": { what: "Ledgerhall broke the work off.", todo: "Try again." },
+    "0x80004004": { what: "Ledgerhall broke the work off.", todo: FAULTS_TODO },
     "0x8000FFFF": { what: "Something happened in Ledgerhall that must not happen.", todo: "Close the company file, open it again, and check it with ./dev company check." },
     "0x80070005": { what: "Access to the company file was denied.", todo: "See that you may read and change the file and its folder, then try again." },
     "0x80070002": { what: "The company file is missing.", todo: "Start the workbench again with --company and a file that is there." },

@@ -2,21 +2,23 @@
 // The two objects that a page has of Ledgerhall, and what holds for every call.
 
 import { find } from "./dom.js";
-import { E_INVALIDARG, Problem, numberOf } from "./failures.js";
+import { Problem } from "./failures.js";
 
 /** @type {Paylodge | undefined} */
 let accounting;
 let isRefused = false;
 
-/** The accounting object of this page. Throws on a page that the site lock refuses, which gets nothing from any member. */
+/**
+ * The accounting object of this page. Throws while there is no workbench, and on a page that the site lock
+ * refuses, which gets nothing from any member.
+ */
 export function lh() {
     if (isRefused) {
         throw new Problem("The component's site lock refuses this page.", "Open the workbench at its approved address, which is shown above.");
     }
-    return object();
-}
-
-function object() {
+    if (window.paylodgeWorkbench?.state === "lost") {
+        throw new Problem("The workbench is not running any more.", "Start it again with ./dev workbench. This page connects by itself.");
+    }
     accounting ??= new ActiveXObject("Paylodge.Paylodge");
     return accounting;
 }
@@ -31,21 +33,9 @@ export function forgetObjects() {
     accounting = undefined;
 }
 
-/**
- * Whether the component's site lock lets this page work. A refused page gets nothing from any member, and no error
- * either, so this asks for something that an approved page is told to be wrong.
- */
-export function checkApproval() {
-    isRefused = false;
-    try {
-        object().GetInvoiceInfoForCustomerID("", "");
-        isRefused = true;
-    } catch (error) {
-        if (numberOf(error) !== E_INVALIDARG) {
-            throw error;
-        }
-    }
-    return !isRefused;
+/** @param {boolean} refused whether the component's site lock refuses this page */
+export function setRefused(refused) {
+    isRefused = refused;
 }
 
 /**

@@ -63,9 +63,7 @@ export function batchView() {
     showSlips();
     return {
         show() {
-            const since = lh().GetLastTxnDownloadTime(MERCHANT_ACCOUNT);
-            find("#batch-since").textContent = since === "0" ? "No batch of this terminal was closed yet."
-                : `The last batch of this terminal was closed at ${since.replace("T", " ")}.`;
+            showClosingTime(lh().GetLastTxnDownloadTime(MERCHANT_ACCOUNT));
         },
     };
 }
@@ -89,9 +87,31 @@ function closeBatch(place, withDeposit) {
     const outcomes = readOutcomes(lh().CreateTxns(composeBatch(open, withDeposit), false));
     removeSlips(outcomes.filter((outcome) => !outcome.refusal).map((outcome) => outcome.number));
     tellOutcomes(place, open, outcomes);
+    storeClosingTime(place);
+}
+
+/**
+ * The batch is in the books whether or not this succeeds, so a failure is told beside what came of it.
+ * @param {HTMLElement} place
+ */
+function storeClosingTime(place) {
     const closed = timeOf(new Date());
-    lh().SetLastTxnDownloadTime(MERCHANT_ACCOUNT, closed);
-    find("#batch-since").textContent = `The last batch of this terminal was closed at ${closed.replace("T", " ")}.`;
+    try {
+        lh().SetLastTxnDownloadTime(MERCHANT_ACCOUNT, closed);
+        showClosingTime(closed);
+    } catch (error) {
+        const { todo, detail } = explain(error);
+        place.append(el("div", { class: "message failed" },
+            el("p", { class: "title" }, "The time of closing could not be stored in the company file."),
+            el("p", {}, `The batch itself is not concerned. ${todo}`),
+            el("p", { class: "cause" }, detail)));
+    }
+}
+
+/** @param {string} time */
+function showClosingTime(time) {
+    find("#batch-since").textContent = time === "0" ? "No batch of this terminal was closed yet."
+        : `The last batch of this terminal was closed at ${time.replace("T", " ")}.`;
 }
 
 /**
