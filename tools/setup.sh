@@ -10,6 +10,8 @@ tools=(
     clang-19 libclang-rt-19-dev clang-format-19 clang-tidy-19
     xvfb xauth
     nlohmann-json3-dev
+    # The browser of the workbench's tests, and the fonts that its pictures are compared with.
+    chromium fonts-inter fonts-dejavu-core
 )
 # The first of these that the release has.
 boost=(libboost1.83-dev libboost1.81-dev)

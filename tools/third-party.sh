@@ -12,6 +12,8 @@ folder=$PWD/build/third-party
 pinned=(
     "sqlite    npm       better-sqlite3@12.11.1  ebf0ed75a7a59dbcb3b24bbd014ef49d9f15bc328e4adcbf516f2a8fadfa2835  package/deps/sqlite3"
     "typescript npm      typescript@5.9.3        10e108c9cf7d5f2879053dff18515fb405abf2ccef63eaaf017d9c571687a1d3  package"
+    "playwright-core npm playwright-core@1.60.0  8b1df81ba75e90a41eb5c996350ea7ecc1c915ea643ec55138f91c949c5a25bf  package"
+    "axe-core  npm       axe-core@4.11.1         5b86f813d96904f2d925fed5715877c75fc1cc140f89565fb42145e7801b2305  package"
     "expat     bookworm  expat                   ab00ee05c7067fd10a35c5d2a4922ebba746ddd50ff83b79c828da17bbdf1757  libexpat-R_2_5_0/expat"
     "utf8proc  bookworm  utf8proc                a0a60a79fe6f6d54e7d411facbfcc867a6e198608f2cd992490e46f04b1bcecc  utf8proc-2.8.0"
 )

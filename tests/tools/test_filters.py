@@ -60,6 +60,8 @@ class Checkout(unittest.TestCase):
         self.add("tests/script/day.js", 'test("a sale is recorded", function () {});\n')
         self.add("tests/package/test_zip.py", "class Zip(unittest.TestCase):\n    def test_unpacks(self): pass\n")
         self.add("tests/fuzz/words_fuzz.cpp", "")
+        self.add("workbench/tests/day_tests.mjs", 'pageTest("a refund is recorded", async () => {});\n')
+        self.add("workbench/tests/parts_tests.mjs", 'test("amounts are cents", () => {});\n')
 
     def add(self, path: str, text: str) -> Path:
         file = self.root / path
@@ -118,6 +120,13 @@ class Checkout(unittest.TestCase):
         self.assertEqual(self.targets("sale is", "script"), {"x64": ["all"], "x86": ["all"]})
         self.assertEqual(self.targets("script/x86/day/a sale", "script"), {"x86": ["all"]})
         self.assertEqual(self.targets("sale is", "x64"), {})
+
+    def test_a_test_in_the_browser_builds_the_workbench(self) -> None:
+        for text in ("refund is", "amounts are", "workbench/day_tests", "day_tests.mjs", ""):
+            with self.subTest(text=text):
+                self.assertEqual(self.targets(text, "workbench"), {"x64": ["all", "workbench/all"]})
+        self.assertEqual(self.targets("refund is", "script"), {})
+        self.assertIn("a refund is recorded", self.near("a refund was recorded"))
 
     def test_python_tests_are_found_by_class_and_method(self) -> None:
         self.assertEqual(self.targets("Zip.test_unpacks", "package")["x64"], ["all", "package_test_programs"])

@@ -12,6 +12,7 @@ Builds and runs the tests of the given kinds; without a KIND all of them:
   x64-checked  those for 64-bit Windows with asserts, traps for undefined behaviour, and a checked standard library
   native       programs for this machine, under sanitizers
   script       page scripts, on both Windows architectures
+  workbench    the workbench's page in headless Chromium, against the component
   package      what ./dev package makes, installed into a Wine prefix of its own
   fuzz         a short run of each fuzzer
   tools        the tests of the tools themselves
@@ -33,6 +34,7 @@ flavours_for() {
         case $kind in
             x64 | x86 | x64-checked | native) printf '%s\n' "$kind" ;;
             script | package) printf 'x64\nx86\n' ;;
+            workbench) printf 'x64\n' ;;
             fuzz) printf 'native\n' ;;
         esac
     done | sort -u
@@ -52,12 +54,12 @@ run() {
                 options+=("--time-limit=$2")
                 shift
                 ;;
-            x64 | x86 | x64-checked | native | script | package | fuzz | tools | format) kinds+=("$1") ;;
+            x64 | x86 | x64-checked | native | script | workbench | package | fuzz | tools | format) kinds+=("$1") ;;
             *) usage_error "'test' does not know '$1'; './dev test --help' says what it knows" ;;
         esac
         shift
     done
-    [ ${#kinds[@]} -gt 0 ] || kinds=(x64 x86 x64-checked native script package fuzz tools format)
+    [ ${#kinds[@]} -gt 0 ] || kinds=(x64 x86 x64-checked native script workbench package fuzz tools format)
 
     install_packages
     lock_checkout

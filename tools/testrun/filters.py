@@ -14,7 +14,7 @@ from pathlib import Path
 
 from sources import TestFile
 
-SOURCE_SUFFIXES = (".cpp", ".hpp", ".js", ".py")
+SOURCE_SUFFIXES = (".cpp", ".hpp", ".js", ".mjs", ".py")
 SUGGESTIONS = 5
 
 

@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import functools
 import os
+import shutil
 import subprocess
 import sys
 from collections.abc import Callable, Iterable
@@ -16,7 +17,7 @@ from results import Case, Ending, Outcome, read_gtest, read_gtest_list, read_lin
 from sources import Sources, TestFile
 from wine_session import windows_path
 
-KINDS = ("x64", "x86", "x64-checked", "native", "script", "package", "fuzz", "tools", "format")
+KINDS = ("x64", "x86", "x64-checked", "native", "script", "workbench", "package", "fuzz", "tools", "format")
 # The flavours of which ./dev coverage counts the lines that run; no run of tests has them without being asked.
 COVERAGE_KINDS = ("native-coverage", "x64-coverage")
 PROGRAM_KINDS = ("x64", "x86", "x64-checked", "native", *COVERAGE_KINDS)
@@ -25,6 +26,8 @@ NATIVE_KINDS = ("native", "native-coverage")
 ARCHITECTURES = {"x64": "x64", "x86": "x86", "x64-checked": "x64", "x64-coverage": "x64"}
 WINE_PACKAGES = {"x64": "wine64", "x86": "wine32:i386"}
 
+# The workbench is the same program on both; the tests in the browser run with one of them.
+WORKBENCH_ARCHITECTURE = "x64"
 # The target with the component and the reference host; natively the pure core.
 PRODUCT = "all"
 SHORT_RUN = "short run"
@@ -107,6 +110,7 @@ class Jobs:
     def _jobs_of(self, kind: str) -> list[Job]:
         makers = {
             "script": self._script_jobs,
+            "workbench": self._workbench_jobs,
             "package": self._package_jobs,
             "fuzz": self._fuzz_jobs,
             "tools": self._tools_jobs,
@@ -120,6 +124,8 @@ class Jobs:
         jobs = self._jobs_of(kind)
         if kind == "script":
             return {name: [PRODUCT] for name in WINE_PACKAGES if any(f"script/{name}/" in job.name for job in jobs)}
+        if kind == "workbench" and jobs:
+            return {WORKBENCH_ARCHITECTURE: [PRODUCT, "workbench/all"]}
         if kind == "package" and jobs:
             return dict.fromkeys(WINE_PACKAGES, [PRODUCT, "package_test_programs"])
         if kind == "fuzz" and jobs:
@@ -154,6 +160,13 @@ class Jobs:
             for architecture in WINE_PACKAGES
             for file in scripts
             if self._may_select(f"script/{architecture}/{file.path.stem}", [file])
+        ]
+
+    def _workbench_jobs(self) -> list[Job]:
+        return [
+            self._with_filter(workbench_job(self._paths, self._paths.root / file.path), file)
+            for file in self._files("workbench/tests", "*_tests.mjs")
+            if self._may_select(f"workbench/{file.path.stem}", [file])
         ]
 
     def _package_jobs(self) -> list[Job]:
@@ -287,6 +300,31 @@ def script_job(paths: Paths, architecture: str, script: Path) -> Job:
         environment={
             **wine_environment(paths, architecture, name),
             "OSKERIN_SCRIPT_FILE": windows_path(paths.scratch(name) / "page-scripts.txt"),
+        },
+        under_wine=True,
+    )
+
+
+def workbench_job(paths: Paths, file: Path) -> Job:
+    """Drives a browser, and in it pages of the workbench, which the test itself starts under Wine."""
+    name = f"workbench/{file.stem}"
+    reporter = file.with_name("support") / "line_reporter.mjs"
+
+    def prepare() -> list[Case] | None:
+        if not shutil.which("node"):
+            return [Case("(all)", Outcome.SKIPPED, "node is missing: tools/setup.sh installs it")]
+        instead = check_wine(WORKBENCH_ARCHITECTURE)
+        return [instead] if instead else None
+
+    return Job(
+        name,
+        ["node", f"--test-reporter={reporter}", "--test-reporter-destination=stdout", str(file)],
+        read_lines,
+        prepare,
+        environment={
+            **wine_environment(paths, WORKBENCH_ARCHITECTURE, name),
+            "PAYLODGE_BUILD": str(paths.build),
+            "PAYLODGE_ARCHITECTURE": WORKBENCH_ARCHITECTURE,
         },
         under_wine=True,
     )

@@ -12,7 +12,7 @@ from pathlib import Path
 GTEST = re.compile(r"^\s*(?:TYPED_)?TEST(?:_F|_P)?\(\s*(\w+),\s*(\w+)\s*\)", re.MULTILINE)
 # Tests whose names are made of more than what stands in such a line.
 GTEST_MAKER = re.compile(r"^\s*(?:INSTANTIATE_|TYPED_)", re.MULTILINE)
-SCRIPT_TEST = re.compile(r'^test\("((?:[^"\\]|\\.)*)"', re.MULTILINE)
+SCRIPT_TEST = re.compile(r'^\w*[tT]est\("((?:[^"\\]|\\.)*)"', re.MULTILINE)
 PYTHON_TEST = re.compile(r"^class (\w+)|^ +def (test_\w+)", re.MULTILINE)
 INCLUDE = re.compile(r'^#include "(tests/[^"]+)"', re.MULTILINE)
 # The target that an object file belongs to.
@@ -32,7 +32,7 @@ class TestFile:
 def test_names(suffix: str, text: str) -> Iterator[str]:
     if suffix == ".cpp":
         yield from (f"{suite}.{name}" for suite, name in GTEST.findall(text))
-    elif suffix == ".js":
+    elif suffix in (".js", ".mjs"):
         yield from SCRIPT_TEST.findall(text)
     elif suffix == ".py":
         suite = ""
@@ -86,9 +86,9 @@ class Sources:
     def known_names(self) -> set[str]:
         """Everything by which tests can be selected."""
         names: set[str] = set()
-        for path in (self._root / "tests").rglob("*"):
-            if path.suffix in (".cpp", ".js", ".py"):
+        for path in [*(self._root / "tests").rglob("*"), *(self._root / "workbench").rglob("*_tests.*")]:
+            if path.suffix in (".cpp", ".js", ".mjs", ".py"):
                 file = self.file(path.relative_to(self._root))
-                suites = {name.split(".")[0] for name in file.names if path.suffix != ".js"}
+                suites = {name.split(".")[0] for name in file.names if path.suffix in (".cpp", ".py")}
                 names |= {file.path.stem, *file.names, *suites} if file.names else set()
         return names
