@@ -9,10 +9,14 @@ import { goTo, openView, outcome, pageTest, shown } from "./support/stage.mjs";
 const AXE = readFileSync(thirdParty("axe-core", "axe.min.js"), "utf-8");
 const VIEWS = ["payment", "refund", "batch", "check", "transfer", "accounts", "journal", "notifications", "faults"];
 
-/** What axe finds wrong, with the elements that are concerned. */
-async function findings(page) {
+/**
+ * What axe finds wrong, with the elements that are concerned. The entries of the log are the same beside every view and
+ * take most of the time, so that one view with them is enough.
+ */
+async function findings(page, view) {
     await page.evaluate(AXE);
-    const { violations } = await page.evaluate(() => window.axe.run());
+    const context = view === "payment" ? { include: ["html"] } : { include: ["html"], exclude: ["#log-entries > li"] };
+    const { violations } = await page.evaluate((context) => window.axe.run(context, { resultTypes: ["violations"] }), context);
     return violations.map(({ id, nodes }) => `${id}: ${nodes.map((node) => node.html).join(" ")}`);
 }
 
@@ -60,7 +64,7 @@ for (const colorScheme of ["light", "dark"]) {
         for (const view of VIEWS) {
             await openView(page, workbench, view);
             await FILLED[view](page);
-            assert.deepEqual(await findings(page), [], view);
+            assert.deepEqual(await findings(page, view), [], view);
         }
     }, { options: { colorScheme, reducedMotion: "reduce" } });
 }
@@ -72,7 +76,7 @@ pageTest("every view fits into 640 pixels without scrolling sideways", async ({ 
         await FILLED[view](page);
         const tooWide = await page.evaluate(() => document.documentElement.scrollWidth - window.innerWidth);
         assert.ok(tooWide <= 0, `${view} is ${tooWide} pixels too wide`);
-        assert.deepEqual(await findings(page), [], view);
+        assert.deepEqual(await findings(page, view), [], view);
     }
 }, { options: { viewport: { width: 640, height: 512 } } });
 
