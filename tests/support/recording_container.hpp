@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include <gtest/gtest.h>
 #include <ocidl.h>
 #include <servprov.h>
 
@@ -126,6 +127,7 @@ class RecordingSite : public IOleClientSite,
                                   LPRECT visible, LPOLEINPLACEFRAMEINFO info) override {
         *frame_object = nullptr;
         *document_object = nullptr;
+        EXPECT_EQ(sizeof *info, info->cb);
         const HRESULT result = Write("GetWindowContext");
         if (FAILED(result)) {
             return result;
@@ -179,7 +181,7 @@ class RecordingSite : public IOleClientSite,
         }
         V_VT(result) = ambient_type;
         V_BOOL(result) = value->second;
-        return S_OK;
+        return Answer("Ambient" + std::to_string(member));
     }
 
     // Advise sink

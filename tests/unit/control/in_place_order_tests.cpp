@@ -130,6 +130,11 @@ TEST_F(InPlace, AnAmbientPropertyOfAnotherTypeCountsAsMissing) {
     }
     record_.Clear();
     site_->ambient_type = VT_BOOL;
+    site_->answers["Ambient-709"] = E_FAIL;
+    ::SendMessageW(ControlWindow(), WM_MOUSEACTIVATE, 0, 0);
+    EXPECT_TRUE(site_->frame->active_object) << "what comes with a failure is no value";
+    EXPECT_HRESULT(S_OK, in_place_->UIDeactivate());
+    site_->answers.clear();
     // Every value but VARIANT_FALSE is true.
     site_->ambient[DISPID_AMBIENT_USERMODE] = 1;
     ::SendMessageW(ControlWindow(), WM_MOUSEACTIVATE, 0, 0);
@@ -143,6 +148,57 @@ TEST_F(InPlace, AClickActivatesItWithoutAmbientProperties) {
     EXPECT_EQ(MA_ACTIVATE, ::SendMessageW(ControlWindow(), WM_MOUSEACTIVATE, 0, 0));
     EXPECT_TRUE(site_->frame->active_object) << "without a client site there is nobody to ask";
     EXPECT_HRESULT(S_OK, in_place_->InPlaceDeactivate());
+}
+
+TEST_F(InPlace, TheUserInterfaceIsNotActivatedWhenTheControlCannotBeShown) {
+    site_->answers["OnInPlaceActivate"] = E_ABORT;
+    EXPECT_HRESULT(E_ABORT, Do(OLEIVERB_UIACTIVATE));
+    site_->answers.clear();
+    record_.Clear();
+    record_.reactions["ShowObject"] = [this] { EXPECT_HRESULT(S_OK, in_place_->InPlaceDeactivate()); };
+    EXPECT_HRESULT(E_UNEXPECTED, Do(OLEIVERB_UIACTIVATE)) << "the container ended the activation";
+    EXPECT_EQ(std::string(kActivation) + " OnInPlaceDeactivate", record_.Take());
+}
+
+TEST_F(InPlace, AUserInterfaceThatWasRefusedIsAskedForAgain) {
+    site_->answers["OnUIActivate"] = E_ABORT;
+    EXPECT_HRESULT(E_ABORT, Do(OLEIVERB_UIACTIVATE));
+    record_.Clear();
+    EXPECT_HRESULT(S_OK, in_place_->UIDeactivate());
+    EXPECT_EQ("", record_.Take()) << "there is nothing to end";
+    site_->answers.clear();
+    EXPECT_HRESULT(S_OK, Do(OLEIVERB_UIACTIVATE));
+    EXPECT_EQ("ShowObject OnUIActivate ActiveObject NoBorderSpace OnFocus", record_.Take());
+}
+
+TEST_F(InPlace, ShowsOnlyWhatIsInsideTheClipFromTheStart) {
+    site_->clip = {0, 0, 110, 70};
+    ShowControl();
+    RECT visible{};
+    EXPECT_EQ(SIMPLEREGION, ::GetWindowRgnBox(ControlWindow(), &visible));
+    const RECT expected{0, 0, 100, 50};
+    EXPECT_TRUE(::EqualRect(&expected, &visible));
+}
+
+TEST_F(InPlace, LeavesTheFocusInAChildOfItsWindow) {
+    ShowControl();
+    const HWND child = ::CreateWindowExW(0, L"Static", L"", WS_CHILD | WS_VISIBLE, 0, 0, 10, 10, ControlWindow(),
+                                         nullptr, nullptr, nullptr);
+    ::SetFocus(child);
+    record_.Clear();
+    EXPECT_HRESULT(S_OK, Do(OLEIVERB_UIACTIVATE));
+    EXPECT_EQ(child, ::GetFocus());
+    EXPECT_EQ("ShowObject OnUIActivate ActiveObject NoBorderSpace", record_.Take());
+}
+
+TEST_F(InPlace, WindowIsDrawnAnewInEachSizeAndHasTheArrow) {
+    ShowControl();
+    EXPECT_EQ(static_cast<ULONG_PTR>(CS_HREDRAW | CS_VREDRAW | CS_DBLCLKS),
+              ::GetClassLongPtrW(ControlWindow(), GCL_STYLE));
+    EXPECT_EQ(reinterpret_cast<ULONG_PTR>(::LoadCursorW(nullptr, IDC_ARROW)),
+              ::GetClassLongPtrW(ControlWindow(), GCLP_HCURSOR));
+    EXPECT_EQ(reinterpret_cast<ULONG_PTR>(Module::Instance()), ::GetClassLongPtrW(ControlWindow(), GCLP_HMODULE));
+    EXPECT_NE(0u, ::GetClassLongPtrW(ControlWindow(), GCLP_HBRBACKGROUND));
 }
 
 TEST_F(InPlace, OffersKeysWithTheModifiersThatAreDown) {

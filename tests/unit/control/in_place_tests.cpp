@@ -286,6 +286,7 @@ TEST_F(InPlace, PrintingLeavesTheCallersContextAsItWas) {
     control_->draw_count = 0;
     ::SendMessageW(ControlWindow(), WM_PRINTCLIENT, reinterpret_cast<WPARAM>(dc), PRF_CLIENT);
     EXPECT_EQ(1, control_->draw_count);
+    EXPECT_EQ(RGB(255, 255, 255), ::GetPixel(dc, 20, 20)) << "it is drawn there and nowhere else";
     EXPECT_EQ(static_cast<UINT>(TA_RIGHT), ::GetTextAlign(dc));
     RECT clipped{};
     EXPECT_EQ(SIMPLEREGION, ::GetClipBox(dc, &clipped));

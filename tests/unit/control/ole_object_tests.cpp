@@ -89,6 +89,19 @@ TEST_F(OleObject, RefusesSizesThatMeanNothing) {
     EXPECT_HRESULT(E_POINTER, object_->GetExtent(DVASPECT_CONTENT, nullptr));
 }
 
+TEST_F(OleObject, ClosesUnsavedWithoutASite) {
+    DWORD cookie = 0;
+    EXPECT_HRESULT(S_OK, object_->Advise(site_.Get(), &cookie));
+    EXPECT_HRESULT(S_OK, object_->SetClientSite(nullptr));
+    control_->SetControlDirty(true);
+    for (const DWORD option : {OLECLOSE_SAVEIFDIRTY, OLECLOSE_PROMPTSAVE}) {
+        record_.Clear();
+        EXPECT_HRESULT(S_OK, object_->Close(option));
+        EXPECT_TRUE(control_->IsControlDirty());
+    }
+    EXPECT_HRESULT(E_INVALIDARG, object_->Close(OLECLOSE_PROMPTSAVE + 1));
+}
+
 TEST_F(OleObject, TellsItsSinksWhenItCloses) {
     DWORD cookie = 0;
     EXPECT_HRESULT(S_OK, object_->Advise(site_.Get(), &cookie));

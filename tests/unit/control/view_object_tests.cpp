@@ -307,6 +307,14 @@ TEST_F(ViewAdvise, StaysWhenClosingFails) {
     EXPECT_HRESULT(S_OK, object->SetClientSite(nullptr));
 }
 
+TEST_F(ViewAdvise, IsTakenAwayWhateverTheAspect) {
+    EXPECT_HRESULT(S_OK, view_->SetAdvise(DVASPECT_CONTENT, 0, site_.Get()));
+    EXPECT_HRESULT(S_OK, view_->SetAdvise(DVASPECT_ICON, 0, nullptr));
+    ComPtr<IAdviseSink> sink;
+    EXPECT_HRESULT(S_OK, view_->GetAdvise(nullptr, nullptr, sink.Receive()));
+    EXPECT_FALSE(sink);
+}
+
 TEST_F(ViewAdvise, IsOnlyForTheContent) {
     EXPECT_HRESULT(OLE_E_ADVISENOTSUPPORTED, view_->SetAdvise(DVASPECT_ICON, 0, site_.Get()));
     EXPECT_EQ(1u, References(site_));
