@@ -314,6 +314,28 @@ TEST_F(Server, CanFailEveryCallOfTheProcessor) {
     EXPECT_HRESULT(E_ABORT, processor->CloseConnection());
 }
 
+TEST_F(Server, TellsWhichFailuresAreStillToCome) {
+    ASSERT_HRESULT(S_OK, control_->FailCall(MakeBstr(L"RequestProcessor.ProcessRequest").Get(), 0x80070005, 2));
+    ASSERT_HRESULT(S_OK, control_->FailCall(MakeBstr(L"PropertyBag.Read").Get(), E_FAIL, 0));
+    OwnedBstr planned;
+    ASSERT_HRESULT(S_OK, control_->get_PlannedFailures(planned.Receive()));
+    EXPECT_EQ(View(planned), L"RequestProcessor.ProcessRequest -2147024891 2\nPropertyBag.Read -2147467259 0\n");
+    OwnedBstr response;
+    EXPECT_HRESULT(S_OK, Exchange(Envelope(""), response));
+    OwnedBstr counted;
+    ASSERT_HRESULT(S_OK, control_->get_PlannedFailures(counted.Receive()));
+    EXPECT_EQ(View(counted), L"RequestProcessor.ProcessRequest -2147024891 1\nPropertyBag.Read -2147467259 0\n");
+    OwnedBstr none;
+    EXPECT_HRESULT(E_ACCESSDENIED, Exchange(Envelope(""), none));
+    OwnedBstr left;
+    ASSERT_HRESULT(S_OK, control_->get_PlannedFailures(left.Receive()));
+    EXPECT_EQ(View(left), L"PropertyBag.Read -2147467259 0\n");
+    ASSERT_HRESULT(S_OK, control_->ClearFaults());
+    OwnedBstr cleared;
+    ASSERT_HRESULT(S_OK, control_->get_PlannedFailures(cleared.Receive()));
+    EXPECT_EQ(View(cleared), L"");
+}
+
 TEST_F(Server, RefusesPlansThatCannotBe) {
     EXPECT_HRESULT(E_INVALIDARG, control_->FailCall(MakeBstr(L"RequestProcessor.Dance").Get(), E_FAIL, 1));
     EXPECT_THAT(LastDescription(), StartsWith("FailCall knows no call \"RequestProcessor.Dance\". It knows: "
