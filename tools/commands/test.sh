@@ -13,6 +13,7 @@ Builds and runs the tests of the given kinds; without a KIND all of them:
   native       programs for this machine, under sanitizers
   script       page scripts, on both Windows architectures
   workbench    the workbench's page in headless Chromium, against the component
+  server       the workbench's server, attacked and used as a page does, on both Windows architectures
   package      what ./dev package makes, installed into a Wine prefix of its own
   fuzz         a short run of each fuzzer
   tools        the tests of the tools themselves
@@ -33,7 +34,7 @@ flavours_for() {
     for kind in "$@"; do
         case $kind in
             x64 | x86 | x64-checked | native) printf '%s\n' "$kind" ;;
-            script | package) printf 'x64\nx86\n' ;;
+            script | server | package) printf 'x64\nx86\n' ;;
             workbench) printf 'x64\n' ;;
             fuzz) printf 'native\n' ;;
         esac
@@ -54,12 +55,12 @@ run() {
                 options+=("--time-limit=$2")
                 shift
                 ;;
-            x64 | x86 | x64-checked | native | script | workbench | package | fuzz | tools | format) kinds+=("$1") ;;
+            x64 | x86 | x64-checked | native | script | workbench | server | package | fuzz | tools | format) kinds+=("$1") ;;
             *) usage_error "'test' does not know '$1'; './dev test --help' says what it knows" ;;
         esac
         shift
     done
-    [ ${#kinds[@]} -gt 0 ] || kinds=(x64 x86 x64-checked native script workbench package fuzz tools format)
+    [ ${#kinds[@]} -gt 0 ] || kinds=(x64 x86 x64-checked native script workbench server package fuzz tools format)
 
     install_packages
     lock_checkout

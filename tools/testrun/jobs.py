@@ -17,7 +17,7 @@ from results import Case, Ending, Outcome, read_gtest, read_gtest_list, read_lin
 from sources import Sources, TestFile
 from wine_session import windows_path
 
-KINDS = ("x64", "x86", "x64-checked", "native", "script", "workbench", "package", "fuzz", "tools", "format")
+KINDS = ("x64", "x86", "x64-checked", "native", "script", "workbench", "server", "package", "fuzz", "tools", "format")
 # The flavours of which ./dev coverage counts the lines that run; no run of tests has them without being asked.
 COVERAGE_KINDS = ("native-coverage", "x64-coverage")
 PROGRAM_KINDS = ("x64", "x86", "x64-checked", "native", *COVERAGE_KINDS)
@@ -111,6 +111,7 @@ class Jobs:
         makers = {
             "script": self._script_jobs,
             "workbench": self._workbench_jobs,
+            "server": self._server_jobs,
             "package": self._package_jobs,
             "fuzz": self._fuzz_jobs,
             "tools": self._tools_jobs,
@@ -126,6 +127,8 @@ class Jobs:
             return {name: [PRODUCT] for name in WINE_PACKAGES if any(f"script/{name}/" in job.name for job in jobs)}
         if kind == "workbench" and jobs:
             return {WORKBENCH_ARCHITECTURE: [PRODUCT, "workbench/all"]}
+        if kind == "server" and jobs:
+            return dict.fromkeys(WINE_PACKAGES, [PRODUCT, "workbench/all"])
         if kind == "package" and jobs:
             return dict.fromkeys(WINE_PACKAGES, [PRODUCT, "package_test_programs"])
         if kind == "fuzz" and jobs:
@@ -172,6 +175,10 @@ class Jobs:
     def _package_jobs(self) -> list[Job]:
         """They run Wine in a prefix of their own, beside the Wine programs of the other kinds."""
         return self._unittest_jobs("package", "tests/package")
+
+    def _server_jobs(self) -> list[Job]:
+        """They start the workbench themselves, each time with a company file of its own."""
+        return [replace(job, under_wine=True) for job in self._unittest_jobs("server", "tests/workbench")]
 
     def _tools_jobs(self) -> list[Job]:
         return self._unittest_jobs("tools", "tests/tools")
