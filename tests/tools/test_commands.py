@@ -1,4 +1,4 @@
-"""What ./dev run, company and package say to words that make no sense: one sentence, exit status 2, nothing built."""
+"""What ./dev run, workbench, company and package say to words that make no sense: one sentence, exit status 2, nothing built."""
 
 from __future__ import annotations
 
@@ -35,6 +35,20 @@ class WrongWords(unittest.TestCase):
             "dev: there is no company file 'nowhere.lhcompany'; './dev company import' makes one",
         )
 
+    def test_of_workbench(self) -> None:
+        self.check(["workbench", "page"], "dev: 'workbench' does not know 'page'; './dev workbench --help' says what it knows")
+        self.check(["workbench", "--arch", "arm"], "dev: --arch takes x64 or x86, not 'arm'")
+        for port in ("65536", "-1", "http", "", "123456"):
+            self.check(["workbench", "--port", port], f"dev: --port takes a number from 0 to 65535, not '{port}'")
+        self.check(["workbench", "--port"], "dev: --port takes a number from 0 to 65535, not ''")
+        self.check(["workbench", "--company"], "dev: --company needs a company file")
+        self.check(["workbench", "--page"], "dev: --page needs a folder")
+        self.check(["workbench", "--page", "nowhere"], "dev: there is no folder 'nowhere'")
+        self.check(
+            ["workbench", "--company", "nowhere.lhcompany"],
+            "dev: there is no company file 'nowhere.lhcompany'; './dev company import' makes one",
+        )
+
     def test_of_company(self) -> None:
         result = dev("company")
         self.assertEqual(result.returncode, 2)
@@ -52,7 +66,7 @@ class WrongWords(unittest.TestCase):
             self.assertEqual(result.stderr, f"dev: there is no script '{Path(folder).resolve()}/page.js'\n")
 
     def test_help_is_at_hand(self) -> None:
-        for command in ("run", "company", "package"):
+        for command in ("run", "workbench", "company", "package"):
             result = dev(command, "--help")
             self.assertEqual(result.returncode, 0)
             self.assertTrue(result.stdout.startswith(f"Usage: ./dev {command} "))
