@@ -13,8 +13,11 @@ tools=(
     # The browser of the workbench's tests, and the fonts that its pictures are compared with.
     chromium fonts-inter fonts-dejavu-core
 )
-# The first of these that the release has.
-boost=(libboost1.83-dev libboost1.81-dev)
+# The newest Boost of the release.
+case $(. /etc/os-release && printf '%s' "${VERSION_CODENAME-}") in
+    bookworm) tools+=(libboost1.81-dev) ;;
+    *) tools+=(libboost1.83-dev) ;;
+esac
 # Packages of which the command is enough, wherever it comes from.
 declare -A commands=([nodejs]=node [npm]=npm)
 # Installed in one step: the two architectures of Wine have to have the same version.
@@ -36,13 +39,6 @@ list_missing() {
     done
 }
 
-for package in "${boost[@]}"; do
-    if [ -n "$(list_missing "$package")" ] && ! apt-cache show "$package" >/dev/null 2>&1; then
-        continue
-    fi
-    tools+=("$package")
-    break
-done
 for package in "${!commands[@]}"; do
     command -v "${commands[$package]}" >/dev/null || tools+=("$package")
 done
