@@ -64,6 +64,22 @@ TEST_F(ConnectionPoints, AreEnumeratedInTheOrderOfTheirTable) {
     }
 }
 
+TEST_F(ConnectionPoints, EnumeratorGoesOnWhereItStopped) {
+    ComPtr<IEnumConnectionPoints> points;
+    ASSERT_HRESULT(S_OK, container_->EnumConnectionPoints(points.Receive()));
+    for (const IID& expected : {DIID__IPaylodgeCtrlEvents, IID_IPropertyNotifySink}) {
+        ComPtr<IConnectionPoint> point;
+        ASSERT_HRESULT(S_OK, points->Next(1, point.Receive(), nullptr));
+        IID id{};
+        EXPECT_HRESULT(S_OK, point->GetConnectionInterface(&id));
+        EXPECT_TRUE(IsEqualIID(expected, id));
+    }
+    IConnectionPoint* none = nullptr;
+    ULONG fetched = 5;
+    EXPECT_HRESULT(S_FALSE, points->Next(1, &none, &fetched));
+    EXPECT_EQ(0u, fetched);
+}
+
 TEST_F(ConnectionPoints, EnumeratorSkipsResetsAndIsCloned) {
     ComPtr<IEnumConnectionPoints> points;
     ASSERT_HRESULT(S_OK, container_->EnumConnectionPoints(points.Receive()));

@@ -227,6 +227,20 @@ TEST_F(ViewObject, AnswersWhatItDoesNotHave) {
     EXPECT_HRESULT(E_POINTER, view_->GetViewStatus(nullptr));
 }
 
+TEST_F(ViewObject, NeedsEachOfItsArguments) {
+    const RECT bounds{0, 0, 10, 10};
+    DWORD hit = 0;
+    EXPECT_HRESULT(E_POINTER, view_->QueryHitPoint(DVASPECT_CONTENT, nullptr, {1, 1}, 0, &hit));
+    EXPECT_HRESULT(E_POINTER, view_->QueryHitPoint(DVASPECT_CONTENT, &bounds, {1, 1}, 0, nullptr));
+    EXPECT_HRESULT(E_POINTER, view_->QueryHitRect(DVASPECT_CONTENT, nullptr, &bounds, 0, &hit));
+    EXPECT_HRESULT(E_POINTER, view_->QueryHitRect(DVASPECT_CONTENT, &bounds, nullptr, 0, &hit));
+    EXPECT_HRESULT(E_POINTER, view_->QueryHitRect(DVASPECT_CONTENT, &bounds, &bounds, 0, nullptr));
+    DVEXTENTINFO request{sizeof request, DVEXTENT_CONTENT, {}};
+    SIZEL size{};
+    EXPECT_HRESULT(E_POINTER, view_->GetNaturalExtent(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, &size));
+    EXPECT_HRESULT(E_POINTER, view_->GetNaturalExtent(DVASPECT_CONTENT, -1, nullptr, nullptr, &request, nullptr));
+}
+
 class ViewAdvise : public ViewObject {
   protected:
     void TearDown() override {

@@ -184,6 +184,13 @@ TEST(RegistryScript, ReadsBytes) {
     EXPECT_EQ(DataOf(u"b '00fFA5'"), RegistryData(std::vector<std::uint8_t>{0x00, 0xFF, 0xA5}));
     EXPECT_EQ(MistakeInData(u"b '123'"), "line 1: the data is not a row of hexadecimal bytes");
     EXPECT_EQ(MistakeInData(u"b '1G'"), "line 1: the data is not a row of hexadecimal bytes");
+    EXPECT_EQ(MistakeInData(u"b 'G1'"), "line 1: the data is not a row of hexadecimal bytes");
+    // The characters before and after the digits and the letters.
+    for (const std::u16string_view other :
+         {u"/0", u":0", u"@0", u"G0", u"`0", u"g0", u"0/", u"0:", u"0@", u"0`", u"0g"}) {
+        EXPECT_EQ(MistakeInData(Join({u"b '", other, u"'"})), "line 1: the data is not a row of hexadecimal bytes");
+        EXPECT_EQ(MistakeInData(Join({u"d '0x", other, u"'"})), "line 1: the data is not a number of 32 bits");
+    }
 }
 
 TEST(RegistryScript, ReadsListsOfTexts) {
@@ -210,6 +217,7 @@ TEST(RegistryScript, NamesMistakesAndTheirLines) {
     EXPECT_EQ(MistakeIn(u"HKCR { Val a }"), (Mistake{1, "line 1: a value needs an equals sign"}));
     EXPECT_EQ(MistakeIn(u"HKCR { a = }"), (Mistake{1, "line 1: the data is missing"}));
     EXPECT_EQ(MistakeIn(u"HKCR { a = s\n}"), (Mistake{2, "line 2: the data is missing"}));
+    EXPECT_EQ(MistakeIn(u"HKCR { a = s { }"), (Mistake{1, "line 1: the data is missing"}));
     EXPECT_EQ(MistakeIn(u"HKCR { a = x 'y' }"), (Mistake{1, "line 1: the type of the data is unknown"}));
     EXPECT_EQ(MistakeIn(u"HKCR { a = 's' 'y' }"), (Mistake{1, "line 1: the type of the data is unknown"}));
     EXPECT_EQ(MistakeIn(u"HKCR { a = s '%SEVEN%' }"), (Mistake{1, "line 1: a variable has no value"}));

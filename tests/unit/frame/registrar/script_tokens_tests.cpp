@@ -131,6 +131,8 @@ TEST(RegistryScriptError, NamesTheLine) {
 TEST(EqualIgnoringCase, ComparesAsciiLettersWithoutCase) {
     EXPECT_TRUE(EqualIgnoringCase(u"HKEY_az09", u"hkey_AZ09"));
     EXPECT_FALSE(EqualIgnoringCase(u"@[`{", u"`{@["));
+    EXPECT_FALSE(EqualIgnoringCase(u"@", u"`"));
+    EXPECT_FALSE(EqualIgnoringCase(u"[", u"{"));
     EXPECT_FALSE(EqualIgnoringCase(u"abc", u"ab"));
     EXPECT_FALSE(EqualIgnoringCase(u"\u00e4", u"\u00c4"));
 }
