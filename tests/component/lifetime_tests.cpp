@@ -100,8 +100,9 @@ class Lifetime : public ::testing::Test {
     static constexpr int kFirstRounds = 300;
 
     // What the compiler's thread library, which is linked in, made when an exception was raised and keeps for ever when
-    // the module is unloaded: 1.5 KB on x64, half of that on x86.
-    static constexpr SIZE_T kLostByThreadLibrary = 2048;
+    // the module is unloaded: 1.5 KB on x64, half of that on x86; 2 KB on x64 with the newer library of Debian 13,
+    // whose heap counts 3.7 KB for it while freed memory is kept back.
+    static constexpr SIZE_T kLostByThreadLibrary = 4096;
 
     FakeHost host;
 };
