@@ -135,25 +135,14 @@ constexpr ListKind kPaymentMethods{
     "PaymentMethods", "PaymentMethod", "ListID", "payment method", "payment_methods", "name", kPaymentMethodColumns};
 constexpr ListKind kItems{"Items", "Item", "ListID", "item", "items", "full_name", kItemColumns};
 constexpr ListKind kInvoices{"Invoices",     "Invoice", "TxnID",         "invoice",
-                             "transactions", "",        kInvoiceColumns, {"InvoiceLineRet", true}};
+                             "transactions", "",        kInvoiceColumns, {"InvoiceLineRet"}};
 constexpr ListKind kReceivedPayments{
     "ReceivedPayments", "ReceivePayment", "TxnID", "received payment", "transactions", "", kReceivedPaymentColumns};
-constexpr ListKind kSalesReceipts{"SalesReceipts",
-                                  "SalesReceipt",
-                                  "TxnID",
-                                  "sales receipt",
-                                  "transactions",
-                                  "",
-                                  kSalesReceiptColumns,
-                                  {"SalesReceiptLineRet", true}};
-constexpr ListKind kCreditMemos{"CreditMemos",
-                                "CreditMemo",
-                                "TxnID",
-                                "credit memo",
-                                "transactions",
-                                "",
-                                kCreditMemoColumns,
-                                {"CreditMemoLineRet", true}};
+constexpr ListKind kSalesReceipts{"SalesReceipts",      "SalesReceipt",         "TxnID",
+                                  "sales receipt",      "transactions",         "",
+                                  kSalesReceiptColumns, {"SalesReceiptLineRet"}};
+constexpr ListKind kCreditMemos{"CreditMemos",      "CreditMemo",         "TxnID", "credit memo", "transactions", "",
+                                kCreditMemoColumns, {"CreditMemoLineRet"}};
 constexpr ListKind kDeposits{"Deposits",     "Deposit", "TxnID",         "deposit",
                              "transactions", "",        kDepositColumns, {"DepositLineRet"}};
 constexpr ListKind kChecks{"Checks", "Check", "TxnID", "check", "transactions", "", kCheckColumns, {"ExpenseLineRet"}};

@@ -26,7 +26,6 @@ struct Column {
 // How the lines of a transaction stand in its record. Without a name it has none.
 struct LineKind {
     std::string_view element = {};
-    bool has_items = false;
 };
 
 struct ListKind {

@@ -108,6 +108,28 @@ TEST(ReceivePaymentAdd, RecordsThePaymentAndMovesTheBalances) {
     EXPECT_EQ(ChildText(*books->FindById(kInvoices, "T-11"), "BalanceRemaining"), "60.00");
 }
 
+// What an entry touches counts as changed, at the time of the entry, and nothing else does.
+TEST(ReceivePaymentAdd, MovesOnlyWhatItTouches) {
+    const auto books = SampleBooks();
+    static_cast<void>(SendOne(*books, PaymentAdd("<CustomerRef><FullName>Smith</FullName></CustomerRef>"
+                                                 "<TotalAmount>40</TotalAmount><IsAutoApply>true</IsAutoApply>")));
+    const auto moved = [&books](const ListKind& kind) {
+        std::vector<std::string> ids;
+        for (const Element& record : books->Records(kind)) {
+            const bool is_changed = ChildText(record, "EditSequence") == "2";
+            EXPECT_EQ(is_changed, ChildText(record, "TimeModified") == kNow);
+            EXPECT_TRUE(is_changed || ChildText(record, "EditSequence") == "1");
+            if (is_changed) {
+                ids.emplace_back(ChildText(record, kind.id));
+            }
+        }
+        return ids;
+    };
+    EXPECT_EQ(moved(kAccounts), (std::vector<std::string>{"L-4", "L-5"}));
+    EXPECT_EQ(moved(kCustomers), std::vector<std::string>{"L-6"});
+    EXPECT_EQ(moved(kInvoices), std::vector<std::string>{"T-12"});
+}
+
 TEST(ReceivePaymentAdd, IsFoundByItsQuery) {
     const auto books = SampleBooks();
     static_cast<void>(SendOne(*books, PaymentAdd("<CustomerRef><ListID>L-6</ListID></CustomerRef>"

@@ -118,5 +118,26 @@ TEST(Forms, ShowATransactionThatExists) {
     EXPECT_EQ(ExportText(*books), ExportText(*SampleBooks()));
 }
 
+TEST(CardNumber, IsKeptAsFarAsItsLastFourDigits) {
+    const auto books = SampleBooks();
+    for (const auto& [number, kept] : {std::pair{"1", "1"},
+                                       {"123", "123"},
+                                       {"1234", "1234"},
+                                       {"12345", "x2345"},
+                                       {"4000123412341234", "xxxxxxxxxxxx1234"}}) {
+        const Element response = SendOne(
+            *books, std::string("<ReceivePaymentAddRq><ReceivePaymentAdd><CustomerRef><FullName>Smith</FullName>"
+                                "</CustomerRef><TotalAmount>1</TotalAmount><CreditCardTxnInfo><CreditCardTxnInputInfo>"
+                                "<CreditCardNumber>") +
+                        number +
+                        "</CreditCardNumber></CreditCardTxnInputInfo></CreditCardTxnInfo></ReceivePaymentAdd>"
+                        "</ReceivePaymentAddRq>");
+        ASSERT_EQ(response.children.size(), 1U);
+        const Element* const info = FindChild(response.children.front(), "CreditCardTxnInfo");
+        ASSERT_NE(info, nullptr);
+        EXPECT_EQ(ChildText(info->children.at(0), "CreditCardNumber"), kept);
+    }
+}
+
 }  // namespace
 }  // namespace paylodge::refhost

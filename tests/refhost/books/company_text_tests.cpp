@@ -178,6 +178,27 @@ TEST(CompanyText, WithADataFileRecordThatWouldLoseSomethingIsRefused) {
     }
 }
 
+TEST(CompanyText, WithoutARequiredElementIsRefused) {
+    const std::string text = ExportText(*Imported(SampleText()));
+    struct Required {
+        const char* record;
+        const char* element;
+    };
+    for (const auto& [record, element] :
+         {Required{"Account", "Name"}, Required{"Account", "AccountType"}, Required{"Customer", "Name"},
+          Required{"SalesTaxCode", "Name"}, Required{"SalesTaxCode", "IsTaxable"}, Required{"PaymentMethod", "Name"},
+          Required{"Item", "Name"}, Required{"Item", "ItemType"}, Required{"Invoice", "TxnDate"},
+          Required{"Invoice", "Subtotal"}}) {
+        const size_t place = text.find(std::string("<") + record + '>');
+        ASSERT_NE(place, std::string::npos) << record;
+        const size_t begin = text.find(std::string("<") + element + '>', place);
+        const size_t end = text.find('\n', begin);
+        std::string without = text;
+        without.erase(begin, end - begin);
+        EXPECT_THAT(RefusalOf(without), HasSubstr(std::string(": ") + element + " is missing.")) << record;
+    }
+}
+
 TEST(SampleCompany, HasEnoughOfEverything) {
     const auto books = Imported(SampleText());
     EXPECT_THAT(Audit(*books), IsEmpty());

@@ -264,6 +264,11 @@ class NaiveDay : public ::testing::TestWithParam<unsigned> {
         std::vector<Postings> journal = ledger_.Journal();
         std::erase_if(journal, [](const Postings& postings) { return postings.empty(); });
         ASSERT_EQ(journal, JournalOf(*books_));
+        // All of it as text, and back.
+        const std::string text = ExportText(*books_);
+        const auto again = Company::CreateInMemory(CompanyNameIn(text));
+        ImportText(*again, text);
+        ASSERT_TRUE(ExportText(*again) == text);
     }
 
     std::unique_ptr<Company> books_ = SampleBooks();

@@ -58,6 +58,21 @@ TEST(CompanyCommand, ShowsAccountsAndCustomers) {
     EXPECT_THAT(shown.output, HasSubstr("3 of the list Invoices\n"));
 }
 
+TEST(CompanyCommand, KeepsTheColumnsApartForNamesOfEveryLength) {
+    for (const size_t length : {1U, 39U, 40U, 41U, 90U}) {
+        const TemporaryCompany file;
+        const std::string name(length, 'n');
+        {
+            const auto company = file.Open();
+            company->Data().Run("UPDATE accounts SET name = ?, full_name = ?, folded_name = ? WHERE number = 15", name,
+                                name, name);
+        }
+        const std::string row =
+            "  " + name + std::string(length < 40 ? 40 - length : 1, ' ') + std::string(14, ' ') + "125.00\n";
+        EXPECT_THAT(RunCommand({"show", file.Path()}).output, HasSubstr(row)) << length;
+    }
+}
+
 TEST(CompanyCommand, LeavesNothingBehindWhenATextCannotBeImported) {
     const std::string text = TemporaryPath(".xml");
     const std::string company = TemporaryPath(".lhcompany");
