@@ -18,6 +18,7 @@ Builds and runs the tests of the given kinds; without a KIND all of them:
   fuzz         a short run of each fuzzer
   tools        the tests of the tools themselves
   format       the format of the C++ sources
+  lint         clang-tidy over what differs from the upstream branch, as far as it has been compiled
 
   --filter TEXT         only tests with TEXT in their full name, as a failure prints it, or in the name of their file:
                         "payment" or "operations/payment.cpp" for what tests that source; letter case does not count
@@ -55,12 +56,12 @@ run() {
                 options+=("--time-limit=$2")
                 shift
                 ;;
-            x64 | x86 | x64-checked | native | script | workbench | server | package | fuzz | tools | format) kinds+=("$1") ;;
+            x64 | x86 | x64-checked | native | script | workbench | server | package | fuzz | tools | format | lint) kinds+=("$1") ;;
             *) usage_error "'test' does not know '$1'; './dev test --help' says what it knows" ;;
         esac
         shift
     done
-    [ ${#kinds[@]} -gt 0 ] || kinds=(x64 x86 x64-checked native script workbench server package fuzz tools format)
+    [ ${#kinds[@]} -gt 0 ] || kinds=(x64 x86 x64-checked native script workbench server package fuzz tools format lint)
 
     install_packages
     lock_checkout

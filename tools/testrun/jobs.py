@@ -17,7 +17,11 @@ from results import Case, Ending, Outcome, read_gtest, read_gtest_list, read_lin
 from sources import Sources, TestFile
 from wine_session import windows_path
 
-KINDS = ("x64", "x86", "x64-checked", "native", "script", "workbench", "server", "package", "fuzz", "tools", "format")
+KINDS = (
+    *("x64", "x86", "x64-checked", "native"),
+    *("script", "workbench", "server", "package"),
+    *("fuzz", "tools", "format", "lint"),
+)
 # The flavours of which ./dev coverage counts the lines that run; no run of tests has them without being asked.
 COVERAGE_KINDS = ("native-coverage", "x64-coverage")
 PROGRAM_KINDS = ("x64", "x86", "x64-checked", "native", *COVERAGE_KINDS)
@@ -116,6 +120,7 @@ class Jobs:
             "fuzz": self._fuzz_jobs,
             "tools": self._tools_jobs,
             "format": self._format_jobs,
+            "lint": self._lint_jobs,
         }
         return makers[kind]() if kind in makers else self._program_jobs(kind)
 
@@ -200,6 +205,11 @@ class Jobs:
     def _format_jobs(self) -> list[Job]:
         job = status_job("format", "sources", ["bash", str(self._paths.root / "tools/format_sources.sh"), "--check"])
         return [job] if self._filter.selects("format/sources") else []
+
+    def _lint_jobs(self) -> list[Job]:
+        """Looks at what has been compiled, and builds nothing for it."""
+        command = [sys.executable, str(self._paths.root / "tools/lint_changed.py")]
+        return [Job("lint", command, read_lines)] if self._filter.selects("lint/changed sources") else []
 
     def _files(self, folder: str, pattern: str) -> list[TestFile]:
         paths = sorted((self._paths.root / folder).glob(pattern))
