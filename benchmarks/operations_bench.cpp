@@ -8,14 +8,13 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <cstdio>
-#include <fstream>
 #include <functional>
 #include <span>
 #include <string>
 #include <vector>
 
+#include "benchmarks/measure.hpp"
 #include "com/ansi_text.hpp"
 #include "com/object_root.hpp"
 #include "com/owner.hpp"
@@ -31,8 +30,8 @@ namespace {
 using namespace std::string_literals;
 using namespace std::string_view_literals;
 
-constexpr std::array kRecordCounts = {100, 10'000, 100'000};
-constexpr int kRuns = 5;
+constexpr std::array kRecordCounts = {1, 100, 10'000, 100'000};
+constexpr int kMostQuickRecords = 10'000;
 
 // The response that the processor below gives to every request.
 OwnedBstr g_response;
@@ -187,51 +186,128 @@ struct Operation {
     return length;
 }
 
-template <class Action>
-[[nodiscard]] double MillisecondsOf(const Action& action) {
-    const auto start = std::chrono::steady_clock::now();
-    action();
-    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
-}
-
-[[nodiscard]] double Median(std::vector<double> values) {
-    std::ranges::sort(values);
-    return values[values.size() / 2];
-}
-
-struct Row {
-    std::string operation;
-    int records;
-    double milliseconds;
-    double floor_milliseconds;
-
-    [[nodiscard]] double Ratio() const { return milliseconds / floor_milliseconds; }
-};
-
-// Operation and floor in turn, so that a busy machine slows both.
-[[nodiscard]] Row Measure(CPaylodge& object, const Operation& operation, int count) {
+[[nodiscard]] bench::Row Measure(CPaylodge& object, const Operation& operation, int count,
+                                 const bench::Limits& limits) {
     g_response = BstrFromAnsi(MakeResponse(operation, count));
     const std::string batch = Repeat(operation.batch_request, count);
     const OwnedBstr argument = BstrFromAnsi(operation.reading.is_batch ? batch : "Bank");
     const std::string floor_request = "<LHXML><LHXMLMsgsRq>" + batch + "</LHXMLMsgsRq></LHXML>";
-    std::vector<double> times;
-    std::vector<double> floors;
     size_t length = 0;
-    for (int run = 0; run < kRuns + 1; ++run) {
-        OwnedBstr result;
-        const double time =
-            MillisecondsOf([&] { static_cast<void>(operation.call(object, argument.Get(), result.Receive())); });
-        const double floor = MillisecondsOf([&] { length += RunFloor(operation, floor_request); });
-        if (run > 0) {
-            times.push_back(time);
-            floors.push_back(floor);
-        }
-    }
+    const bench::Row row = bench::Compare(
+        operation.name, count, limits,
+        [&] {
+            OwnedBstr result;
+            static_cast<void>(operation.call(object, argument.Get(), result.Receive()));
+        },
+        [&] { length += RunFloor(operation, floor_request); });
     if (length == 0) {
         std::fprintf(stderr, "%s: the floor read nothing; is LHUtilities.dll there?\n", operation.name.c_str());
         std::exit(1);
     }
-    return {operation.name, count, Median(times), Median(floors)};
+    return row;
+}
+
+// A call that is recorded by the host: its floor sends a request of about the same length, and hands the response back.
+struct SmallCall {
+    std::string name;
+    std::string request;
+    std::string response;
+    // Whether the response's status is judged.
+    std::wstring_view judged_element;
+    std::function<HRESULT(CPaylodge&, BSTR* result)> call;
+};
+
+void RunFloor(const SmallCall& small_call) {
+    OwnedBstr response;
+    static_cast<void>(CPaylodge::SendLHRequest(small_call.request, response.Receive()));
+    const std::string text = AnsiFromBstr(response.Get());
+    if (!small_call.judged_element.empty()) {
+        ComPtr<IXMLDOMNamedNodeMap> attributes;
+        std::string value;
+        static_cast<void>(FindElement(text, small_call.judged_element)->get_attributes(attributes.Receive()));
+        GetAttributeValue(attributes.Get(), "statusCode"sv, value);
+    }
+    const OwnedBstr result = BstrFromAnsi(text);
+}
+
+[[nodiscard]] bench::Row Measure(CPaylodge& object, const SmallCall& small_call, const bench::Limits& limits) {
+    g_response = BstrFromAnsi(small_call.response);
+    return bench::Compare(
+        small_call.name, 1, limits,
+        [&] {
+            OwnedBstr result;
+            if (FAILED(small_call.call(object, result.Receive()))) {
+                std::fprintf(stderr, "%s failed\n", small_call.name.c_str());
+                std::exit(1);
+            }
+        },
+        [&] { RunFloor(small_call); });
+}
+
+// An argument of a small call, made before.
+[[nodiscard]] BSTR Text(const wchar_t* text) {
+    static std::vector<OwnedBstr> texts;
+    texts.push_back(MakeBstr(text));
+    return texts.back().Get();
+}
+
+[[nodiscard]] std::vector<SmallCall> MakeSmallCalls() {
+    const std::string head = "<?xml version=\"1.0\" ?><LHXML><LHXMLMsgsRs>";
+    const std::string status = R"( requestID="1" statusCode="0" statusSeverity="Info" statusMessage="Status OK">)";
+    const std::string tail = "</LHXMLMsgsRs></LHXML>";
+    const std::string payment = head + "<ReceivePaymentAddRs" + status +
+                                "<ReceivePaymentRet><TxnID>1F2</TxnID><TotalAmount>12.50</TotalAmount>"
+                                "</ReceivePaymentRet></ReceivePaymentAddRs>" +
+                                tail;
+    const std::string deposit = head + "<DepositAddRs" + status +
+                                "<DepositRet><TxnID>1F2</TxnID><DepositTotal>12.50</DepositTotal></DepositRet>"
+                                "</DepositAddRs>" +
+                                tail;
+    const std::array arguments = {Text(L"Harbor Cafe"),
+                                  Text(L"2026-11-21"),
+                                  Text(L"12.5"),
+                                  Text(L"PL-1001"),
+                                  Text(L"Visa"),
+                                  Text(L"memo"),
+                                  Text(L"true"),
+                                  Text(L"************1111"),
+                                  Text(L"12"),
+                                  Text(L"2028"),
+                                  Text(L"A. Holder"),
+                                  Text(L"0"),
+                                  Text(L"Approved"),
+                                  Text(L"MB0012345678"),
+                                  Text(L"5247710012345678"),
+                                  Text(L"185PNI"),
+                                  Text(L"MB0012345678"),
+                                  Text(L"4"),
+                                  Text(L"Completed"),
+                                  Text(L"2026-11-21T10:00:00"),
+                                  Text(L"1795255200"),
+                                  Text(L"q00d6e61")};
+    const std::array accounts = {Text(L"Riverside Checking"), Text(L"Riverside Savings"), Text(L"100"), Text(L"memo")};
+    const BSTR body = Text(L"<AccountQueryRq requestID=\"1\"><ActiveStatus>ActiveOnly</ActiveStatus></AccountQueryRq>");
+    return {
+        {"CreatePaymentTxn",
+         std::string(1900, 'x'),
+         payment,
+         {},
+         [arguments](CPaylodge& object, BSTR* result) {
+             const auto& a = arguments;
+             return object.CreatePaymentTxn(a[0], a[1], a[2], a[3], a[4], a[5], a[6], a[7], a[8], a[9], a[10], a[11],
+                                            a[12], a[13], a[14], a[15], a[16], a[17], a[18], a[19], a[20], a[21],
+                                            result);
+         }},
+        {"TransferFunds", std::string(700, 'x'), deposit, L"DepositAddRs",
+         [accounts](CPaylodge& object, BSTR* result) {
+             return object.TransferFunds(accounts[0], accounts[1], accounts[2], accounts[3], result);
+         }},
+        {"ProcessLHRequest",
+         std::string(200, 'x'),
+         payment,
+         {},
+         [body](CPaylodge& object, BSTR* result) { return object.ProcessLHRequest(body, result); }},
+    };
 }
 
 constexpr std::array kNameTexts = {L"Name"sv};
@@ -319,18 +395,7 @@ constexpr std::array kSaleTexts = {L"TxnID"sv, L"RefNumber"sv, L"TotalAmount"sv,
     };
 }
 
-void WriteJson(const char* file_name, const std::vector<Row>& rows) {
-    std::ofstream file(file_name);
-    file << "[\n";
-    for (const Row& row : rows) {
-        file << R"(  {"operation": ")" << row.operation << R"(", "records": )" << row.records << R"(, "milliseconds": )"
-             << row.milliseconds << R"(, "floor_milliseconds": )" << row.floor_milliseconds << R"(, "ratio": )"
-             << row.Ratio() << "}" << (&row == &rows.back() ? "\n" : ",\n");
-    }
-    file << "]\n";
-}
-
-int Run(const char* json_file) {
+int Run(const char* json_file, bool is_quick) {
     const auto factory = ComObject<ClassFactory<InstantBroker>>::Create();
     DWORD registration = 0;
     if (FAILED(::CoRegisterClassObject(kHostObjectBrokerClass, factory.Get(), CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE,
@@ -338,18 +403,23 @@ int Run(const char* json_file) {
         return 1;
     }
     const auto object = ComObject<CPaylodge>::Create();
-    std::vector<Row> rows;
-    std::printf("%-30s %8s %12s %12s %7s\n", "operation", "records", "ms", "floor ms", "ratio");
+    const bench::Limits& limits = is_quick ? bench::kQuick : bench::kThorough;
+    std::vector<bench::Row> rows;
+    bench::PrintHeading();
+    for (const SmallCall& small_call : MakeSmallCalls()) {
+        rows.push_back(Measure(*object.Get(), small_call, limits));
+        bench::Print(rows.back());
+    }
     for (const Operation& operation : MakeOperations()) {
         for (const int count : kRecordCounts) {
-            rows.push_back(Measure(*object.Get(), operation, count));
-            const Row& row = rows.back();
-            std::printf("%-30s %8d %12.3f %12.3f %7.3f\n", row.operation.c_str(), row.records, row.milliseconds,
-                        row.floor_milliseconds, row.Ratio());
-            std::fflush(stdout);
+            if (is_quick && count > kMostQuickRecords) {
+                break;
+            }
+            rows.push_back(Measure(*object.Get(), operation, count, limits));
+            bench::Print(rows.back());
         }
     }
-    WriteJson(json_file, rows);
+    bench::WriteJson(json_file, rows);
     return 0;
 }
 
@@ -357,8 +427,9 @@ int Run(const char* json_file) {
 }  // namespace paylodge
 
 int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::fprintf(stderr, "Usage: operations_bench FILE.json\n");
+    const bool is_quick = argc == 3 && argv[2] == std::string_view("--quick");
+    if (argc != 2 && !is_quick) {
+        std::fprintf(stderr, "Usage: operations_bench FILE.json [--quick]\n");
         return 2;
     }
     if (FAILED(::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED))) {
@@ -366,7 +437,7 @@ int main(int argc, char** argv) {
     }
     // Loaded as in the host's own process.
     const paylodge::ModuleHandle utilities(::LoadLibraryW(paylodge::kUtilityLibrary));
-    const int result = paylodge::Run(argv[1]);
+    const int result = paylodge::Run(argv[1], is_quick);
     ::CoUninitialize();
     return result;
 }

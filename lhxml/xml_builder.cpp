@@ -1,8 +1,8 @@
 #include "lhxml/xml_builder.hpp"
 
-#include <algorithm>
 #include <array>
 #include <cassert>
+#include <cstring>
 
 namespace paylodge {
 namespace {
@@ -53,8 +53,14 @@ class Writer {
     Writer(std::string& text, size_t size) : position_(Grow(text, size)) {}
 
     void Put(char character) noexcept { *position_++ = character; }
-    void Put(std::string_view piece) noexcept { position_ = std::ranges::copy(piece, position_).out; }
-    void PutBlanks(size_t count) noexcept { position_ = std::fill_n(position_, count, ' '); }
+    void Put(std::string_view piece) noexcept {
+        std::memcpy(position_, piece.data(), piece.size());
+        position_ += piece.size();
+    }
+    void PutBlanks(size_t count) noexcept {
+        std::memset(position_, ' ', count);
+        position_ += count;
+    }
     void PutEscaped(std::string_view value, size_t escaped_size) noexcept {
         if (escaped_size == value.size()) {
             Put(value);
@@ -82,6 +88,9 @@ class Writer {
 }  // namespace
 
 void AppendEscaped(std::string& text, std::string_view value) {
+    if (value.empty()) {
+        return;
+    }
     const size_t size = EscapedSize(value);
     Writer(text, size).PutEscaped(value, size);
 }
