@@ -64,7 +64,8 @@ void MaskRun(std::string_view text, const Places& places, std::string& masked) {
         const bool is_inside_long_group = group_end - group_begin + 1 > kLongest;
         // Card numbers of the public schemes begin with 3 to 6; without that, any long number would lose its digits.
         const char digit = text[places[first]];
-        if (!begins_group(first) && !(is_inside_long_group && digit >= '3' && digit <= '6')) {
+        const bool may_begin_number = is_inside_long_group && digit >= '3' && digit <= '6';
+        if (!begins_group(first) && !may_begin_number) {
             continue;
         }
         for (std::size_t count = std::min(kLongest, places.size() - first); count >= kShortest; --count) {
@@ -118,7 +119,7 @@ void MaskChipData(std::string_view text, std::string& masked) {
             continue;
         }
         const std::size_t begin = i + 4;
-        const std::size_t end = begin + 2 * (*high * 16 + *low);
+        const std::size_t end = begin + std::size_t{2} * (*high * 16 + *low);
         const std::string_view value = text.substr(begin, end - begin);
         if (end > text.size() || !std::ranges::all_of(value, [](char c) { return HexValue(c).has_value(); })) {
             continue;

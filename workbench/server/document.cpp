@@ -71,7 +71,7 @@ namespace {
 std::string WithBridge(std::string_view html, const DocumentKeys& keys) {
     const std::size_t place = PlaceOfScript(html);
     return std::string(html.substr(0, place))
-        .append("<script src=\"/workbench/bridge.js\" nonce=\"")
+        .append(R"(<script src="/workbench/bridge.js" nonce=")")
         .append(keys.nonce)
         .append("\" data-page=\"")
         .append(keys.page)

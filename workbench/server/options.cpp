@@ -31,7 +31,8 @@ std::variant<Options, WrongOption> ReadOptions(const std::vector<std::string>& w
         if (word != "--company" && word != "--port" && word != "--page") {
             return WrongOption{"there is no option '" + word + "'; --help lists them"};
         }
-        if (++i == words.size() || words[i].empty()) {
+        ++i;
+        if (i == words.size() || words[i].empty()) {
             return WrongOption{word + " needs a value; --help says which"};
         }
         if (word == "--company") {
