@@ -33,7 +33,7 @@ using namespace std::string_view_literals;
 constexpr std::array kRecordCounts = {1, 100, 10'000, 100'000};
 constexpr int kMostQuickRecords = 10'000;
 
-// The response that the processor below gives to every request.
+// The response that the processor below returns for every request.
 OwnedBstr g_response;
 
 // A processor that costs next to nothing.

@@ -16,7 +16,7 @@
 namespace paylodge {
 
 // One row of a class's interface table: an interface, and the way to it from the object. A class names its rows as
-// kInterfaces; the first one also answers for IUnknown.
+// kInterfaces; the first one also serves IUnknown.
 template <class Class>
 struct InterfaceRow {
     const IID* id;
@@ -114,7 +114,7 @@ class ComObject final : public Class {
     ModuleReference module_;
 };
 
-// An object of a class that is part of another one, the outer object: that one answers for all its interfaces and
+// An object of a class that is part of another one, the outer object: that one has all its interfaces and
 // counts the references to them. Only the IUnknown that is handed out here, the inner one, counts references to the
 // part.
 template <class Class>

@@ -33,8 +33,8 @@ class ConnectionPoint final : public IConnectionPoint {
     // E_POINTER.
     STDMETHODIMP GetConnectionInterface(IID* id) override;
     STDMETHODIMP GetConnectionPointContainer(IConnectionPointContainer** container) override;
-    // *cookie is never 0 on success and never given twice. E_POINTER; CONNECT_E_CANNOTCONNECT for a sink that lacks the
-    // interface of this connection point; E_OUTOFMEMORY.
+    // *cookie is never 0 on success and never the same twice. E_POINTER; CONNECT_E_CANNOTCONNECT for a sink that lacks
+    // the interface of this connection point; E_OUTOFMEMORY.
     STDMETHODIMP Advise(IUnknown* sink, DWORD* cookie) override;
     // CONNECT_E_NOCONNECTION for a cookie that is not, or no longer, in use.
     STDMETHODIMP Unadvise(DWORD cookie) override;

@@ -28,7 +28,7 @@ class ControlWindowEvents {
     ~ControlWindowEvents() = default;
 };
 
-// Used on the thread that created the window. The window class is the module's own and is given up with the last
+// Used on the thread that created the window. The window class is the module's own and is unregistered with the last
 // window, so that none outlives the module.
 class ControlWindow {
   public:

@@ -74,7 +74,7 @@ HRESULT lhXMLRPWrapper::SendRequest(BSTR* response) {
     OwnedBstr ticket;
     try {
         ComPtr<IRequestProcessor> processor;
-        // Only the pointer tells whether there is a processor.
+        // Only the pointer says whether there is a processor.
         static_cast<void>(CreateRequestProcessor(kRequestProcessorClass, processor));
         if (!processor) {
             _com_issue_error(E_POINTER);

@@ -22,8 +22,8 @@ namespace {
 
 }  // namespace
 
-// E_FAIL on a page that is refused. The processor's own code when it failed or gave no response; else S_OK with the
-// response, of which the control on this object's channel is notified.
+// E_FAIL on a page that is refused. The processor's own HRESULT when it failed or returned no response; else S_OK with
+// the response, of which the control on this object's channel is notified.
 STDMETHODIMP CPaylodge::ProcessLHRequest(BSTR requestBody, BSTR* pResponse) {
     if (!IsSiteAllowed()) {
         return E_FAIL;

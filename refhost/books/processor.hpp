@@ -17,10 +17,10 @@ namespace paylodge::refhost {
 void CheckEnvelope(const Document& document);
 
 // The response document's element. What the requests change is committed once, after the last request; when that cannot
-// be, the books are as before and every request is answered with the reason. `now` is YYYY-MM-DDTHH:MM:SS.
+// be, the books are as before and every response has the reason. `now` is YYYY-MM-DDTHH:MM:SS.
 [[nodiscard]] Element ProcessDocument(const Document& document, Company& company, std::string_view now);
 
-// The response that answers each request with the same error.
+// The response with the same error for each request.
 [[nodiscard]] Element RefuseRequests(const Document& document, const HostError& error);
 
 // The response to a document that cannot be processed at all: one ErrorRs.

@@ -1,4 +1,4 @@
-// The requests that the host knows, one row each, and how a row's answer is made.
+// The requests that the host knows, one row each, and how a row's response is made.
 #pragma once
 
 #include <span>
@@ -12,7 +12,7 @@
 
 namespace paylodge::refhost {
 
-// What one request is answered from and with.
+// What a request is carried out on, and what its response is made of.
 struct RequestContext {
     const Element& request;
     Company& company;
@@ -23,7 +23,7 @@ struct RequestContext {
 struct Answer {
     // Records named as the response shows them.
     std::vector<Element> records;
-    // What a query names and the books lack; the records that they do have are in the answer all the same.
+    // What a query names and the books lack; the records that they do have are in the response all the same.
     std::string not_found;
 };
 
@@ -44,7 +44,7 @@ struct RequestKind {
 // IncludeRetElement elements name, if it has any.
 [[nodiscard]] Element MakeReturned(const Element& record, const Element& request);
 
-// The answer to a request that added or changed one record.
+// The response to a request that added or changed one record.
 [[nodiscard]] Answer AnswerWith(const Element& record, const Element& request);
 
 }  // namespace paylodge::refhost

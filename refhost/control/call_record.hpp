@@ -20,7 +20,7 @@ namespace paylodge::refhost {
 // The text of a string value, the type of any other.
 [[nodiscard]] std::wstring Argument(const VARIANT& value);
 
-// Notes "call(argument, argument)". The code that the call has to fail with, if that was planned.
+// Notes "call(argument, argument)". The HRESULT that the call has to fail with, if that was planned.
 [[nodiscard]] std::optional<HRESULT> Record(std::wstring_view call, std::initializer_list<std::wstring> arguments);
 
 // A whole method: notes the call, then fails as planned or does the work. No C++ exception leaves it.
@@ -32,7 +32,7 @@ template <class Work, class... Arguments>
     });
 }
 
-// The same for a method with a result: E_POINTER without a place for it, and nothing in that place unless the work
+// The same for a method with a result: E_POINTER for a null out parameter, which is left alone unless the work
 // puts something there.
 template <class Result, class Work, class... Arguments>
 [[nodiscard]] HRESULT ServeResult(std::wstring_view call, Result* result, const Work& work,

@@ -38,7 +38,7 @@ inline constexpr std::wstring_view kWriteCall = L"PropertyBag.Write";
 // Of a process that was planned to end.
 inline constexpr UINT kPlannedExitCode = 86;
 
-// An answer of ProcessRequest; without a text the response stays null.
+// What ProcessRequest returns; without a text the response stays null.
 struct PlannedAnswer {
     std::optional<std::wstring> text;
     HRESULT code = S_OK;
@@ -63,7 +63,7 @@ class FaultPlan {
     [[nodiscard]] std::vector<FailingCall> Failures() const;
     // The nth ProcessRequest from now answers this; 0 stands for every one.
     void AnswerNth(PlannedAnswer answer, LONG nth);
-    // The next ProcessRequest that nothing else was planned for answers this; several stand in line.
+    // The next ProcessRequest that nothing else was planned for returns this; several wait in line.
     void AnswerNext(PlannedAnswer answer);
     // The process ends, as if it had crashed, before the nth call or step from now; 0: it does not.
     void EndProcessAt(LONG nth) noexcept { calls_to_the_end_ = nth; }

@@ -127,22 +127,23 @@ HRESULT CReferenceHost::Call(LONG index, BSTR* text) {
 }
 
 HRESULT CReferenceHost::get_RequestCount(LONG* count) {
-    return Guarded([&] { return Count(Host::Get().Exchanges().size(), count); });
+    return Guarded([&] { return Count(Host::Get().RecordedRequests().size(), count); });
 }
 
 HRESULT CReferenceHost::Request(LONG index, BSTR* text) {
-    return ReturnEntry(Host::Get().Exchanges(), index, text, [](const Exchange& exchange) { return exchange.request; });
+    return ReturnEntry(Host::Get().RecordedRequests(), index, text,
+                       [](const RecordedRequest& recorded) { return recorded.request; });
 }
 
 HRESULT CReferenceHost::Response(LONG index, BSTR* text) {
-    return ReturnEntry(Host::Get().Exchanges(), index, text,
-                       [](const Exchange& exchange) { return exchange.response; });
+    return ReturnEntry(Host::Get().RecordedRequests(), index, text,
+                       [](const RecordedRequest& recorded) { return recorded.response; });
 }
 
 HRESULT CReferenceHost::ClearCalls() {
     return Guarded([] {
         Host::Get().Calls().clear();
-        Host::Get().Exchanges().clear();
+        Host::Get().RecordedRequests().clear();
         return S_OK;
     });
 }

@@ -19,7 +19,7 @@ using WeakCompany = std::weak_ptr<OpenCompany>;
 }
 
 // A record with a content of its own: the company's as it was when the object was made or last locked, with what was
-// changed since, which is the company's once it is saved. Changing it needs the lock, which is given back at the end.
+// changed since, which is the company's once it is saved. Changing it needs the lock, which is released at the end.
 class CDataFileRecord : public IHostDataFileRecord {
   public:
     using Row = InterfaceRow<CDataFileRecord>;

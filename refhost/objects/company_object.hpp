@@ -1,5 +1,5 @@
 // The company that the host has open, as add-ins see it: from here on down to the values in its data file records. What
-// is handed out does not keep the company open; once that is closed, every call answers CO_E_OBJNOTCONNECTED.
+// is handed out does not keep the company open; once that is closed, every call returns CO_E_OBJNOTCONNECTED.
 #pragma once
 
 #include <memory>

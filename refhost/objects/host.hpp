@@ -14,9 +14,9 @@
 
 namespace paylodge::refhost {
 
-struct Exchange {
+struct RecordedRequest {
     std::wstring request;
-    // As it left the host; empty when the call failed or answered nothing.
+    // As it left the host; empty when the call failed or returned nothing.
     std::wstring response;
 };
 
@@ -64,7 +64,7 @@ class Host {
     [[nodiscard]] FaultPlan& Plan() noexcept { return plan_; }
     // One readable line for each call, and the texts of each ProcessRequest.
     [[nodiscard]] std::vector<std::wstring>& Calls() noexcept { return calls_; }
-    [[nodiscard]] std::vector<Exchange>& Exchanges() noexcept { return exchanges_; }
+    [[nodiscard]] std::vector<RecordedRequest>& RecordedRequests() noexcept { return recorded_requests_; }
 
     // No two are alike.
     [[nodiscard]] std::wstring NewTicket();
@@ -75,7 +75,7 @@ class Host {
     std::shared_ptr<OpenCompany> company_;
     FaultPlan plan_;
     std::vector<std::wstring> calls_;
-    std::vector<Exchange> exchanges_;
+    std::vector<RecordedRequest> recorded_requests_;
     unsigned last_ticket_ = 0;
 };
 

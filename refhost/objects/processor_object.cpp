@@ -32,7 +32,7 @@ HRESULT CRequestProcessor::ProcessRequest(BSTR ticket, BSTR request, BSTR* respo
             return E_POINTER;
         }
         *response = nullptr;
-        Host::Get().Exchanges().push_back({std::wstring(View(request)), {}});
+        Host::Get().RecordedRequests().push_back({std::wstring(View(request)), {}});
         if (const auto failure = Record(kProcessRequestCall, {Argument(ticket), Argument(request)})) {
             return *failure;
         }
@@ -45,7 +45,7 @@ HRESULT CRequestProcessor::ProcessRequest(BSTR ticket, BSTR request, BSTR* respo
         PrintRequest(View(request));
         const HRESULT result = AnswerAsPlannedOrProcess(View(request), response);
         PrintResponse(View(*response));
-        Host::Get().Exchanges().back().response = View(*response);
+        Host::Get().RecordedRequests().back().response = View(*response);
         return result;
     });
 }

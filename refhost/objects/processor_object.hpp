@@ -10,7 +10,7 @@
 
 namespace paylodge::refhost {
 
-// What the processor answers to calls out of order.
+// What the processor returns for calls out of order.
 inline constexpr HRESULT kNotConnected = MAKE_HRESULT(SEVERITY_ERROR, FACILITY_ITF, 0x0401);
 inline constexpr HRESULT kAlreadyConnected = MAKE_HRESULT(SEVERITY_ERROR, FACILITY_ITF, 0x0402);
 inline constexpr HRESULT kUnknownTicket = MAKE_HRESULT(SEVERITY_ERROR, FACILITY_ITF, 0x0403);

@@ -1,4 +1,4 @@
-// The values that a property bag takes and gives, as they stand in the company file.
+// The values of a property bag as the company file has them.
 #pragma once
 
 #include <windows.h>

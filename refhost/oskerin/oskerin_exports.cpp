@@ -64,9 +64,9 @@ void __cdecl ShowFinalConfirmationWindow() { g_reader.Confirm(); }
 void __cdecl CancelCheckCard() { g_reader.Cancel(); }
 
 bool __cdecl EMVIsDeviceConnected() { return g_reader.IsConnected(); }
-// Asks for the reader; the answer is EMVIsDeviceConnected.
+// Looks for the reader; EMVIsDeviceConnected returns what was found.
 void __cdecl isDeviceHere() {}
-// Asks for the reader's description, which EMVProcessorResult gives once.
+// Asks for the reader's description, which EMVProcessorResult returns once.
 void __cdecl GetEmvDeviceInfo() { g_reader.RequestDeviceInfo(); }
 
 const wchar_t* __cdecl EMVProcessorResult() { return Keep(g_processor_result, g_reader.TakeResult()); }

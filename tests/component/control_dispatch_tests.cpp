@@ -69,7 +69,7 @@ class NotificationData : public ControlDispatch {
     const DISPID id_ = IdOf("LHTransactionNotificationData");
 };
 
-// A page cannot tell null, which the slot gives, from the empty string.
+// A page cannot tell null, which the slot returns, from the empty string.
 TEST_F(NotificationData, IsNothingBeforeAnythingWasStored) {
     EXPECT_EQ(L"", View(Get()));
     wchar_t mark[] = L"untouched";

@@ -51,7 +51,7 @@ TEST_F(ControlTypeLibrary, DescribesEachMemberAsItIsCalled) {
     }
 }
 
-// The loader gives the text of a put to nobody, so it is looked for in the library's bytes.
+// The loader returns the text of a put to nobody, so it is looked for in the library's bytes.
 TEST_F(ControlTypeLibrary, HoldsTheHelpTextOfThePut) {
     const ModuleUnderTest module;
     const HRSRC resource = ::FindResourceW(module.Handle(), MAKEINTRESOURCEW(1), L"TYPELIB");

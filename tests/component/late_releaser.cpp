@@ -1,4 +1,4 @@
-// A library that releases an object only when the process ends, after other libraries have been told of that.
+// A library that releases an object only when the process ends, after other libraries were notified of that.
 
 #include <windows.h>
 

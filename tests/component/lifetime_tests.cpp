@@ -210,7 +210,7 @@ TEST_F(Lifetime, ModuleIsHeldWhileAControlReleasesItsSite) {
     EXPECT_EQ(1, last_words);
 }
 
-// The end code of a program beside this one.
+// The exit code of a program beside this one.
 [[nodiscard]] DWORD ExitCodeOf(const wchar_t* program) {
     const auto path = std::filesystem::path(Module::Path()).parent_path() / program;
     std::wstring command = L'"' + path.wstring() + L'"';

@@ -15,7 +15,7 @@ namespace {
 constexpr VARIANT_BOOL kUntouchedBool = 0x5A5A;
 wchar_t g_untouched_text[] = L"untouched";
 
-// A place for a result of either type, with a sentinel in it.
+// An out parameter of either type, with a sentinel in it.
 struct Place {
     BSTR text = g_untouched_text;
     VARIANT_BOOL truth = kUntouchedBool;

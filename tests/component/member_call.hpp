@@ -26,9 +26,9 @@ struct Argument {
 
 struct Outcome {
     HRESULT result = S_OK;
-    // As in Member::results; an untouched place for a result is shown as "untouched".
+    // As in Member::results; an untouched out parameter is shown as "untouched".
     std::string results;
-    // The failure that an exception of Invoke told.
+    // The HRESULT in the exception information of Invoke.
     HRESULT exception = S_OK;
 };
 

@@ -28,7 +28,7 @@ struct InterfaceMember {
 };
 
 struct Member : InterfaceMember {
-    // What a fresh module answers, called with the arguments of MakeArguments and a host that answers every request
+    // What a fresh module returns, called with the arguments of MakeArguments and a host that answers every request
     // with an empty document.
     HRESULT result;
     const char* results;  // results in their order: strings in quotes or null, booleans as numbers

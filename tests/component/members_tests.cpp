@@ -51,7 +51,7 @@ TEST_P(Slot, AnswersTheSameOnAnApprovedPage) {
     EXPECT_EQ(5U, site.calls.size());
 }
 
-// Places for results as they were, nothing sent, nothing stored.
+// Out parameters as they were, nothing sent, nothing stored.
 TEST_P(Slot, DoesNothingOnARefusedPage) {
     {
         FakeSite site(PageAt(kRefusedPage));
@@ -98,7 +98,7 @@ TEST_P(Invoked, AnswersAsItsSlotDoes) {
         EXPECT_HRESULT(DISP_E_EXCEPTION, outcome.result);
         EXPECT_HRESULT(GetParam().result, outcome.exception);
     } else {
-        // A page sees success and the result, whichever code of success it was.
+        // A page sees success and the result, whichever HRESULT of success it was.
         EXPECT_HRESULT(S_OK, outcome.result);
         EXPECT_HRESULT(S_OK, outcome.exception);
     }
@@ -115,7 +115,7 @@ TEST_P(Invoked, RefusesTheWrongKindOfCall) {
     EXPECT_THAT(host.calls, IsEmpty());
 }
 
-// What a page gets when the object leaves its place for a result alone.
+// What a page gets when the object leaves its out parameter alone.
 [[nodiscard]] std::string EmptyResults(const Member& member) {
     std::string results;
     for (const Argument& argument : ArgumentsOf(member)) {

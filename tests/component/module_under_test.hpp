@@ -57,7 +57,7 @@ class Component : public ::testing::Test {
 // Component tests with one case for each member.
 class ComponentMember : public Component, public ::testing::WithParamInterface<Member> {};
 
-// A failing case is told by its name.
+// A failing case is known by its name.
 void PrintTo(const Member& member, std::ostream* out);
 
 }  // namespace paylodge::test

@@ -1,5 +1,5 @@
 // A program that ends while one of its libraries still holds a subscribed control: that library was loaded before the
-// module, so it is told of the end after the module was. Exit code 0 when all goes well.
+// module, so it is notified of the end after the module was. Exit code 0 when all goes well.
 
 #include <windows.h>
 

@@ -1,4 +1,4 @@
-// Hostile registry scripts: whatever the text, the parser answers with a script or a RegistryScriptError.
+// Hostile registry scripts: whatever the text, the parser returns a script or throws a RegistryScriptError.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

@@ -1,4 +1,4 @@
-// Hostile request documents: whatever the text, the books answer with a response document and stay true.
+// Hostile request documents: whatever the text, the books return a response document and stay true.
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>

@@ -1,4 +1,4 @@
-// A web browser that does nothing: a stand-in overrides what it needs.
+// A web browser that does nothing: a fake overrides what it needs.
 #pragma once
 
 #include <windows.h>

@@ -19,7 +19,7 @@ namespace {
     return failure == host.failures.end() ? S_OK : failure->second;
 }
 
-// Records the call, runs the test's hook, and gives the code that the test chose.
+// Records the call, runs the test's hook, and returns the HRESULT that the test chose.
 HRESULT Record(FakeHost& host, const std::string& method, const std::string& arguments) {
     host.calls.push_back(method + "(" + arguments + ")");
     if (const auto hook = host.on_call.find(method); hook != host.on_call.end()) {
@@ -72,7 +72,7 @@ class Processor : public WithoutDispatch<IRequestProcessor> {
     FakeHost& host_;
 };
 
-// Lives as long as the stand-in, whatever references are left on it; it only counts them.
+// Lives as long as the fake, whatever references are left on it; it only counts them.
 class Broker final : public WithoutDispatch<IHostObjectBroker> {
   public:
     explicit Broker(FakeHost& host) : host_(host) {}

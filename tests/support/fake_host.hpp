@@ -1,5 +1,5 @@
-// A stand-in for the host's object broker and request processor: it records every call with its arguments and does what
-// the test told it to.
+// A fake of the host's object broker and request processor: it records every call with its arguments and does what
+// the test asks for.
 #pragma once
 
 #include <windows.h>
@@ -16,14 +16,14 @@
 
 namespace paylodge::test {
 
-// What one ProcessRequest answers.
+// What one ProcessRequest returns.
 struct Answer {
     HRESULT result = S_OK;
     std::wstring response = {};
     bool is_null = false;  // no response string at all
 };
 
-// Stands in for the host while it lives: CoCreateInstance of the broker class gives this one.
+// Stands in for the host while it lives: CoCreateInstance of the broker class creates this one.
 class FakeHost {
   public:
     // The context in which the broker's class object is registered.
@@ -40,8 +40,8 @@ class FakeHost {
 
     // Answers of the next requests, in order; without one, S_OK with an empty document element.
     std::deque<Answer> answers;
-    // Codes that methods answer with instead of S_OK, by name: "CreateObjectFromClassId", "OpenConnection",
-    // "BeginSession", "ProcessRequest" (in place of the answer), "EndSession", "CloseConnection". BeginSession hands
+    // HRESULTs that methods return instead of S_OK, by name: "CreateObjectFromClassId", "OpenConnection",
+    // "BeginSession", "ProcessRequest" (in place of the response), "EndSession", "CloseConnection". BeginSession hands
     // out no ticket then. "CreateInstance" is that of the broker's class object; it is not recorded.
     std::map<std::string, HRESULT> failures;
     // Run at the start of a method, by name; may throw.
@@ -50,7 +50,7 @@ class FakeHost {
     // What the broker hands out instead of a request processor; may be null.
     std::optional<ComPtr<IUnknown>> created_object;
 
-    // Whether the broker's class object has a broker to give; without one it gives null, and says S_OK.
+    // Whether the broker's class object has a broker; without one it returns null with S_OK.
     bool has_broker = true;
     // The outer object for each broker that was asked for.
     std::vector<IUnknown*> outer_objects;

@@ -14,7 +14,7 @@
 namespace paylodge::test {
 namespace {
 
-// An interface of the stand-in: the object lives on the stack and only counts who holds it.
+// An interface of the fake: the object lives on the stack and only counts who holds it.
 template <class Base, class Interface>
 class Counted : public Base {
   public:

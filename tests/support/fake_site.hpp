@@ -1,4 +1,4 @@
-// A stand-in for the site that a browser hands to the objects of a page: services, browser and security manager.
+// A fake of the site that a browser hands to the objects of a page: services, browser and security manager.
 #pragma once
 
 #include <windows.h>
@@ -13,7 +13,7 @@
 
 namespace paylodge::test {
 
-// What the steps from the site to the page's URL and zone answer. An object that is missing comes as null with S_OK.
+// What the steps from the site to the page's URL and zone return. An object that is missing comes as null with S_OK.
 struct FakePage {
     std::wstring url = L"https://terminal.paylodge.example/";
     DWORD zone = 3;

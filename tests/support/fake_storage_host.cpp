@@ -33,7 +33,7 @@ class Part : public Interface {
     FakeStorageHost& host_;
 };
 
-// Records a call that hands out an object, and makes that object unless the call fails or gives null.
+// Records a call that hands out an object, and makes that object unless the call fails or returns null.
 template <class Class, class Interface, class... Arguments>
 HRESULT HandOut(FakeStorageHost& host, const char* method, const std::string& shown, Interface** object,
                 const Arguments&... arguments) {
@@ -194,7 +194,7 @@ class Goodies : public Part<IHostAddInGoodies> {
     ~Goodies() = default;
 };
 
-// Lives as long as the stand-in, whatever references are left on it; it only counts them.
+// Lives as long as the fake, whatever references are left on it; it only counts them.
 class Application final : public IHostApplication, public IHostFolders {
   public:
     explicit Application(FakeStorageHost& host) : host_(host) {}

@@ -1,5 +1,5 @@
-// A stand-in for the host's application and the data file records of its company file: it records every call with its
-// arguments, keeps the records in memory, and fails where the test told it to.
+// A fake of the host's application and the data file records of its company file: it records every call with its
+// arguments, keeps the records in memory, and fails where the test asks for it.
 #pragma once
 
 #include <windows.h>
@@ -19,7 +19,7 @@
 
 namespace paylodge::test {
 
-// What one call of a record's Lock answers.
+// What one call of a record's Lock returns.
 struct LockAnswer {
     HRESULT result = S_OK;
     bool is_acquired = true;
@@ -37,7 +37,7 @@ struct StoredRecord {
     [[nodiscard]] std::wstring Text(const std::wstring& property) const;
 };
 
-// Stands in for the host while it lives: CoCreateInstance of the locator's class gives this one's. When it goes,
+// Stands in for the host while it lives: CoCreateInstance of the locator's class creates this one's. When it goes,
 // everything that was handed out has to have come back.
 class FakeStorageHost {
   public:
@@ -51,7 +51,7 @@ class FakeStorageHost {
     // `QueryInterface(IHostApplication)`.
     std::vector<std::string> calls;
 
-    // Codes that calls answer with instead of S_OK, by method name or, before that, by the whole text of the call. A
+    // HRESULTs that calls return instead of S_OK, by method name or, before that, by the whole text of the call. A
     // call that fails does nothing.
     std::map<std::string, HRESULT> codes;
     // Answers this to the call with this number, from 1; 0 for none.
@@ -71,7 +71,7 @@ class FakeStorageHost {
     // Run when a call is recorded, by method name.
     std::map<std::string, std::function<void()>> on_call;
 
-    // What GetFolder gives.
+    // What GetFolder returns.
     std::wstring folder;
 
     // Objects that are alive and references to the application.
@@ -79,7 +79,7 @@ class FakeStorageHost {
     // Locks that were acquired and not released.
     int held_locks = 0;
 
-    // The code that a call which is now recorded answers with.
+    // The HRESULT of the call that is now recorded.
     HRESULT Record(const std::string& method, const std::string& arguments = "");
 
   private:

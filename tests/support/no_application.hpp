@@ -9,7 +9,7 @@
 
 namespace paylodge::test {
 
-// While it lives, the class of the host's application locator answers as where it is not registered.
+// While it lives, the class of the host's application locator behaves as where it is not registered.
 class NoApplication {
   public:
     NoApplication();

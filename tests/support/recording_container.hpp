@@ -211,7 +211,7 @@ class RecordingSite : public IOleClientSite,
     ComPtr<ComObject<RecordingFrame>> document;
     std::map<DISPID, VARIANT_BOOL> ambient;
     VARTYPE ambient_type = VT_BOOL;
-    // Codes that calls answer with instead of S_OK.
+    // HRESULTs that calls return instead of S_OK.
     std::map<std::string, HRESULT> answers;
     GUID last_service{};
 

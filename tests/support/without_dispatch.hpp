@@ -1,4 +1,4 @@
-// Base of stand-ins for objects that are called through their slots only.
+// Base of fakes of objects that are called through their slots only.
 #pragma once
 
 #include <windows.h>

@@ -43,8 +43,8 @@ class Server : public HostTest {
         return ticket;
     }
 
-    // The answer to a whole document in a session of its own.
-    HRESULT Exchange(std::string_view document, OwnedBstr& response) const {
+    // The response to a whole document in a session of its own.
+    HRESULT SendOne(std::string_view document, OwnedBstr& response) const {
         const auto processor = Connected();
         const OwnedBstr ticket = Begin(*processor.Get());
         const HRESULT result =
@@ -57,7 +57,7 @@ class Server : public HostTest {
     // The response elements to these requests.
     [[nodiscard]] std::vector<Element> Ask(std::string_view requests) const {
         OwnedBstr response;
-        EXPECT_HRESULT(S_OK, Exchange(Envelope(requests), response));
+        EXPECT_HRESULT(S_OK, SendOne(Envelope(requests), response));
         return Responses(response);
     }
 
@@ -131,7 +131,7 @@ TEST_F(Server, AnswersHostileTextWithAnErrorResponse) {
          {std::string(), std::string(" "), std::string("<LHXML>"), deep, huge, "<?xml version=\"1.0\"?>" + huge,
           std::string("\0", 1), std::string("<!DOCTYPE A [<!ENTITY e SYSTEM 'file:///etc/passwd'>]><A>&e;</A>")}) {
         OwnedBstr response;
-        EXPECT_HRESULT(S_OK, Exchange(text, response));
+        EXPECT_HRESULT(S_OK, SendOne(text, response));
         const auto responses = Responses(response);
         ASSERT_EQ(responses.size(), 1U);
         EXPECT_EQ(responses[0].name, "ErrorRs");
@@ -242,7 +242,7 @@ TEST_F(Server, BeginsASessionWithTheOpenFileOnly) {
 
 TEST_F(Server, RecordsTheCallsInTheirOrder) {
     OwnedBstr response;
-    ASSERT_HRESULT(S_OK, Exchange("<x/>", response));
+    ASSERT_HRESULT(S_OK, SendOne("<x/>", response));
     const auto calls = Calls();
     ASSERT_EQ(calls.size(), 6U);
     EXPECT_EQ(calls[0], "ObjectBroker.CreateObjectFromClassId(\"{45F5708E-3B43-4FA8-BE7E-A5F1849214CB}\")");
@@ -256,7 +256,7 @@ TEST_F(Server, RecordsTheCallsInTheirOrder) {
 
 TEST_F(Server, RecordsRequestsAndResponses) {
     OwnedBstr response;
-    ASSERT_HRESULT(S_OK, Exchange("<x/>", response));
+    ASSERT_HRESULT(S_OK, SendOne("<x/>", response));
     LONG count = 0;
     ASSERT_HRESULT(S_OK, control_->get_RequestCount(&count));
     ASSERT_EQ(count, 1);
@@ -277,12 +277,12 @@ TEST_F(Server, RecordsRequestsAndResponses) {
 TEST_F(Server, FailsEachCallAsPlanned) {
     ASSERT_HRESULT(S_OK, control_->FailCall(MakeBstr(L"RequestProcessor.ProcessRequest").Get(), 0x80070005, 2));
     OwnedBstr first;
-    EXPECT_HRESULT(S_OK, Exchange(Envelope(""), first));
+    EXPECT_HRESULT(S_OK, SendOne(Envelope(""), first));
     OwnedBstr second;
-    EXPECT_HRESULT(E_ACCESSDENIED, Exchange(Envelope(""), second));
+    EXPECT_HRESULT(E_ACCESSDENIED, SendOne(Envelope(""), second));
     EXPECT_FALSE(second);
     OwnedBstr third;
-    EXPECT_HRESULT(S_OK, Exchange(Envelope(""), third));
+    EXPECT_HRESULT(S_OK, SendOne(Envelope(""), third));
 }
 
 TEST_F(Server, FailsEveryCallOfANameUntilThePlanIsCleared) {
@@ -354,17 +354,17 @@ TEST_F(Server, AnswersAsPlanned) {
     const std::string add = Envelope(
         "<AccountAddRq><AccountAdd><Name>Holding</Name><AccountType>Bank</AccountType></AccountAdd></AccountAddRq>");
     OwnedBstr empty;
-    EXPECT_HRESULT(S_OK, Exchange(add, empty));
+    EXPECT_HRESULT(S_OK, SendOne(add, empty));
     EXPECT_TRUE(empty);
     EXPECT_EQ(Text(empty), "");
     OwnedBstr null;
-    EXPECT_HRESULT(S_OK, Exchange(add, null));
+    EXPECT_HRESULT(S_OK, SendOne(add, null));
     EXPECT_FALSE(null);
     OwnedBstr first;
-    EXPECT_HRESULT(S_FALSE, Exchange(add, first));
+    EXPECT_HRESULT(S_FALSE, SendOne(add, first));
     EXPECT_EQ(Text(first), "<first/>");
     OwnedBstr second;
-    EXPECT_HRESULT(S_OK, Exchange(add, second));
+    EXPECT_HRESULT(S_OK, SendOne(add, second));
     EXPECT_EQ(Text(second), "second");
     // None of these were processed.
     EXPECT_EQ(StatusCode(Ask("<AccountQueryRq><FullName>Holding</FullName></AccountQueryRq>").at(0)), "2050");

@@ -1,4 +1,4 @@
-// What the stand-in for the host's bridge library tells the test program, and asks it.
+// What the fake of the host's bridge library notifies the test program of, and asks it for.
 #pragma once
 
 #include <windows.h>

@@ -23,7 +23,7 @@ class Forwarding : public CardReaderAndServices, public ::testing::WithParamInte
 INSTANTIATE_TEST_SUITE_P(Control, Forwarding, ::testing::ValuesIn(Forwarders().begin(), Forwarders().end()),
                          NameOfForwarder);
 
-// What the method gives when its function returns this text, and this text with what the code page lacks replaced.
+// What the method returns when its function returns this text, and this text with what the code page lacks replaced.
 [[nodiscard]] Result Expected(Returns returns, const wchar_t* text, const wchar_t* reencoded) {
     switch (returns) {
         case Returns::kNothing:

@@ -179,6 +179,6 @@ ControlTest::~ControlTest() { g_observer = nullptr; }
 
 }  // namespace paylodge::test
 
-// The stand-in for the bridge library finds its observer by this name.
+// The fake of the bridge library finds its observer by this name.
 extern "C" __declspec(dllexport) paylodge::test::BridgeObserver* __cdecl TheBridgeObserver();
 extern "C" paylodge::test::BridgeObserver* __cdecl TheBridgeObserver() { return paylodge::test::g_observer; }

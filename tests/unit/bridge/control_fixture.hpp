@@ -21,7 +21,7 @@ namespace paylodge::test {
 
 using Control = ComObject<CPaylodgeCtrl>;
 
-// The calls that reached the bridge library, and what it answers.
+// The calls that reached the bridge library, and what it returns.
 class BridgeCalls : public BridgeObserver {
   public:
     // Such as `first: StartEMV("12.50")`; strings between double quotes, null as null. Narrow texts are shown byte by
@@ -38,7 +38,7 @@ class BridgeCalls : public BridgeObserver {
     // Run at the end of a script; may throw.
     std::function<void()> on_script;
     bool throws_at_end = false;
-    // The strings that were given away.
+    // The strings that the caller owns by now.
     std::vector<BSTR> given;
 
     void Called(const char* variant, const char* function) override;
@@ -97,7 +97,7 @@ class EventSink : public WithoutDispatch<_IPaylodgeCtrlEvents> {
     // Events are appended to the list, such as `a: 4("p1", "2024-01-31", bool -1)`: arguments in the event's own order.
     EventSink(const wchar_t* name, std::vector<std::wstring>& events) : name_(name), events_(events) {}
 
-    // What Invoke answers, after this was run.
+    // What Invoke returns, after this was run.
     HRESULT code = S_OK;
     std::function<void()> on_event;
 
@@ -112,7 +112,7 @@ class EventSink : public WithoutDispatch<_IPaylodgeCtrlEvents> {
     std::vector<std::wstring>& events_;
 };
 
-// Connects a sink; gives its cookie.
+// Connects a sink; returns its cookie.
 [[nodiscard]] DWORD Advise(CPaylodgeCtrl& control, EventSink& sink);
 [[nodiscard]] HRESULT Unadvise(CPaylodgeCtrl& control, DWORD cookie);
 

@@ -1,4 +1,4 @@
-// A stand-in for the host's bridge library: it tells the test program of each call. BRIDGE_VARIANT names it.
+// A fake of the host's bridge library: it notifies the test program of each call. BRIDGE_VARIANT names it.
 
 #include <windows.h>
 
@@ -21,7 +21,7 @@ void Pass(const wchar_t* text) { Observer().GotText(text); }
 void Pass(const char* text) { Observer().GotNarrowText(text); }
 void Pass(int number) { Observer().GotNumber(number); }
 
-// Tells of a call, and answers for what functions return.
+// Notifies of a call, and has what the functions return.
 template <class... Arguments>
 [[nodiscard]] BridgeObserver& Call(const char* function, Arguments... arguments) {
     Observer().Called(BRIDGE_VARIANT, function);

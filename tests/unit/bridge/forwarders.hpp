@@ -26,10 +26,10 @@ struct Forwarder {
 
 [[nodiscard]] std::span<const Forwarder> Forwarders() noexcept;
 
-// The code of the call, and the result, which is untouched where there is none.
+// The HRESULT of the call, and the result, which is untouched where there is none.
 [[nodiscard]] Result Forward(const Forwarder& forwarder, CPaylodgeCtrl& control);
 
-// What the method gives without its function.
+// What the method returns without its function.
 [[nodiscard]] Result WithoutFunction(const Forwarder& forwarder);
 
 [[nodiscard]] inline std::string NameOfForwarder(const ::testing::TestParamInfo<Forwarder>& information) {

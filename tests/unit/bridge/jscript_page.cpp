@@ -15,7 +15,7 @@ namespace {
 
 constexpr CLSID kJScript = {0xf414c260, 0x6ac0, 0x11cf, {0xb6, 0xd1, 0x00, 0xaa, 0x00, 0xbb, 0xbb, 0x58}};
 
-// The engine's host: it has no objects of its own, and learns of errors by their codes.
+// The engine's host: it has no objects of its own, and learns of errors by their HRESULTs.
 class Site : public IActiveScriptSite {
   public:
     using Row = InterfaceRow<Site>;

@@ -47,7 +47,7 @@ const Push kPushes[] = {
 
 std::string NameOf(const ::testing::TestParamInfo<Push>& information) { return information.param.name; }
 
-// The code of the COM error that a call raises, or what it gives.
+// The HRESULT of the COM error that a call raises, or what it returns.
 template <class Call>
 [[nodiscard]] HRESULT CodeOf(const Call& call) {
     try {
@@ -454,7 +454,7 @@ TEST_F(ReconPayments, FailWhenAStructuredExceptionLeavesTheFunctionAndFreeTheLib
     EXPECT_HRESULT(S_OK, Send(VARIANT_TRUE));
 }
 
-// Requests of the page that the host is told of.
+// Requests of the page that the host is notified of.
 class RequestData : public ControlTest {
   protected:
     [[nodiscard]] HRESULT Send() { return other_.ProcessLHRequestData(Argument(L"<Request/>"), response_.Slot()); }

@@ -1,4 +1,4 @@
-// The page's own requests, of which the control on the accounting object's channel is told.
+// The page's own requests, of which the control on the accounting object's channel is notified.
 
 #include "bridge/channel_registry.hpp"
 #include "tests/support/fake_site.hpp"

@@ -10,9 +10,9 @@ namespace paylodge::test {
 // Why there is no script engine; nothing where there is one.
 [[nodiscard]] std::optional<std::string> WhyNoScriptEngine();
 
-// Runs a script in a new page that defines the functions for pushes, and gives what they got: the function's name with
-// the type and text of each argument, such as `$.fn.customerDataFromLH[string a|string b]`. Texts are in Latin-1. Empty
-// when no function was called; "(error)" when the script cannot be compiled or run.
+// Runs a script in a new page that defines the functions for pushes, and returns what they got: the function's name
+// with the type and text of each argument, such as `$.fn.customerDataFromLH[string a|string b]`. Texts are in Latin-1.
+// Empty when no function was called; "(error)" when the script cannot be compiled or run.
 [[nodiscard]] std::string RunInPage(std::string_view script);
 
 inline constexpr const char* kScriptError = "(error)";

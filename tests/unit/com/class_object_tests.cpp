@@ -118,7 +118,7 @@ TEST_F(ClassObject, CreationFailsWithANullResultAndNothingAlive) {
     EXPECT_EQ(1, Module::References());
 }
 
-// An object that another one is part of: it answers for all interfaces, its own and the part's.
+// An object that another one is part of: it has all interfaces, its own and the part's.
 class Outer : public IOleWindow {
   public:
     using Row = InterfaceRow<Outer>;

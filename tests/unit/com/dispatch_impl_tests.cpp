@@ -277,7 +277,7 @@ TEST_F(DispatchImpl, SurplusArgumentsAreTold) {
     EXPECT_HRESULT(test::WindowsOrWine(DISP_E_BADPARAMCOUNT, S_OK), Invoke(7, {three, nullptr, 3, 0}));
 }
 
-// Every method tells why the type information could not be loaded.
+// Every method returns why the type information could not be loaded.
 template <class Dispatch>
 void ExpectNotLoaded(HRESULT expected) {
     const auto object = ComObject<Example<Dispatch>>::Create();

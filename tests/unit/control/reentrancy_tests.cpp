@@ -35,7 +35,7 @@ TEST_F(InPlace, MayBeReleasedFromWithinItsCalls) {
     EXPECT_FALSE(::IsWindow(window));
 }
 
-// Each call of the container that ends an activation lets go of the control's last reference.
+// Each call of the container that ends an activation releases the control's last reference.
 class LastReference : public InPlace {
   protected:
     // The control is gone when the verb or method returns, and nothing of it was used afterwards.

@@ -47,7 +47,7 @@ constexpr auto kLoadFailed = "Load failed because "sv;
     return attributes;
 }
 
-// The code of a read and what it left in the out value, which held the sentinel before.
+// The HRESULT of a read and what it left in the out parameter, which held the sentinel before.
 struct Reading {
     HRESULT result;
     std::string value;

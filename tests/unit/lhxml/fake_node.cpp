@@ -9,7 +9,7 @@
 namespace paylodge::test {
 namespace {
 
-// A node that answers nothing.
+// A node that implements nothing.
 class SilentNode : public WithoutDispatch<IXMLDOMNode> {
   public:
     using Row = InterfaceRow<SilentNode>;

@@ -12,7 +12,7 @@
 
 namespace paylodge::test {
 
-// What the stand-in answers. An attribute that is in neither table is absent.
+// What the fake returns. An attribute that is in neither table is absent.
 struct AttributePlan {
     HRESULT fetch = S_OK;
     bool has_map = true;

@@ -63,7 +63,7 @@ void PrintTo(const Copy& copy, std::ostream* out) { *out << std::hex << copy.res
     return {result, builder.GetText()};
 }
 
-// What CopyStatus gives for these values.
+// What CopyStatus returns for these values.
 [[nodiscard]] Copy Copied(HRESULT result, const std::string& id, const std::string& code, const std::string& severity,
                           const std::string& message) {
     return {result, "<DepositAddRs requestID=\"" + id + "\" statusCode=\"" + code + "\" statusSeverity=\"" + severity +

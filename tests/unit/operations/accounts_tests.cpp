@@ -284,7 +284,7 @@ TEST_F(CreateAccount, IsJudgedByTheStatusOfTheFirstResponse) {
 
 TEST_F(CreateAccount, SucceedsWithoutTheExpectedElement) {
     Respond(LR"(<AccountModRs statusCode="1"/>)");
-    // The lookup's own success code.
+    // The lookup's own HRESULT of success.
     EXPECT_TRUE(SUCCEEDED(Do(object_, &CPaylodge::CreateAccount, L"n", L"t", L"").code));
 }
 
@@ -405,7 +405,7 @@ TEST_F(ActivateOrDeactivateAccount, IsJudgedByTheModificationsStatusWithoutToler
 TEST_F(ActivateOrDeactivateAccount, SucceedsWithoutTheExpectedElement) {
     Respond(AccountThatIs(L"false"));
     Respond(LR"(<AccountAddRs statusCode="1"/>)");
-    // The lookup's own success code.
+    // The lookup's own HRESULT of success.
     EXPECT_TRUE(SUCCEEDED(Switch(VARIANT_TRUE).code));
     EXPECT_THAT(Sent(), ElementsAre(kAccountByName, ModificationTo("true")));
 }

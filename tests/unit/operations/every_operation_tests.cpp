@@ -113,7 +113,7 @@ TEST_P(EveryOperation, MakesDoWithoutAResponse) {
     }
 }
 
-// Another success code than S_OK beside an answer is taken for S_OK.
+// Another HRESULT of success than S_OK beside a response is taken for S_OK.
 TEST_P(EveryOperation, TakesEverySuccessCodeWithAnAnswerForSuccess) {
     AnswerAll(S_FALSE);
     EXPECT_HRESULT(S_OK, Call().code);
@@ -186,7 +186,7 @@ TEST_P(EveryOperation, WorksOnAnApprovedPage) {
 
 class OperationsWithoutAResultSlot : public OperationTest {
   protected:
-    // Calls them all, and gives the codes that came.
+    // Calls them all, and returns their HRESULTs.
     [[nodiscard]] std::vector<std::pair<const char*, HRESULT>> CallAll() {
         const Argument t(L"1");
         return {

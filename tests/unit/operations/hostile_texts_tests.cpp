@@ -77,7 +77,7 @@ class HostileText : public OperationTest, public ::testing::WithParamInterface<O
   protected:
     [[nodiscard]] Result Call(const std::wstring& text) { return GetParam().call(object_, text); }
 
-    // The codes that operations return for what they were given or sent, whatever it is.
+    // The HRESULTs that operations return for what they were given or sent, whatever it is.
     static void ExpectKnown(const Result& result, const char* what) {
         EXPECT_TRUE(result.code == S_OK || result.code == E_FAIL) << what << ": " << result;
     }

@@ -124,7 +124,7 @@ TEST_P(MemoryOf, ThatCannotBeHadIsRaisedAndLeavesNothingBehind) {
     int number = 1;
     for (; has_failed; ++number) {
         host_.answers.clear();
-        // What the stand-in allocates while the system creates it must not fail: on x86, nothing is raised past that.
+        // What the fake allocates while the system creates it must not fail: on x86, nothing is raised past that.
         host_.outer_objects.clear();
         host_.outer_objects.reserve(1);
         RespondExactly(response);

@@ -17,7 +17,7 @@
 
 namespace paylodge::test {
 
-// The processor's own failure: no code of the component's.
+// The processor's own failure: no HRESULT of the component's.
 inline constexpr HRESULT kHostFailure = static_cast<HRESULT>(0x80040400);
 
 // The texts of results that are no string.
@@ -26,7 +26,7 @@ inline constexpr const wchar_t* kNull = L"(null)";
 inline constexpr const wchar_t* kTrue = L"(VARIANT_TRUE)";
 inline constexpr const wchar_t* kFalse = L"(VARIANT_FALSE)";
 
-// What a member gave: its code, and what it put into its result.
+// What a member returned: its HRESULT, and its out parameter.
 struct Result {
     HRESULT code;
     std::wstring text = kUntouched;
@@ -117,7 +117,7 @@ class OperationTest : public ::testing::Test {
     OperationTest();
     ~OperationTest() override;
 
-    // What the host answers next.
+    // What the host returns next.
     void Respond(std::wstring_view elements) { RespondExactly(ResponseDocument(elements)); }
     void RespondExactly(std::wstring_view response);
 

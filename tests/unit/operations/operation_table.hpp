@@ -17,11 +17,11 @@ struct Operation {
     const char* name;
     size_t sends;
     Result (*call)(CPaylodge& object);
-    // The code for a send that fails, when it is not the processor's own.
+    // The HRESULT for a send that fails, when it is not the processor's own.
     std::optional<HRESULT> send_failure = std::nullopt;
-    // What S_OK without a response gives.
+    // What S_OK without a response becomes.
     Result without_response = {S_OK, L""};
-    // Whether another success code that comes without a response is handed on.
+    // Whether another HRESULT of success that comes without a response is returned.
     bool hands_success_on = true;
     bool reads_documents = true;
     // The one send whose failure is the operation's; without one, that of every send is.

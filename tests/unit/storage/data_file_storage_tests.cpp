@@ -386,7 +386,7 @@ TEST_F(LockTest, FailingAdditionalCallOfDeleteIsAFailure) {
     EXPECT_EQ(LoggedEntry("Failed to acquire lock for data file record in LH.  HRESULT=0x80040400"), log_.Take());
 }
 
-// The lock of the first call is held by then, and has to be given back.
+// The lock of the first call is held by then, and has to be released.
 TEST_F(LockTest, DeleteReleasesTheLockWhenTheAdditionalCallGetsNone) {
     host_.lock_answers = {{}, Refused()};
     EXPECT_EQ(kLocked, kDelete.run(storage_));

@@ -75,7 +75,7 @@ constexpr LoggerImports kImports = {
 
 }  // namespace
 
-// The host's feature flag: this program exports it under the name that the host's library gives it.
+// The host's feature flag: this program exports it under the name that the host's library has for it.
 extern "C" bool __cdecl GetFeatureParamAsBool(const char* section, const char* name, const char* default_value) {
     g_system->calls.push_back("flag(" + Show(section) + ", " + Show(name) + ", " + Show(default_value) + ")");
     return g_system->flag;

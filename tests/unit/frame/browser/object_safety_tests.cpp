@@ -22,7 +22,7 @@ class SafeObject : public IObjectWithSiteImpl<SafeObject>, public IObjectSafetyS
     ~SafeObject() = default;
 };
 
-// Refuses every interface with a code of its own.
+// Refuses every interface with an HRESULT of its own.
 class RefusingObject final : public IObjectSafetySiteLockImpl<RefusingObject, 1> {
   public:
     STDMETHODIMP QueryInterface(REFIID, void** object) override {

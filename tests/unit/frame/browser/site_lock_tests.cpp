@@ -107,7 +107,7 @@ struct FailingStep {
 
 class SiteLockStep : public SiteLock, public ::testing::WithParamInterface<FailingStep> {};
 
-// No page can be told: not approved, and not locked either.
+// No page can be named: not approved, and not locked either.
 TEST_P(SiteLockStep, FailingLeavesTheObjectUnlocked) {
     FakeSite site(GetParam().page);
     site.page.url = kRefusedPage;

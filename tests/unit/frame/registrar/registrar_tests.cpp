@@ -36,7 +36,7 @@ constexpr auto kModule = L"C:\\Program Files\\It's \u65e5\u672c 100%\\Paylodge.d
 
 class MachineRegistration : public ScratchRegistry {
   protected:
-    // What the registry answers to the name in the script that it refuses.
+    // What the registry returns for the name in the script that it refuses.
     [[nodiscard]] HRESULT RefusedResult() const {
         RegistryKey key;
         const LSTATUS status = ::RegCreateKeyExW(Root(), std::wstring(300, L'n').c_str(), 0, nullptr, 0, KEY_READ,
