@@ -10,14 +10,15 @@ import json
 import shlex
 import sys
 from pathlib import Path
+from typing import Any
 
 ROOT = Path(__file__).resolve().parent.parent
 PRESETS = ("native", "x64")
-# What clang has to be told to stand in for the cross compiler, and which of that one's options it does not know.
+# The options with which clang compiles as the cross compiler does, and which of that one's options it does not know.
 CROSS_COMPILER = ["clang++-19", "--target=x86_64-w64-mingw32", "-Wno-unknown-warning-option"]
 CROSS_COMPILER_ONLY = ("-fno-allocation-dce",)
 
-Entry = dict[str, object]
+Entry = dict[str, Any]
 
 
 def is_own(file: Path) -> bool:

@@ -1,6 +1,8 @@
-"""Runs clang-tidy over the sources of the given flavours, two or more at a time; exit status 0 when it finds nothing.
+"""Checks sources with clang's tools, two or more at a time; exit status 0 when nothing is found.
 
-A source without findings is remembered by a digest of everything that it was compiled from.
+native and x64 are checked by clang-tidy as these flavours compile them; for clang, clang itself compiles everything that
+x64 does, without writing anything. A source without findings is remembered by a digest of everything that it was compiled
+from.
 """
 
 from __future__ import annotations
@@ -20,24 +22,32 @@ from compile_database import ROOT
 
 @dataclass(frozen=True)
 class Unit:
-    """A source as one flavour compiles it."""
+    """A source as one flavour compiles it, and what checks it there."""
 
+    kind: str
     preset: str
     source: Path
     output: str
+    command: tuple[str, ...]
 
 
-def units(presets: list[str]) -> list[Unit]:
-    """Each source once; of those, what the given flavours compile."""
-    found = [
-        Unit(Path(str(entry["directory"])).name, Path(str(entry["file"])), output_of(entry["arguments"]))
-        for entry in compile_database.write()
-    ]
-    return [unit for unit in found if unit.preset in presets]
+def units(kinds: list[str]) -> list[Unit]:
+    """Each source once for clang-tidy, and all that is compiled for Windows for clang."""
+    tidy = ("clang-tidy-19", "--quiet", "-p", str(ROOT / "build"))
+    found = [unit(folder_of(entry).name, entry, (*tidy, str(entry["file"]))) for entry in compile_database.write()]
+    for entry in compile_database.read("x64"):
+        found.append(unit("clang", entry, (*entry["arguments"], "-fsyntax-only")))
+    return [unit for unit in found if unit.kind in kinds]
 
 
-def output_of(arguments: list[str]) -> str:
-    return arguments[arguments.index("-o") + 1]
+def unit(kind: str, entry: compile_database.Entry, command: tuple[str, ...]) -> Unit:
+    arguments = list(entry["arguments"])
+    output = arguments[arguments.index("-o") + 1]
+    return Unit(kind, folder_of(entry).name, Path(str(entry["file"])), output, command)
+
+
+def folder_of(entry: compile_database.Entry) -> Path:
+    return Path(str(entry["directory"]))
 
 
 def used_files(preset: str) -> dict[str, list[Path]]:
@@ -64,31 +74,31 @@ def digest(unit: Unit, used: list[Path]) -> str:
 
 def check(unit: Unit) -> str:
     """The findings, or an empty text."""
-    command = ["clang-tidy-19", "--quiet", "-p", str(ROOT / "build"), str(unit.source)]
-    result = subprocess.run(command, check=False, capture_output=True, text=True)
+    folder = ROOT / "build" / unit.preset
+    result = subprocess.run(unit.command, check=False, capture_output=True, text=True, cwd=folder)
     if result.returncode == -signal.SIGINT:
         raise KeyboardInterrupt
     if result.returncode == 0 and not result.stdout.strip():
         return ""
-    return result.stdout.strip() or result.stderr.strip() or f"clang-tidy ended with {result.returncode}"
+    return result.stdout.strip() or result.stderr.strip() or f"{unit.command[0]} ended with {result.returncode}"
 
 
 def lint(unit: Unit, used: list[Path]) -> str:
-    stamp = ROOT / "build" / "lint" / hashlib.sha256(f"{unit.preset} {unit.source}".encode()).hexdigest()
+    stamp = ROOT / "build" / "lint" / hashlib.sha256(f"{unit.kind} {unit.source}".encode()).hexdigest()
     now = digest(unit, used)
     if stamp.exists() and stamp.read_text() == now:
         return ""
     findings = check(unit)
     if not findings:
         stamp.write_text(now)
-    print(f"{unit.preset} {unit.source.relative_to(ROOT)}: {'findings' if findings else 'clean'}", flush=True)
+    print(f"{unit.kind} {unit.source.relative_to(ROOT)}: {'findings' if findings else 'clean'}", flush=True)
     return findings
 
 
-def main(presets: list[str]) -> int:
+def main(kinds: list[str]) -> int:
     (ROOT / "build" / "lint").mkdir(parents=True, exist_ok=True)
-    used = {preset: used_files(preset) for preset in presets}
-    chosen = units(presets)
+    chosen = units(kinds)
+    used = {preset: used_files(preset) for preset in {unit.preset for unit in chosen}}
     with ThreadPoolExecutor(os.cpu_count()) as pool:
         findings = pool.map(lambda unit: lint(unit, used[unit.preset].get(unit.output, [])), chosen)
         try:

@@ -85,7 +85,7 @@ std::uintptr_t __stack_chk_guard = 0;
 namespace {
 
 // From what differs between processes and moments, with a zero byte that no text copies over.
-__attribute__((optimize("no-stack-protector"))) void SetStackGuard() {
+[[gnu::no_stack_protector]] void SetStackGuard() {
     LARGE_INTEGER counter;
     ::QueryPerformanceCounter(&counter);
     FILETIME time;
@@ -104,8 +104,7 @@ __attribute__((optimize("no-stack-protector"))) void SetStackGuard() {
 // Named for the linker alike on both architectures.
 extern "C" BOOL WINAPI ModuleEntry(HINSTANCE instance, DWORD reason, void* reserved) asm("ModuleEntry");
 
-extern "C" __attribute__((optimize("no-stack-protector"))) BOOL WINAPI ModuleEntry(HINSTANCE instance, DWORD reason,
-                                                                                   void* reserved) {
+extern "C" [[gnu::no_stack_protector]] BOOL WINAPI ModuleEntry(HINSTANCE instance, DWORD reason, void* reserved) {
     // At the end of the process everything goes anyway: other modules may still release objects of this one, and other
     // threads have been stopped in the middle of things. Nothing is taken apart.
     const bool is_process_ending = reason == DLL_PROCESS_DETACH && reserved != nullptr;
