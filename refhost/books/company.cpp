@@ -74,11 +74,21 @@ void CheckHeader(const std::string& path) {
     }
 }
 
+[[noreturn]] void RefuseDamaged(const Database& database, std::string_view reason) {
+    Refuse(Problem::kDamaged, database.Path(), "is damaged; go back to a copy of it: " + std::string(reason) + '.');
+}
+
 void CheckWhole(Database& database) {
-    Statement check = database.Prepare("PRAGMA quick_check(1)");
-    if (!check.Step() || check.Text(0) != "ok") {
-        Refuse(Problem::kDamaged, database.Path(),
-               "is damaged; go back to a copy of it: " + std::string(check.Text(0)) + '.');
+    {
+        Statement check = database.Prepare("PRAGMA quick_check(1)");
+        if (!check.Step() || check.Text(0) != "ok") {
+            // The finding stands behind a line that names the database.
+            const std::string_view finding = check.Text(0);
+            RefuseDamaged(database, finding.substr(finding.rfind('\n') + 1));
+        }
+    }
+    if (!database.Prepare("SELECT name FROM company").Step()) {
+        RefuseDamaged(database, "it does not say which company it is of");
     }
 }
 

@@ -36,6 +36,8 @@ struct Failure {
         case SQLITE_NOTADB:
             return {Problem::kForeign, "is not a company file"};
         case SQLITE_CORRUPT:
+        // The statements are fixed: one that is wrong does not find the tables that it expects.
+        case SQLITE_ERROR:
             return {Problem::kDamaged, "is damaged; go back to a copy of it"};
         case SQLITE_READONLY:
             return {Problem::kReadOnly, "is write-protected, so that nothing can be changed"};

@@ -13,7 +13,8 @@ namespace {
     return text.empty() ? std::nullopt : std::optional<std::string_view>(text);
 }
 
-// Postings to one account in one name are one, and what cancels out is none.
+// Postings to one account in one name are one, and what cancels out is none. Raises RefusedRequest for a sum beyond the
+// limit.
 [[nodiscard]] std::vector<Posting> Merged(const std::vector<Posting>& postings) {
     std::vector<Posting> merged;
     for (const Posting& posting : postings) {
@@ -24,6 +25,10 @@ namespace {
             merged.push_back(posting);
         } else {
             same->cents += posting.cents;
+            if (std::abs(same->cents) > kLargestAmount) {
+                throw RefusedRequest(Code::kBeyondLimit, "The lines post to one account, in sum, beyond the limit of " +
+                                                             FormatCents(kLargestAmount) + '.');
+            }
         }
     }
     std::erase_if(merged, [](const Posting& posting) { return posting.cents == 0; });

@@ -106,8 +106,18 @@ RecordNumber FirstAccountOfType(Company& company, std::string_view type) {
 }
 
 RecordNumber AccountOfItem(Company& company, RecordNumber item) {
-    const auto account = company.Data().FindInteger("SELECT account FROM items WHERE number = ?", item);
-    return account ? *account : FirstAccountOfType(company, "Income");
+    Statement row = company.Data().Prepare(
+        "SELECT accounts.number, accounts.full_name, accounts.is_active, items.full_name FROM items"
+        " JOIN accounts ON accounts.number = items.account WHERE items.number = ?",
+        item);
+    if (!row.Step()) {
+        return FirstAccountOfType(company, "Income");
+    }
+    if (row.Integer(2) == 0) {
+        throw RefusedRequest(Code::kInactive, Described(kItems, "ItemRef", row.Text(3)) + ", whose account " +
+                                                  Quoted(row.Text(1)) + " is inactive.");
+    }
+    return row.Integer(0);
 }
 
 }  // namespace paylodge::refhost

@@ -42,7 +42,8 @@ using AccountTypes = std::span<const std::string_view>;
 // The first active account of this type. Raises RefusedRequest when the company has none.
 [[nodiscard]] RecordNumber FirstAccountOfType(Company& company, std::string_view type);
 
-// Where a sale of the item is posted: to the item's own account, or to the first one for income.
+// Where a sale of the item is posted: to the item's own account, or to the first one for income. Raises RefusedRequest
+// when that account is inactive.
 [[nodiscard]] RecordNumber AccountOfItem(Company& company, RecordNumber item);
 
 // An optional number of a record that may be missing.

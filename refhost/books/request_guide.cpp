@@ -36,7 +36,7 @@ constexpr std::array kStatusNotes{
     StatusNote{Code::kNameExists, "a record with this name exists already"},
     StatusNote{Code::kPaymentItemExists, "an item with this name exists already"},
     StatusNote{Code::kStaleEditSequence, "the record was changed since it was queried"},
-    StatusNote{Code::kInactive, "a reference names a record that is inactive"},
+    StatusNote{Code::kInactive, "a reference names a record that is inactive, or an item whose account is"},
     StatusNote{Code::kBrokenRule, "the books forbid it"},
     StatusNote{Code::kNoCompanyFile, "no company file is open, or it cannot be opened"},
     StatusNote{Code::kNotSaved, "the change cannot be written to the company file"},

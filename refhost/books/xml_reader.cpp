@@ -34,6 +34,7 @@ struct Explanation {
     std::string_view words;
 };
 constexpr std::array kExplanations{
+    Explanation{XML_ERROR_SYNTAX, "no text can stand here: an element such as <LHXML> is expected"},
     Explanation{XML_ERROR_NO_ELEMENTS, "the document element is missing: an element such as <LHXML> is expected"},
     Explanation{
         XML_ERROR_INVALID_TOKEN,

@@ -40,9 +40,24 @@ using Words = std::vector<std::string>;
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
+// What a file is called until it is whole.
+[[nodiscard]] std::string UnfinishedPath(const std::string& path) { return path + ".new"; }
+
+// Whether there is a database, a company file or not, that a text would take the place of.
+[[nodiscard]] bool IsDatabase(const std::string& path) {
+    constexpr std::string_view kMagic = "SQLite format 3";
+    std::array<char, kMagic.size()> start{};
+    std::ifstream file(SystemPath(path), std::ios::binary);
+    return file.read(start.data(), start.size()) && std::string_view(start.data(), start.size()) == kMagic;
+}
+
 // The file is there as a whole or as before.
 void WriteText(const std::string& path, const std::string& text) {
-    const std::filesystem::path new_path = SystemPath(path + ".new");
+    if (IsDatabase(path)) {
+        throw HostError(Problem::kCannotWrite,
+                        "The file \"" + path + "\" is a company file or another database; name a file for the text.");
+    }
+    const std::filesystem::path new_path = SystemPath(UnfinishedPath(path));
     std::ofstream file(new_path, std::ios::binary);
     file << text;
     file.close();
@@ -57,17 +72,31 @@ void WriteText(const std::string& path, const std::string& text) {
     }
 }
 
+void CheckIsNew(const std::string& path) {
+    std::error_code error;
+    if (std::filesystem::exists(std::filesystem::symlink_status(SystemPath(path), error))) {
+        throw HostError(Problem::kCannotWrite, "The company file \"" + path + "\" exists already.");
+    }
+}
+
+// The company file is there as a whole or not at all, even if the process is killed.
 int Import(const Words& words, std::ostream& output) {
     const std::string text = ReadText(words[0]);
     const std::string& path = words[1];
     const std::string name = CompanyNameIn(text);
-    auto company = Company::Create(path, name);
+    CheckIsNew(path);
+    // What an import that was killed has left.
+    std::error_code error;
+    const std::filesystem::path unfinished = SystemPath(UnfinishedPath(path));
+    std::filesystem::remove(unfinished, error);
+    auto company = Company::Create(UnfinishedPath(path), name);
     try {
         ImportText(*company, text);
+        company.reset();
+        std::filesystem::rename(unfinished, SystemPath(path));
     } catch (...) {
         company.reset();
-        std::error_code ignored;
-        std::filesystem::remove(SystemPath(path), ignored);
+        std::filesystem::remove(unfinished, error);
         throw;
     }
     output << path << " holds the company " << name << " now.\n";

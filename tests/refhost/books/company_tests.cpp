@@ -97,6 +97,28 @@ TEST(CompanyFile, ThatWasCutOffIsRefused) {
     ExpectRefused(file.Path(), Problem::kDamaged, "is damaged");
 }
 
+TEST(CompanyFile, ThatIsDamagedIsRefusedInOneLine) {
+    const TemporaryCompany file;
+    std::string bytes = file.Bytes();
+    bytes.replace(4096 * 5, 3000, 3000, '\xA5');
+    file.Write(bytes);
+    ExpectRefused(file.Path(), Problem::kDamaged, "go back to a copy of it: Tree ");
+}
+
+TEST(CompanyFile, WithoutItsTablesIsRefused) {
+    const TemporaryCompany file;
+    {
+        Database database(file.Path(), Database::Access::kReadAndWrite);
+        database.Run("DELETE FROM company");
+    }
+    ExpectRefused(file.Path(), Problem::kDamaged, "it does not say which company it is of");
+    {
+        Database database(file.Path(), Database::Access::kReadAndWrite);
+        database.Run("DROP TABLE company");
+    }
+    ExpectRefused(file.Path(), Problem::kDamaged, "is damaged; go back to a copy of it: no such table: company.");
+}
+
 TEST(CompanyFile, IsOpenOnce) {
     const TemporaryCompany file;
     auto first = file.Open();

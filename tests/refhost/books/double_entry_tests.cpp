@@ -142,6 +142,19 @@ TEST_F(DoubleEntry, RefusesWhatIsInactive) {
                   "\"Gone\", which is inactive");
 }
 
+TEST_F(DoubleEntry, RefusesASaleOfAnItemWhoseAccountIsInactive) {
+    books_->Data().Run("UPDATE items SET account = (SELECT number FROM accounts WHERE name = 'Sales')");
+    ExpectDone(Sale("", "1"));
+    books_->Data().Run("UPDATE accounts SET is_active = 0 WHERE name = 'Sales'");
+    ExpectRefused(Sale("", "1"), "3210", "ItemRef names the item \"Goods\", whose account \"Sales\" is inactive.");
+}
+
+TEST_F(DoubleEntry, RefusesLinesThatPostToOneAccountBeyondTheLimits) {
+    const std::string much = Line("DepositLineAdd", "Checking:Till", "99999999999.99");
+    ExpectRefused(Deposit("Checking", much + Line("DepositLineAdd", "Fees", "-99999999999.99") + much), "2035",
+                  "The lines post to one account, in sum, beyond the limit of 99999999999.99.");
+}
+
 TEST_F(DoubleEntry, RefusesAmountsBeyondTheLimits) {
     for (const char* amount : {"100000000000", "-100000000000.00", "99999999999999999999999999"}) {
         ExpectRefused(Deposit("Checking", Line("DepositLineAdd", "Checking:Till", amount)), "2035",

@@ -140,6 +140,8 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         PlaceCase{"OtherEndTag", "<A>\n  <B></C>\n</A>",
                   "line 2, column 8: this end tag closes nothing: </B> is expected."},
+        PlaceCase{"TextAlone", "\nhello",
+                  "line 2, column 1: no text can stand here: an element such as <LHXML> is expected."},
         PlaceCase{"NoEnd", "<A>\n<B>x", "line 2, column 5: the document ends here: </B> is expected."},
         PlaceCase{"Nothing", "",
                   "line 1, column 1: the document element is missing: an element such as <LHXML> is expected."},

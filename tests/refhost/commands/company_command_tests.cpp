@@ -85,6 +85,33 @@ TEST(CompanyCommand, LeavesNothingBehindWhenATextCannotBeImported) {
     std::filesystem::remove(text);
 }
 
+TEST(CompanyCommand, NeverWritesATextOverACompanyFile) {
+    const TemporaryCompany file;
+    const TemporaryCompany other;
+    for (const std::string& text : {file.Path(), other.Path()}) {
+        const std::string before = ReadFile(text);
+        const Outcome outcome = RunCommand({"export", file.Path(), text});
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_EQ(outcome.errors, "company: The file \"" + text +
+                                      "\" is a company file or another database; name a file for the text.\n");
+        EXPECT_TRUE(ReadFile(text) == before);
+    }
+}
+
+TEST(CompanyCommand, ImportsWhereAnImportWasKilledBefore) {
+    const TemporaryCompany file;
+    const std::string text = TemporaryPath(".xml");
+    const std::string copy = TemporaryPath(".lhcompany");
+    ASSERT_EQ(RunCommand({"export", file.Path(), text}).status, 0);
+    std::ofstream(copy + ".new") << "what the killed one has left";
+    const Outcome imported = RunCommand({"import", text, copy});
+    EXPECT_EQ(imported.status, 0) << imported.errors;
+    EXPECT_FALSE(std::filesystem::exists(copy + ".new"));
+    EXPECT_EQ(RunCommand({"check", copy}).status, 0);
+    std::filesystem::remove(text);
+    std::filesystem::remove(copy);
+}
+
 TEST(CompanyCommand, NeverOverwritesACompanyFile) {
     const TemporaryCompany file;
     const std::string text = TemporaryPath(".xml");
