@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "tests/support/hresult.hpp"
 #include "tests/unit/bridge/control_fixture.hpp"
 
 namespace paylodge::test {
@@ -15,13 +16,13 @@ class HostilePush : public ControlTest {
     [[nodiscard]] std::string ScriptOf(const std::wstring& text) {
         SetBrowserInstance(L"7");
         bridge_.scripts.clear();
-        EXPECT_EQ(S_OK, control_.SetCustomerSearchResult(Argument(text)));
+        EXPECT_HRESULT(S_OK, control_.SetCustomerSearchResult(Argument(text)));
         return bridge_.scripts.empty() ? "(no script)" : bridge_.scripts.back();
     }
     void ExpectEventWith(const std::wstring& text) {
         SetBrowserInstance(L"");
         events_.clear();
-        EXPECT_EQ(S_OK, control_.SetCustomerSearchResult(Argument(text)));
+        EXPECT_HRESULT(S_OK, control_.SetCustomerSearchResult(Argument(text)));
         ASSERT_EQ(1U, events_.size());
         EXPECT_TRUE(events_.front() == L"sink: 11(\"" + text + L"\")");
     }

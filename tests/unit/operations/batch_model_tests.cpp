@@ -4,6 +4,7 @@
 
 #include <random>
 
+#include "tests/support/hresult.hpp"
 #include "tests/unit/operations/operation_fixture.hpp"
 
 namespace paylodge::test {
@@ -145,7 +146,7 @@ TEST_P(BatchModel, AgreesOnEveryBatch) {
             EXPECT_NE(std::string::npos, sent.back().find("\r\n" + text + "    </LHXMLMsgsRq>")) << sent.back();
             sent.pop_back();
         }
-        EXPECT_EQ(is_permitted ? S_OK : E_FAIL, result.code);
+        EXPECT_HRESULT(is_permitted ? S_OK : E_FAIL, result.code);
         EXPECT_EQ(is_permitted, result.text != kUntouched);
         std::vector<std::string> prepared;
         for (const std::string& document : sent) {

@@ -7,6 +7,7 @@
 #include <optional>
 #include <random>
 
+#include "tests/support/hresult.hpp"
 #include "tests/unit/operations/exchange_members.hpp"
 
 namespace paylodge::test {
@@ -76,7 +77,7 @@ class ExchangeModel : public OperationTest, public ::testing::WithParamInterface
     [[nodiscard]] static OwnedBstr Passed(const Text& text) { return text ? MakeBstr(*text) : OwnedBstr(); }
 
     void PutPlain(size_t i, const Text& text) {
-        EXPECT_EQ(S_OK, (Either().*kPlainProperties[i].put)(Passed(text).Get()));
+        EXPECT_HRESULT(S_OK, (Either().*kPlainProperties[i].put)(Passed(text).Get()));
         model_.plain[i] = text;
     }
     void PutGuarded(size_t i, const Text& text) {
@@ -88,7 +89,7 @@ class ExchangeModel : public OperationTest, public ::testing::WithParamInterface
         }
     }
     void PutGuardedFlag(size_t i, VARIANT_BOOL value) {
-        EXPECT_EQ(S_OK, (Either().*kGuardedProperties[i].flag.put)(value));
+        EXPECT_HRESULT(S_OK, (Either().*kGuardedProperties[i].flag.put)(value));
         model_.guarded[i].is_full = value == -1;
         if (value != -1) {
             model_.contents[i] = L"";
@@ -106,7 +107,7 @@ class ExchangeModel : public OperationTest, public ::testing::WithParamInterface
     }
     // Name, invoices and amount stay.
     void PutScanFlag(VARIANT_BOOL value) {
-        EXPECT_EQ(S_OK, Either().put_IsScanTxnCreated(value));
+        EXPECT_HRESULT(S_OK, Either().put_IsScanTxnCreated(value));
         model_.scan.is_full = value == -1;
         if (value != -1) {
             model_.scan_values[0] = L"";
@@ -125,7 +126,7 @@ class ExchangeModel : public OperationTest, public ::testing::WithParamInterface
     }
     // Date and default stay.
     void PutPaymentFlag(VARIANT_BOOL value) {
-        EXPECT_EQ(S_OK, Either().put_IsReconPaymentDataReady(value));
+        EXPECT_HRESULT(S_OK, Either().put_IsReconPaymentDataReady(value));
         model_.payment.is_full = value == -1;
         if (value != -1) {
             model_.payment_data = L"";

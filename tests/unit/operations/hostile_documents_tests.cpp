@@ -9,6 +9,7 @@
 #include "lhxml/dom.hpp"
 #include "lhxml/xml_builder.hpp"
 #include "operations/check_matching.hpp"
+#include "tests/support/hresult.hpp"
 #include "tests/unit/operations/operation_calls.hpp"
 
 namespace paylodge::test {
@@ -115,16 +116,16 @@ class Queried {
     [[nodiscard]] std::vector<std::optional<std::string>> Texts(const wchar_t* records, const wchar_t* name) const {
         std::vector<std::optional<std::string>> texts;
         ComPtr<IXMLDOMNodeList> list;
-        EXPECT_EQ(S_OK, document_->selectNodes(MakeBstr(records).Get(), list.Receive()));
+        EXPECT_HRESULT(S_OK, document_->selectNodes(MakeBstr(records).Get(), list.Receive()));
         long count = 0;
-        EXPECT_EQ(S_OK, list->get_length(&count));
+        EXPECT_HRESULT(S_OK, list->get_length(&count));
         for (long i = 0; i < count; ++i) {
             ComPtr<IXMLDOMNode> record;
-            EXPECT_EQ(S_OK, list->get_item(i, record.Receive()));
+            EXPECT_HRESULT(S_OK, list->get_item(i, record.Receive()));
             ComPtr<IXMLDOMNode> child;
             static_cast<void>(record->selectSingleNode(MakeBstr(name).Get(), child.Receive()));
             std::string text;
-            EXPECT_EQ(S_OK, GetNodeText(child.Get(), text));
+            EXPECT_HRESULT(S_OK, GetNodeText(child.Get(), text));
             texts.push_back(child ? std::optional(text) : std::nullopt);
         }
         return texts;
@@ -191,7 +192,7 @@ class HarmedResponse : public OperationTest {
         host_.answers.clear();
         RespondExactly(response);
         const Result result = test::Ask(object, member, arguments...);
-        EXPECT_EQ(S_OK, result.code);
+        EXPECT_HRESULT(S_OK, result.code);
         return result.text;
     }
 

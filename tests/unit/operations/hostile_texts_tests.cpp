@@ -12,6 +12,7 @@
 #include <fstream>
 
 #include "lhxml/envelope.hpp"
+#include "tests/support/hresult.hpp"
 #include "tests/unit/operations/operation_calls.hpp"
 
 namespace paylodge::test {
@@ -224,7 +225,7 @@ TEST_F(HugeText, OfAHundredMegabytesIsPassedThroughWhole) {
     const std::wstring text(kCharacters, L'x');
     RespondExactly(text);
     const Result result = Ask(object_, &CPaylodge::ProcessLHRequest, text);
-    EXPECT_EQ(S_OK, result.code);
+    EXPECT_HRESULT(S_OK, result.code);
     EXPECT_TRUE(result.text == text);
     ASSERT_EQ(1U, host_.requests.size());
     EXPECT_EQ(kCharacters + PassThroughEnvelope({}).size(), host_.requests.front().size());
@@ -232,7 +233,7 @@ TEST_F(HugeText, OfAHundredMegabytesIsPassedThroughWhole) {
     // A list of one account with such a name: it is read, or counts as a response that does not load.
     Respond(L"<AccountQueryRs statusCode='0'><A><FullName>" + text + L"</FullName></A></AccountQueryRs>");
     const Result accounts = Ask(object_, &CPaylodge::GetAccounts, L"Bank");
-    EXPECT_EQ(S_OK, accounts.code);
+    EXPECT_HRESULT(S_OK, accounts.code);
     EXPECT_TRUE(accounts.text.empty() || accounts.text.size() > kCharacters) << accounts.text.size();
 #else
     GTEST_SKIP() << "a process of 32 bits has no room for several texts of 100 MB";
