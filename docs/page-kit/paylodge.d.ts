@@ -23,14 +23,14 @@ interface Paylodge {
      * The names of the active accounts of a type, or of all types when it is empty.
      *
      * - **Result:** a run of `AccountName` elements
-     * - **HRESULTs:** `S_OK`; the processor's code
+     * - **HRESULTs:** `S_OK`; the processor's HRESULT
      */
     GetAccounts(accountType: string): string;
     /**
      * The names of all items; the full name where an item has one.
      *
      * - **Result:** a run of `ItemName` elements
-     * - **HRESULTs:** `S_OK`; the processor's code
+     * - **HRESULTs:** `S_OK`; the processor's HRESULT
      */
     GetItems(): string;
     /**
@@ -41,8 +41,8 @@ interface Paylodge {
      * - **Result:** the whole response when `bFullResponse` is `true`; otherwise an `LHXMLMsgsRs` element with
      *   the status of each request and, where it succeeded, `TxnID`, `RefNumber`, `TotalAmount` (`DepositTotal`
      *   for deposits) and `Memo`
-     * - **HRESULTs:** `S_OK`; the processor's code; `E_FAIL` when a request is of another kind (nothing of the
-     *   batch is sent)
+     * - **HRESULTs:** `S_OK`; the processor's HRESULT; `E_FAIL` when a request is of another kind (nothing of
+     *   the batch is sent)
      */
     CreateTxns(txnRequests: string, bFullResponse: boolean): string;
     /**
@@ -50,7 +50,7 @@ interface Paylodge {
      * is not.
      *
      * - **Result:** a boolean
-     * - **HRESULTs:** `S_OK`; the processor's code for the item query
+     * - **HRESULTs:** `S_OK`; the processor's HRESULT for the item query
      */
     IsTaxableItem(itemName: string): boolean;
     /**
@@ -74,7 +74,7 @@ interface Paylodge {
      * Asks Ledgerhall to show a transaction in its own form.
      *
      * - **Result:** none
-     * - **HRESULTs:** `S_OK`; the processor's code
+     * - **HRESULTs:** `S_OK`; the processor's HRESULT
      */
     OpenTxnForm(txnType: string, txnID: string): void;
     /**
@@ -82,7 +82,7 @@ interface Paylodge {
      *
      * - **Result:** a `PaymentMethods` element with a `PayMethName` for each; empty when the response holds no
      *   list
-     * - **HRESULTs:** `S_OK`; the processor's code
+     * - **HRESULTs:** `S_OK`; the processor's HRESULT
      */
     GetPaymentMethods(): string;
     /**
@@ -116,12 +116,12 @@ interface Paylodge {
     GetReconPaymentData(): string;
     /**
      * The start date, and through the argument whether the undeposited-funds account is the default. The second
-     * is for callers that pass a place for a boolean (`VT_BOOL | VT_BYREF`, or the interface's slot). A page has
-     * to pass a value and does not get it: JScript leaves its variable as it was. So does VBScript with a
+     * is for callers that pass a boolean by reference (`VT_BOOL | VT_BYREF`, or the interface's slot). A page
+     * has to pass a value and does not get it: JScript leaves its variable as it was. So does VBScript with a
      * constant or an expression; a variable by itself is refused as a type mismatch under Wine (elsewhere it was
      * not tried).
      *
-     * - **Result:** the start date; a place for the argument becomes true when the mailbox is empty
+     * - **Result:** the start date; an argument by reference becomes true when the mailbox is empty
      * - **HRESULTs:** `S_OK`; `S_FALSE` with an empty string when the mailbox is empty; without the argument
      *   0x8002000E
      */
@@ -138,7 +138,7 @@ interface Paylodge {
      *
      * - **Result:** an `AccountQueryRs` element with an `AccountRet` for each account: `AccountName`,
      *   `AccountType`, `ListID`
-     * - **HRESULTs:** `S_OK`; the processor's code
+     * - **HRESULTs:** `S_OK`; the processor's HRESULT
      */
     GetAccountsForMultipleTypes(accountTypes: string): string;
     /**
@@ -146,14 +146,14 @@ interface Paylodge {
      * first of several.
      *
      * - **Result:** the customer's list id, or an empty string
-     * - **HRESULTs:** `S_OK`; the processor's code
+     * - **HRESULTs:** `S_OK`; the processor's HRESULT
      */
     GetCustomerIDForName(payorName: string): string;
     /**
      * The name of a customer.
      *
      * - **Result:** the name, or an empty string
-     * - **HRESULTs:** `S_OK`; the processor's code
+     * - **HRESULTs:** `S_OK`; the processor's HRESULT
      */
     GetCustomerNameForID(customerListElemID: string): string;
     /**
@@ -162,7 +162,7 @@ interface Paylodge {
      * differ.
      *
      * - **Result:** one reference number, or several joined by a comma and a blank, or an empty string
-     * - **HRESULTs:** `S_OK`; the processor's code; `E_INVALIDARG` when an argument is empty
+     * - **HRESULTs:** `S_OK`; the processor's HRESULT; `E_INVALIDARG` when an argument is empty
      */
     GetInvoiceInfoForCustomerID(customerListElemID: string, checkAmount: string): string;
     /**
@@ -269,7 +269,7 @@ interface Paylodge {
      *
      * - **Result:** an `AccountQueryRs` element with an `AccountRet` for each account: `AccountName`, `Balance`,
      *   `BankNumber`, `AccountNumber`
-     * - **HRESULTs:** `S_OK`; the processor's code
+     * - **HRESULTs:** `S_OK`; the processor's HRESULT
      */
     GetBalanceForAccountType(accountType: string): string;
     /**
@@ -277,7 +277,7 @@ interface Paylodge {
      * text of 30 characters or more leaves it out. The memo may be empty.
      *
      * - **Result:** the whole response, also (for callers that are not script) with `E_FAIL`
-     * - **HRESULTs:** `S_OK`; the processor's code; `E_FAIL` when the deposit was refused
+     * - **HRESULTs:** `S_OK`; the processor's HRESULT; `E_FAIL` when the deposit was refused
      */
     TransferFunds(bstrDepositFromName: string, bstrDepositToName: string, bstrDepositAmount: string, bstrDepositMemo: string): string;
     /**
@@ -291,7 +291,7 @@ interface Paylodge {
      * Makes an account active or inactive. Nothing is changed when it is so already.
      *
      * - **Result:** none
-     * - **HRESULTs:** `S_OK`; the processor's code; `E_FAIL` when the account is not found or the change is
+     * - **HRESULTs:** `S_OK`; the processor's HRESULT; `E_FAIL` when the account is not found or the change is
      *   refused
      */
     ActivateOrDeactivateAccount(bstrAccountName: string, bMakeActive: boolean): void;
@@ -332,11 +332,11 @@ interface Paylodge {
      */
     SavePaymentTxn(requestBody: string): string;
     /**
-     * As `SavePaymentTxn`; afterwards the control that is subscribed under the object's channel name is told of
-     * it.
+     * As `SavePaymentTxn`; afterwards the control that is subscribed under the object's channel name is notified
+     * of it.
      *
      * - **Result:** the whole response
-     * - **HRESULTs:** `S_OK`; the processor's code; `E_FAIL` on a page that is not approved
+     * - **HRESULTs:** `S_OK`; the processor's HRESULT; `E_FAIL` on a page that is not approved
      */
     ProcessLHRequest(requestBody: string): string;
     /**

@@ -21,7 +21,6 @@ constexpr auto kPaylodgeKey = L"CLSID\\{F8A9E1FD-7DCD-4be8-B510-7CBB849364AB}";
 constexpr auto kPaylodgeCtrlKey = L"CLSID\\{00A0CCCE-89E6-4779-AACD-E774651CB5AD}";
 constexpr auto kPaylodgeId = L"{F8A9E1FD-7DCD-4be8-B510-7CBB849364AB}";
 constexpr auto kLibraryId = L"{C29F0A7C-64E9-4345-A15A-EBCB89E54784}";
-constexpr auto kLibraryKey = L"TypeLib\\{C29F0A7C-64E9-4345-A15A-EBCB89E54784}\\1.0";
 
 constexpr auto kModule16 = u"C:\\Program Files\\It's \u65e5\u672c 100%\\Paylodge.dll";
 constexpr auto kModule = L"C:\\Program Files\\It's \u65e5\u672c 100%\\Paylodge.dll";
