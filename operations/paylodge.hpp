@@ -44,8 +44,8 @@ class CPaylodge : public CComCoClass<CPaylodge, &CLSID_Paylodge>,
     [[nodiscard]] static std::span<const SiteEntry> SiteTable() noexcept { return ApprovedSites(); }
 
     // Sends one complete request document in a session of its own. *response: the processor's string, which the caller
-    // owns; it may be null or empty. Returns the processor's HRESULT, which is S_OK whenever a response came with success,
-    // and E_FAIL when there is no processor.
+    // owns; it may be null or empty. Returns the processor's HRESULT, which is S_OK whenever a response came with
+    // success, and E_FAIL when there is no processor.
     [[nodiscard]] static HRESULT SendLHRequest(std::string request, BSTR* response);
 
     // IPaylodge
