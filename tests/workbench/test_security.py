@@ -361,6 +361,7 @@ class Limits(SecurityTest):
             if "error" in reply:
                 break
         self.workbench.wait_until(lambda state: page.id not in [known["page"] for known in state["pages"]], "its end")
+        self.assertNotIn(page.id, [known["page"] for known in self.workbench.state()["pages"]])
         page.close()
 
 

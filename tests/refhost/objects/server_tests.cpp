@@ -321,12 +321,12 @@ TEST_F(Server, TellsWhichFailuresAreStillToCome) {
     ASSERT_HRESULT(S_OK, control_->get_PlannedFailures(planned.Receive()));
     EXPECT_EQ(View(planned), L"RequestProcessor.ProcessRequest -2147024891 2\nPropertyBag.Read -2147467259 0\n");
     OwnedBstr response;
-    EXPECT_HRESULT(S_OK, Exchange(Envelope(""), response));
+    EXPECT_HRESULT(S_OK, SendOne(Envelope(""), response));
     OwnedBstr counted;
     ASSERT_HRESULT(S_OK, control_->get_PlannedFailures(counted.Receive()));
     EXPECT_EQ(View(counted), L"RequestProcessor.ProcessRequest -2147024891 1\nPropertyBag.Read -2147467259 0\n");
     OwnedBstr none;
-    EXPECT_HRESULT(E_ACCESSDENIED, Exchange(Envelope(""), none));
+    EXPECT_HRESULT(E_ACCESSDENIED, SendOne(Envelope(""), none));
     OwnedBstr left;
     ASSERT_HRESULT(S_OK, control_->get_PlannedFailures(left.Receive()));
     EXPECT_EQ(View(left), L"PropertyBag.Read -2147467259 0\n");
