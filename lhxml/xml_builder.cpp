@@ -7,7 +7,8 @@
 namespace paylodge {
 namespace {
 
-constexpr std::string_view kLineEnd = "\r\n";
+// The end of a tag that ends its line.
+constexpr std::string_view kTagEnd = ">\r\n";
 constexpr size_t kIndentation = 4;
 
 [[nodiscard]] constexpr std::string_view EntityFor(char character) noexcept {
@@ -45,8 +46,8 @@ constexpr auto kEscapedSizes = [] {
     return size;
 }
 
-// Writes into space that a text has been given at its end. Values are mostly shorter than 20 characters: what counts is
-// how little is done for each piece.
+// Writes into blanks that a text has been given at its end. Values are mostly shorter than 20 characters: what counts
+// is how little is done for each piece.
 class Writer {
   public:
     // The pieces that follow have exactly this size together.
@@ -57,10 +58,7 @@ class Writer {
         std::memcpy(position_, piece.data(), piece.size());
         position_ += piece.size();
     }
-    void PutBlanks(size_t count) noexcept {
-        std::memset(position_, ' ', count);
-        position_ += count;
-    }
+    void LeaveBlanks(size_t count) noexcept { position_ += count; }
     void PutEscaped(std::string_view value, size_t escaped_size) noexcept {
         if (escaped_size == value.size()) {
             Put(value);
@@ -78,7 +76,7 @@ class Writer {
   private:
     [[nodiscard]] static char* Grow(std::string& text, size_t size) {
         const size_t old_size = text.size();
-        text.resize(old_size + size);
+        text.append(size, ' ');
         return text.data() + old_size;
     }
 
@@ -95,9 +93,7 @@ void AppendEscaped(std::string& text, std::string_view value) {
     Writer(text, size).PutEscaped(value, size);
 }
 
-void XMLBuilder::AddProcessingInstruction(std::string_view text) {
-    text_.append("<").append(text).append(">").append(kLineEnd);
-}
+void XMLBuilder::AddProcessingInstruction(std::string_view text) { text_.append("<").append(text).append(kTagEnd); }
 
 void XMLBuilder::OpenElement(std::string_view name, std::span<const std::string_view> attribute_names,
                              std::span<const std::string_view> attribute_values) {
@@ -108,7 +104,7 @@ void XMLBuilder::OpenElement(std::string_view name, std::span<const std::string_
         AppendEscaped(text_, attribute_values[index]);
         text_.append("\"");
     }
-    text_.append(">").append(kLineEnd);
+    text_.append(kTagEnd);
     ++depth_;
 }
 
@@ -116,29 +112,27 @@ void XMLBuilder::AddElement(std::string_view name, std::string_view value) {
     if (value.empty()) {
         return;
     }
-    constexpr size_t kMarkup = std::string_view("<></>").size() + kLineEnd.size();
+    constexpr size_t kMarkup = std::string_view("<></").size() + kTagEnd.size();
     const size_t escaped_size = EscapedSize(value);
     Writer writer(text_, Indentation() + 2 * name.size() + kMarkup + escaped_size);
-    writer.PutBlanks(Indentation());
+    writer.LeaveBlanks(Indentation());
     writer.Put('<');
     writer.Put(name);
     writer.Put('>');
     writer.PutEscaped(value, escaped_size);
     writer.Put("</");
     writer.Put(name);
-    writer.Put('>');
-    writer.Put(kLineEnd);
+    writer.Put(kTagEnd);
 }
 
 void XMLBuilder::CloseElement(std::string_view name) {
     --depth_;
-    constexpr size_t kMarkup = std::string_view("</>").size() + kLineEnd.size();
+    constexpr size_t kMarkup = std::string_view("</").size() + kTagEnd.size();
     Writer writer(text_, Indentation() + name.size() + kMarkup);
-    writer.PutBlanks(Indentation());
+    writer.LeaveBlanks(Indentation());
     writer.Put("</");
     writer.Put(name);
-    writer.Put('>');
-    writer.Put(kLineEnd);
+    writer.Put(kTagEnd);
 }
 
 void XMLBuilder::AddVerbatim(std::string_view text) { text_.append(text); }
