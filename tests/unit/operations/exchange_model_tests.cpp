@@ -77,19 +77,22 @@ class ExchangeModel : public OperationTest, public ::testing::WithParamInterface
     [[nodiscard]] static OwnedBstr Passed(const Text& text) { return text ? MakeBstr(*text) : OwnedBstr(); }
 
     void PutPlain(size_t i, const Text& text) {
-        EXPECT_HRESULT(S_OK, (Either().*kPlainProperties[i].put)(Passed(text).Get()));
+        const auto put = kPlainProperties[i].put;
+        EXPECT_HRESULT(S_OK, (Either().*put)(Passed(text).Get()));
         model_.plain[i] = text;
     }
     void PutGuarded(size_t i, const Text& text) {
         const HRESULT expected = model_.guarded[i].is_full ? E_FAIL : S_OK;
-        EXPECT_EQ(expected, (Either().*kGuardedProperties[i].put)(Passed(text).Get())) << kGuardedProperties[i].name;
+        const auto put = kGuardedProperties[i].put;
+        EXPECT_HRESULT(expected, (Either().*put)(Passed(text).Get())) << kGuardedProperties[i].name;
         if (expected == S_OK) {
             model_.guarded[i].is_full = true;
             model_.contents[i] = text;
         }
     }
     void PutGuardedFlag(size_t i, VARIANT_BOOL value) {
-        EXPECT_HRESULT(S_OK, (Either().*kGuardedProperties[i].flag.put)(value));
+        const auto put = kGuardedProperties[i].flag.put;
+        EXPECT_HRESULT(S_OK, (Either().*put)(value));
         model_.guarded[i].is_full = value == -1;
         if (value != -1) {
             model_.contents[i] = L"";
