@@ -20,7 +20,7 @@
 #include "com/variant.hpp"
 #include "hostapi/libraries.hpp"
 #include "paylodge.h"
-#include "tests/support/without_dispatch.hpp"
+#include "refhost/objects/undispatched.hpp"
 
 namespace paylodge::bench {
 namespace {
@@ -161,7 +161,7 @@ class Bench {
 };
 
 // Takes what comes and does nothing with it.
-class Sink : public test::WithoutDispatch<_IPaylodgeCtrlEvents> {
+class Sink : public refhost::Undispatched<_IPaylodgeCtrlEvents> {
   public:
     using Row = InterfaceRow<Sink>;
     static constexpr std::array kInterfaces = {Row::Of<_IPaylodgeCtrlEvents>(), Row::Of<IDispatch>()};

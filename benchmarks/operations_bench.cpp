@@ -22,7 +22,7 @@
 #include "hostapi/request_processor.hpp"
 #include "lhxml/dom.hpp"
 #include "operations/paylodge.hpp"
-#include "tests/support/without_dispatch.hpp"
+#include "refhost/objects/undispatched.hpp"
 
 namespace paylodge {
 namespace {
@@ -37,7 +37,7 @@ constexpr int kMostQuickRecords = 10'000;
 OwnedBstr g_response;
 
 // A processor that costs next to nothing.
-class InstantProcessor : public test::WithoutDispatch<IRequestProcessor> {
+class InstantProcessor : public refhost::Undispatched<IRequestProcessor> {
   public:
     using Row = InterfaceRow<InstantProcessor>;
     static constexpr std::array kInterfaces = {Row::Of<IRequestProcessor>(), Row::Of<IDispatch>()};
@@ -55,7 +55,7 @@ class InstantProcessor : public test::WithoutDispatch<IRequestProcessor> {
     ~InstantProcessor() = default;
 };
 
-class InstantBroker : public test::WithoutDispatch<IHostObjectBroker>,
+class InstantBroker : public refhost::Undispatched<IHostObjectBroker>,
                       public CComCoClass<InstantBroker, &kHostObjectBrokerClass> {
   public:
     using Row = InterfaceRow<InstantBroker>;

@@ -6,8 +6,8 @@
 
 #include "com/ansi_text.hpp"
 #include "com/object_root.hpp"
+#include "refhost/objects/undispatched.hpp"
 #include "tests/support/hresult.hpp"
-#include "tests/support/without_dispatch.hpp"
 
 namespace paylodge::test {
 namespace {
@@ -28,7 +28,7 @@ HRESULT Record(FakeHost& host, const std::string& method, const std::string& arg
     return PlannedResult(host, method);
 }
 
-class Processor : public WithoutDispatch<IRequestProcessor> {
+class Processor : public refhost::Undispatched<IRequestProcessor> {
   public:
     using Row = InterfaceRow<Processor>;
     static constexpr std::array kInterfaces = {Row::Of<IRequestProcessor>(), Row::Of<IDispatch>()};
@@ -73,7 +73,7 @@ class Processor : public WithoutDispatch<IRequestProcessor> {
 };
 
 // Lives as long as the fake, whatever references are left on it; it only counts them.
-class Broker final : public WithoutDispatch<IHostObjectBroker> {
+class Broker final : public refhost::Undispatched<IHostObjectBroker> {
   public:
     explicit Broker(FakeHost& host) : host_(host) {}
 

@@ -8,7 +8,7 @@
 
 #include "com/ansi_text.hpp"
 #include "com/bstr.hpp"
-#include "tests/support/empty_web_browser.hpp"
+#include "refhost/objects/empty_web_browser.hpp"
 #include "tests/support/hresult.hpp"
 
 namespace paylodge::test {
@@ -33,7 +33,7 @@ class Counted : public Base {
     FakeSite& site_;
 };
 
-class Browser final : public Counted<EmptyWebBrowser, IWebBrowser2> {
+class Browser final : public Counted<refhost::EmptyWebBrowser, IWebBrowser2> {
   public:
     using Counted::Counted;
 

@@ -13,7 +13,7 @@
 #include "com/bstr.hpp"
 #include "com/object_root.hpp"
 #include "frame/browser/browser_binding.hpp"
-#include "tests/support/without_dispatch.hpp"
+#include "refhost/objects/undispatched.hpp"
 #include "tests/unit/bridge/bridge_observer.hpp"
 #include "tests/unit/operations/operation_fixture.hpp"
 
@@ -89,7 +89,7 @@ inline constexpr auto kNoExceptionsBetweenModules =
 void ExpectNoLibrary();
 
 // A sink of the control's events.
-class EventSink : public WithoutDispatch<_IPaylodgeCtrlEvents> {
+class EventSink : public refhost::Undispatched<_IPaylodgeCtrlEvents> {
   public:
     using Row = InterfaceRow<EventSink>;
     static constexpr std::array kInterfaces = {Row::Of<_IPaylodgeCtrlEvents>(), Row::Of<IDispatch>()};

@@ -4,13 +4,13 @@
 
 #include "com/bstr.hpp"
 #include "com/object_root.hpp"
-#include "tests/support/without_dispatch.hpp"
+#include "refhost/objects/undispatched.hpp"
 
 namespace paylodge::test {
 namespace {
 
 // A node that implements nothing.
-class SilentNode : public WithoutDispatch<IXMLDOMNode> {
+class SilentNode : public refhost::Undispatched<IXMLDOMNode> {
   public:
     using Row = InterfaceRow<SilentNode>;
     static constexpr std::array kInterfaces = {Row::Of<IDispatch>()};
@@ -73,7 +73,7 @@ class Attribute : public SilentNode {
     std::wstring value_;
 };
 
-class Attributes : public WithoutDispatch<IXMLDOMNamedNodeMap> {
+class Attributes : public refhost::Undispatched<IXMLDOMNamedNodeMap> {
   public:
     using Row = InterfaceRow<Attributes>;
     static constexpr std::array kInterfaces = {Row::Of<IDispatch>()};

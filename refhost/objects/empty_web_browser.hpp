@@ -1,15 +1,15 @@
-// A web browser that does nothing: a fake overrides what it needs.
+// A web browser that does nothing: who plays a browser overrides what it needs.
 #pragma once
 
 #include <windows.h>
 
 #include <exdisp.h>
 
-#include "tests/support/without_dispatch.hpp"
+#include "refhost/objects/undispatched.hpp"
 
-namespace paylodge::test {
+namespace paylodge::refhost {
 
-class EmptyWebBrowser : public WithoutDispatch<IWebBrowser2> {
+class EmptyWebBrowser : public Undispatched<IWebBrowser2> {
   public:
     STDMETHODIMP GoBack() override { return E_NOTIMPL; }
     STDMETHODIMP GoForward() override { return E_NOTIMPL; }
@@ -74,6 +74,9 @@ class EmptyWebBrowser : public WithoutDispatch<IWebBrowser2> {
     STDMETHODIMP put_AddressBar(VARIANT_BOOL) override { return E_NOTIMPL; }
     STDMETHODIMP get_Resizable(VARIANT_BOOL*) override { return E_NOTIMPL; }
     STDMETHODIMP put_Resizable(VARIANT_BOOL) override { return E_NOTIMPL; }
+
+  protected:
+    ~EmptyWebBrowser() = default;
 };
 
-}  // namespace paylodge::test
+}  // namespace paylodge::refhost
