@@ -13,6 +13,22 @@ usage_error() {
     exit 2
 }
 
+# The path of a file that was named in the folder where ./dev was called.
+named_path() {
+    case $1 in
+        /*) printf '%s' "$1" ;;
+        *) if [ "${OLDPWD:-$PWD}" = "$PWD" ]; then printf '%s' "$1"; else printf '%s/%s' "$OLDPWD" "$1"; fi ;;
+    esac
+}
+
+# The value of an option --arch.
+check_architecture() {
+    case $1 in
+        x64 | x86) ;;
+        *) usage_error "--arch takes x64 or x86, not '$1'" ;;
+    esac
+}
+
 # at_exit COMMAND: runs it at the end of this command, however that comes.
 exit_commands=()
 at_exit() {

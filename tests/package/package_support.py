@@ -8,14 +8,14 @@ import re
 import shutil
 import subprocess
 import sys
-import unittest
 from pathlib import Path
 
 TOP = Path(__file__).resolve().parents[2]
-sys.path[:0] = [str(TOP / "tools" / "testrun"), str(TOP / "tools" / "package")]
+sys.path[:0] = [str(TOP / folder) for folder in ("tools/testrun", "tools/package", "tests/support")]
 
 from package import TRIPLETS, write_package  # noqa: E402, F401
-from wine_session import SYSTEM_FOLDERS, system_command, windows_path, wine_command, works  # noqa: E402
+from windows_programs import empty_folder, needs  # noqa: E402, F401
+from wine_session import SYSTEM_FOLDERS, system_command, windows_path, wine_command  # noqa: E402
 
 BUILDS = {architecture: TOP / "build" / architecture for architecture in SYSTEM_FOLDERS}
 SCRATCH = TOP / "build" / "test-scratch" / "package"
@@ -40,17 +40,8 @@ def package() -> Path:
     return write_package(TOP, BUILDS, SCRATCH / "dist")
 
 
-def needs(architecture: str) -> None:
-    """Skips a test on a machine that does not run such programs."""
-    if not works(architecture):
-        raise unittest.SkipTest(f"Wine does not run {architecture} programs here")
-
-
 def fresh_folder(name: str) -> Path:
-    folder = SCRATCH / name
-    shutil.rmtree(folder, ignore_errors=True)
-    folder.mkdir(parents=True)
-    return folder
+    return empty_folder(SCRATCH / name)
 
 
 @functools.cache

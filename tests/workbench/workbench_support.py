@@ -14,15 +14,15 @@ import subprocess
 import sys
 import threading
 import time
-import unittest
 from dataclasses import dataclass
 from pathlib import Path
 from typing import Any
 
 TOP = Path(__file__).resolve().parents[2]
-sys.path.insert(0, str(TOP / "tools" / "testrun"))
+sys.path[:0] = [str(TOP / "tools" / "testrun"), str(TOP / "tests" / "support")]
 
-from wine_session import windows_path, wine_command, works  # noqa: E402
+from windows_programs import empty_folder, needs  # noqa: E402, F401
+from wine_session import windows_path, wine_command  # noqa: E402
 
 SCRATCH = TOP / "build" / "test-scratch" / "workbench"
 SAMPLE = TOP / "build" / "riverside.lhcompany"
@@ -43,17 +43,8 @@ def program(architecture: str) -> Path:
     return TOP / "build" / architecture / "workbench" / "workbench.exe"
 
 
-def needs(architecture: str) -> None:
-    """Skips a test on a machine that does not run such programs."""
-    if not works(architecture):
-        raise unittest.SkipTest(f"Wine does not run {architecture} programs here")
-
-
 def fresh_folder(name: str) -> Path:
-    folder = SCRATCH / name
-    shutil.rmtree(folder, ignore_errors=True)
-    folder.mkdir(parents=True)
-    return folder
+    return empty_folder(SCRATCH / name)
 
 
 def fresh_company(name: str) -> Path:

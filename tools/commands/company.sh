@@ -13,14 +13,6 @@ examples/riverside.xml is one. Importing what was exported gives the same books 
 END
 }
 
-# The path of a file that was named in the folder where ./dev was called.
-named_path() {
-    case $1 in
-        /*) printf '%s' "$1" ;;
-        *) if [ "${OLDPWD:-$PWD}" = "$PWD" ]; then printf '%s' "$1"; else printf '%s/%s' "$OLDPWD" "$1"; fi ;;
-    esac
-}
-
 run() {
     [ $# -gt 0 ] || { usage >&2; exit 2; }
     local arguments=("$1") argument

@@ -23,14 +23,6 @@ END
 
 time_limit_seconds=600
 
-# The path of a file that was named in the folder where ./dev was called.
-named_path() {
-    case $1 in
-        /*) printf '%s' "$1" ;;
-        *) if [ "${OLDPWD:-$PWD}" = "$PWD" ]; then printf '%s' "$1"; else printf '%s/%s' "$OLDPWD" "$1"; fi ;;
-    esac
-}
-
 register_for() {
     local folder=$1 system=$2 library
     for library in refhost/refhost.dll Paylodge.dll; do
@@ -49,10 +41,8 @@ run() {
                 shift
                 ;;
             --arch)
-                case ${2-} in
-                    x64 | x86) arch=$2 ;;
-                    *) usage_error "--arch takes x64 or x86, not '${2-}'" ;;
-                esac
+                check_architecture "${2-}"
+                arch=$2
                 shift
                 ;;
             --traffic) traffic=1 ;;

@@ -19,14 +19,6 @@ Exit status: 0 after Ctrl-C; 2 when an option is wrong, the port is taken or the
 END2
 }
 
-# The path of a file that was named in the folder where ./dev was called.
-named_path() {
-    case $1 in
-        /*) printf '%s' "$1" ;;
-        *) if [ "${OLDPWD:-$PWD}" = "$PWD" ]; then printf '%s' "$1"; else printf '%s/%s' "$OLDPWD" "$1"; fi ;;
-    esac
-}
-
 fresh_company() {
     make_sample_company "build/$1"
     mkdir -p build/workbench
@@ -84,10 +76,8 @@ run() {
                 shift
                 ;;
             --arch)
-                case ${2-} in
-                    x64 | x86) arch=$2 ;;
-                    *) usage_error "--arch takes x64 or x86, not '${2-}'" ;;
-                esac
+                check_architecture "${2-}"
+                arch=$2
                 shift
                 ;;
             --open) open=1 ;;
