@@ -224,6 +224,29 @@ TEST(RegistryScript, NamesMistakesAndTheirLines) {
     EXPECT_EQ(MistakeIn(u"HKCR { a = s 'b }"), (Mistake{1, "line 1: a closing quote is missing"}));
 }
 
+TEST(RegistryScript, NamesTheLineOfTheMistakeNotOfWhatFollows) {
+    EXPECT_EQ(MistakeIn(u"HKXX\n{ }"), (Mistake{1, "line 1: the root key is unknown"}));
+    EXPECT_EQ(MistakeIn(u"HKCR {\n=\ns 'x' }"), (Mistake{2, "line 2: a name is missing"}));
+    EXPECT_EQ(MistakeIn(u"HKCR {\n'a\\b'\n}"), (Mistake{2, "line 2: a key's name is empty or has a backslash"}));
+    EXPECT_EQ(MistakeIn(u"HKCR { Delete\n''\n}"), (Mistake{2, "line 2: a key's name is empty or has a backslash"}));
+    EXPECT_EQ(MistakeIn(u"HKCR { a =\nx\n'y'\n}"), (Mistake{2, "line 2: the type of the data is unknown"}));
+    EXPECT_EQ(MistakeIn(u"HKCR { a = s\n{\n}"), (Mistake{2, "line 2: the data is missing"}));
+    EXPECT_EQ(MistakeIn(u"HKCR { a = d\n'y'\n}"), (Mistake{2, "line 2: the data is not a number of 32 bits"}));
+    EXPECT_EQ(MistakeIn(u"HKCR { a = b\n'y'\n}"), (Mistake{2, "line 2: the data is not a row of hexadecimal bytes"}));
+    EXPECT_EQ(MistakeIn(u"HKCR { a\n= s\n'%SEVEN%'\n}"), (Mistake{3, "line 3: a variable has no value"}));
+}
+
+TEST(RegistryScript, NamesTheLastLineWhereTheScriptEndsTooEarly) {
+    EXPECT_EQ(MistakeIn(u"\n\n"), (Mistake{3, "line 3: a root key is missing"}));
+    EXPECT_EQ(MistakeIn(u"HKCR\n"), (Mistake{2, "line 2: the root key needs an opening brace"}));
+    EXPECT_EQ(MistakeIn(u"HKCR { Delete\n"), (Mistake{2, "line 2: a name is missing"}));
+    EXPECT_EQ(MistakeIn(u"HKCR { Val\n\n"), (Mistake{3, "line 3: a name is missing"}));
+    EXPECT_EQ(MistakeIn(u"HKCR { Val a\n"), (Mistake{2, "line 2: a value needs an equals sign"}));
+    EXPECT_EQ(MistakeIn(u"HKCR { a =\n"), (Mistake{2, "line 2: the type of the data is missing"}));
+    EXPECT_EQ(MistakeIn(u"HKCR { a = s\n"), (Mistake{2, "line 2: the data is missing"}));
+    EXPECT_EQ(MistakeIn(u"HKCR { a = s 'b'\n"), (Mistake{2, "line 2: a name is missing"}));
+}
+
 TEST(RegistryScript, EndsAtTheRegistrysOwnDepth) {
     EXPECT_EQ(Parse(Nested(511)).size(), 1u);
     EXPECT_EQ(MistakeIn(Nested(512)).text, "line 1: the keys are nested too deeply");
