@@ -49,6 +49,25 @@ TEST(AnsiText, CodePagesWithEveryCharacterAreUsedAsTheyAre) {
     EXPECT_EQ("\xC3\xA9\0z"s, NarrowFromWide(CP_UTF8, L"\xE9\0z"s));
 }
 
+// UTF-7 takes no flags at all.
+TEST(AnsiText, CodePagesThatRefuseTheFlagConvertWithoutIt) {
+    EXPECT_EQ("a+AOk-b", NarrowFromWide(CP_UTF7,
+                                        L"a\xE9"
+                                        L"b"));
+    EXPECT_EQ("text", NarrowFromWide(CP_UTF7, L"text"));
+}
+
+constexpr UINT kJapanese = 932;
+
+TEST(AnsiText, CodePagesWithLongerCharactersGetAllOfThem) {
+    EXPECT_EQ("\x93\xFA-\x96\x7B", NarrowFromWide(kJapanese, L"\x65E5-\x672C"));
+}
+
+// The yen sign, which looks like a backslash to that code page.
+TEST(AnsiText, LookAlikesStayOutBesideLongerCharactersToo) {
+    EXPECT_EQ("\x93\xFA?", NarrowFromWide(kJapanese, L"\x65E5\xA5"));
+}
+
 TEST(AnsiText, EmbeddedNulsSurvive) {
     EXPECT_EQ("a\0b\0"s, AnsiFromWide(L"a\0b\0"s));
     EXPECT_EQ("a\0b\0"s, AnsiFromBstr(MakeBstr(L"a\0b\0"s).Get()));
