@@ -31,7 +31,7 @@ class LibraryFile {
         std::filesystem::copy_file(std::filesystem::path(system_folder) / L"version.dll", path_);
     }
     ~LibraryFile() {
-        if (const HMODULE loaded = ::GetModuleHandleW(path_.c_str())) {
+        while (const HMODULE loaded = ::GetModuleHandleW(path_.c_str())) {
             ::FreeLibrary(loaded);
         }
         std::filesystem::remove(path_);
@@ -93,10 +93,27 @@ TEST(HostLibrary, IsTheOneThatTheProcessHasLoaded) {
     std::filesystem::remove(folder);
 }
 
-TEST(Module, IsTheProgramThatTheCodeIsLinkedInto) {
-    EXPECT_EQ(::GetModuleHandleW(nullptr), Module::Instance());
-    EXPECT_EQ(L"com_tests.exe", std::filesystem::path(Module::Path()).filename());
-    EXPECT_TRUE(std::filesystem::path(Module::Path()).is_absolute());
+// However often it is asked for, so that a host that unloads it at its end is not kept from it by every call.
+TEST(HostLibrary, IsReferredToOnce) {
+    const LibraryFile file(ProgramFolder() / L"counted_library.dll");
+    const HMODULE loaded = ::LoadLibraryW(file.Path().c_str());
+    ASSERT_NE(nullptr, loaded);
+    HostLibrary library(L"counted_library.dll");
+    for (int call = 0; call < 3; ++call) {
+        EXPECT_NE(nullptr, library.Find<void()>(kExport));
+    }
+    ::FreeLibrary(loaded);
+    EXPECT_EQ(loaded, ::GetModuleHandleW(file.Path().c_str()));
+    ::FreeLibrary(loaded);
+    EXPECT_EQ(nullptr, ::GetModuleHandleW(file.Path().c_str()));
+}
+
+TEST(HostLibrary, MayBeInTheSystemsFolder) {
+    constexpr auto name = L"msacm32.dll";
+    ASSERT_EQ(nullptr, ::GetModuleHandleW(name)) << "the test needs a library that nothing else has loaded";
+    HostLibrary library(name);
+    EXPECT_NE(nullptr, library.Find<DWORD WINAPI()>("acmGetVersion"));
+    ::FreeLibrary(::GetModuleHandleW(name));
 }
 
 }  // namespace
