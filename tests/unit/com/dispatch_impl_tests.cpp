@@ -73,6 +73,9 @@ using Scriptable = Example<IDispatchImpl<IPaylodge, &IID_IPaylodge, &LIBID_PAYLO
     return value;
 }
 
+// Stands in an out parameter before a call that has to empty it.
+ITypeInfo* const kNoTypeInfo = reinterpret_cast<ITypeInfo*>(0x10);
+
 class DispatchImpl : public ::testing::Test {
   protected:
     [[nodiscard]] HRESULT Invoke(DISPID member, DISPPARAMS parameters, VARIANT* result = nullptr,
@@ -106,9 +109,9 @@ TEST_F(DispatchImpl, TypeInfoDescribesTheInterfaceAndIsTheSameEachTime) {
 }
 
 TEST_F(DispatchImpl, TypeInfoWithAnotherIndexOrWithoutASlotIsRefused) {
-    ComPtr<ITypeInfo> info;
-    EXPECT_HRESULT(DISP_E_BADINDEX, object->GetTypeInfo(1, LOCALE_USER_DEFAULT, info.Receive()));
-    EXPECT_FALSE(static_cast<bool>(info));
+    ITypeInfo* info = kNoTypeInfo;
+    EXPECT_HRESULT(DISP_E_BADINDEX, object->GetTypeInfo(1, LOCALE_USER_DEFAULT, &info));
+    EXPECT_EQ(nullptr, info);
     EXPECT_HRESULT(E_POINTER, object->GetTypeInfo(0, LOCALE_USER_DEFAULT, nullptr));
 }
 
@@ -282,9 +285,9 @@ template <class Dispatch>
 void ExpectNotLoaded(HRESULT expected) {
     const auto object = ComObject<Example<Dispatch>>::Create();
     for (int attempt = 0; attempt < 2; ++attempt) {
-        ComPtr<ITypeInfo> info;
-        EXPECT_HRESULT(expected, object->GetTypeInfo(0, 0, info.Receive()));
-        EXPECT_FALSE(static_cast<bool>(info));
+        ITypeInfo* info = kNoTypeInfo;
+        EXPECT_HRESULT(expected, object->GetTypeInfo(0, 0, &info));
+        EXPECT_EQ(nullptr, info);
         DISPID id = 7;
         EXPECT_HRESULT(expected, FindId(*object.Get(), L"GetAccounts", &id));
         DISPPARAMS none{};
