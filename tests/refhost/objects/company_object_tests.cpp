@@ -327,6 +327,32 @@ TEST_F(DataFileRecords, FailWholeWhenTheFileCannotBeSaved) {
     EXPECT_EQ(Read(Item(1), L"Text"), L"new");
 }
 
+TEST_F(DataFileRecords, KeepWhatWasWrittenWhenASaveFails) {
+    Store(1, L"old");
+    const auto record = Item(1);
+    ASSERT_TRUE(Lock(record));
+    ASSERT_HRESULT(S_OK, Write(record, L"Text", L"new"));
+    Fail(L"CompanyFile.Commit");
+    EXPECT_HRESULT(kPlanned, record->Save());
+    EXPECT_EQ(Read(record, L"Text"), L"new");
+    EXPECT_FALSE(Lock(Item(1))) << "it is still locked";
+    EXPECT_HRESULT(S_OK, record->Save());
+    Reopen();
+    EXPECT_EQ(Read(Item(1), L"Text"), L"new");
+}
+
+TEST_F(DataFileRecords, AreThereWhenTheirRemovalFails) {
+    Store(1, L"old");
+    const auto record = Item(1);
+    ASSERT_TRUE(Lock(record));
+    Fail(L"CompanyFile.Commit");
+    EXPECT_HRESULT(kPlanned, record->Delete());
+    EXPECT_TRUE(Exists(1));
+    EXPECT_EQ(Read(Item(1), L"Text"), L"old");
+    EXPECT_HRESULT(S_OK, record->Delete());
+    EXPECT_FALSE(Exists(1));
+}
+
 TEST_F(DataFileRecords, AnswerThatTheirCompanyWasClosed) {
     Store(1, L"first");
     const auto company = Attached();
