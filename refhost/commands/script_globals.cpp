@@ -104,8 +104,11 @@ class CScriptArguments : public NamedMembers {
     if (parameters.cArgs != 1 || V_VT(parameters.rgvarg) != VT_BSTR) {
         return parameters.cArgs == 1 ? DISP_E_TYPEMISMATCH : DISP_E_BADPARAMCOUNT;
     }
+    const std::wstring_view name = View(V_BSTR(parameters.rgvarg));
     CLSID class_id = {};
-    HRESULT found = ::CLSIDFromString(V_BSTR(parameters.rgvarg), &class_id);
+    // Of the two only CLSIDFromProgID also knows the classes of a manifest.
+    HRESULT found = name.starts_with(L'{') ? ::CLSIDFromString(name.data(), &class_id)
+                                           : ::CLSIDFromProgID(name.data(), &class_id);
     if (SUCCEEDED(found)) {
         V_VT(result) = VT_DISPATCH;
         V_DISPATCH(result) = nullptr;
