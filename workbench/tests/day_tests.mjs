@@ -4,7 +4,7 @@ import assert from "node:assert/strict";
 import { readFileSync } from "node:fs";
 
 import { balances, changesBetween, hostRequest, journal, logEntries } from "./support/books.mjs";
-import { goTo, openView, outcome, pageTest, shown } from "./support/stage.mjs";
+import { clearLog, goTo, openView, outcome, pageTest, shown } from "./support/stage.mjs";
 
 const WHOLE_CARD_NUMBER = "0000000000001119";
 
@@ -218,8 +218,7 @@ pageTest("the journal shows each transaction with its postings", async ({ page, 
 pageTest("the log shows each call with its LHXML, can be searched, and is saved on request", async ({ page, workbench }) => {
     await openView(page, workbench, "accounts");
     await page.locator("#accounts-list tbody tr").first().waitFor();
-    await page.locator("aside").getByRole("button", { name: "Clear" }).click();
-    await page.locator("#log-entries li").first().waitFor({ state: "detached" });
+    await clearLog(page);
     await shown(page).getByLabel("Type").selectOption("Bank");
     const entry = page.locator("#log-entries li").filter({ hasText: 'GetBalanceForAccountType("Bank")' }).first();
     await entry.locator("summary").click();

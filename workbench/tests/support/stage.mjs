@@ -67,9 +67,20 @@ export async function openView(page, workbench, view = "payment") {
     await page.locator(`#view-${view}`).waitFor();
 }
 
-/** Goes to a view by its link, as a user does. */
+/** Goes to a view by its link, as a user does, and waits until it is there: the page hears of it after the click. */
 export async function goTo(page, name) {
-    await page.getByRole("navigation").getByRole("link", { name: new RegExp(`^${name}`) }).click();
+    const link = page.getByRole("navigation").getByRole("link", { name: new RegExp(`^${name}`) });
+    await link.click();
+    await link.and(page.locator("[aria-current=page]")).waitFor();
+}
+
+/** Clears the log by its button until it stays empty: calls of a view that was just opened may still be coming. */
+export async function clearLog(page) {
+    const entries = page.locator("#log-entries li");
+    do {
+        await page.locator("aside").getByRole("button", { name: "Clear" }).click();
+        await page.waitForTimeout(250);
+    } while (await entries.count() > 0);
 }
 
 /** The text of what a view says came of something, once it says it. */
