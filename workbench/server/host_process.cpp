@@ -170,8 +170,8 @@ void HostProcess::SetBrowserInstance(const std::string& instance) {
     FindExport<Function>(component_, "SetBrowserInstance")(refhost::WideFromUtf8(instance).c_str());
 }
 
-std::vector<Exchange> HostProcess::TakeTraffic() {
-    std::vector<Exchange> exchanges;
+std::vector<ProcessedRequest> HostProcess::TakeTraffic() {
+    std::vector<ProcessedRequest> processed;
     LONG count = 0;
     reference_host_->get_RequestCount(&count);
     for (LONG i = 0; i < count; ++i) {
@@ -179,11 +179,11 @@ std::vector<Exchange> HostProcess::TakeTraffic() {
         OwnedBstr response;
         reference_host_->Request(i, request.Receive());
         reference_host_->Response(i, response.Receive());
-        exchanges.push_back({Utf8FromWide(View(request)), Utf8FromWide(View(response))});
+        processed.push_back({Utf8FromWide(View(request)), Utf8FromWide(View(response))});
     }
     // The host would keep them for ever.
     reference_host_->ClearCalls();
-    return exchanges;
+    return processed;
 }
 
 Outcome HostProcess::CallReferenceHost(const std::string& member, CallKind kind, const std::vector<Value>& arguments) {

@@ -34,7 +34,7 @@ struct ClassObjectTraits {
 // A class object that this process offers, until it goes.
 using RegisteredClass = Owner<ClassObjectTraits>;
 
-struct Exchange {
+struct ProcessedRequest {
     std::string request;
     std::string response;
 };
@@ -59,7 +59,7 @@ class HostProcess {
 
     void SetBrowserInstance(const std::string& instance);
     // The requests that went to the processor since the last time, and its responses.
-    [[nodiscard]] std::vector<Exchange> TakeTraffic();
+    [[nodiscard]] std::vector<ProcessedRequest> TakeTraffic();
     [[nodiscard]] Outcome CallReferenceHost(const std::string& member, CallKind kind,
                                             const std::vector<Value>& arguments);
 

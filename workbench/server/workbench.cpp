@@ -80,10 +80,10 @@ constexpr std::array<std::string_view, 12> kPushes{
     return out;
 }
 
-[[nodiscard]] Json TrafficOf(std::vector<Exchange> exchanges) {
+[[nodiscard]] Json TrafficOf(std::vector<ProcessedRequest> processed) {
     Json traffic = Json::array();
-    for (Exchange& exchange : exchanges) {
-        traffic.push_back({{"request", std::move(exchange.request)}, {"response", std::move(exchange.response)}});
+    for (ProcessedRequest& one : processed) {
+        traffic.push_back({{"request", std::move(one.request)}, {"response", std::move(one.response)}});
     }
     return traffic;
 }
