@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "refhost/books/company_text.hpp"
+#include "refhost/books/xml_writer.hpp"
 #include "tests/refhost/books/sample_books.hpp"
 
 namespace paylodge::refhost {
@@ -103,6 +104,22 @@ TEST(Check, TakesTheAmountOutOfItsAccount) {
     EXPECT_EQ(StatusCode(response), "0") << StatusMessage(response);
     EXPECT_EQ(BalanceOf(*books, kAccounts, "Checking"), "85.00");
     EXPECT_EQ(BalanceOf(*books, kAccounts, "Checking:Till"), "35.00");
+}
+
+TEST(Check, IsFoundByItsPayee) {
+    const auto books = SampleBooks();
+    const std::string check = "<CheckAddRq><CheckAdd><AccountRef><FullName>Checking</FullName></AccountRef>";
+    const std::string line = AccountLine("ExpenseLineAdd", "Checking:Till", "1.00") + "</CheckAdd></CheckAddRq>";
+    for (const char* const payee : {"Smith", "Smithson"}) {
+        const Element added =
+            SendOne(*books, check + "<PayeeEntityRef><FullName>" + payee + "</FullName></PayeeEntityRef>" + line);
+        ASSERT_EQ(StatusCode(added), "0") << StatusMessage(added);
+    }
+    const Element found =
+        SendOne(*books, "<CheckQueryRq><EntityFilter><FullName>smithson</FullName></EntityFilter></CheckQueryRq>");
+    ASSERT_EQ(found.children.size(), 1U);
+    EXPECT_NE(CompactXml(found).find("<FullName>Smithson</FullName></PayeeEntityRef>"), std::string::npos)
+        << CompactXml(found);
 }
 
 TEST(Forms, ShowATransactionThatExists) {

@@ -229,14 +229,43 @@ TEST(Committing, ThatFailsAtAnyStepTakesTheWholeDocumentBack) {
     EXPECT_EQ(Codes(Send(*books, kThreeRequests)), (std::vector<std::string>{"0", "3100", "0"}));
 }
 
-TEST(Committing, SaysThatTheDiskIsFull) {
+TEST(Committing, SaysThatTheDiskIsFullAndLosesNothing) {
     const TemporaryCompany file;
     const auto books = file.Open();
-    const FailingStep fails(FileStep::kWrite, 0x80070070);
-    const Document document = ReadXml(Envelope(kThreeRequests));
+    const std::string before = ExportText(*books);
+    for (const FileStep step : {FileStep::kOpen, FileStep::kWrite, FileStep::kSync, FileStep::kCommit}) {
+        std::vector<Element> responses;
+        {
+            const FailingStep fails(step, 0x80070070);
+            const Document document = ReadXml(Envelope(kThreeRequests));
+            responses = ProcessDocument(document, *books, kNow).children.front().children;
+        }
+        EXPECT_EQ(Codes(responses), (std::vector<std::string>{"4030", "4030", "4030"})) << NameOf(step);
+        EXPECT_NE(StatusMessage(responses[0]).find("the disk is full"), std::string::npos)
+            << StatusMessage(responses[0]);
+        EXPECT_EQ(ExportText(*books), before);
+    }
+    EXPECT_EQ(Codes(Send(*books, kThreeRequests)), (std::vector<std::string>{"0", "3100", "0"}));
+}
+
+// Not a step that was planned: the database itself finds no room for another page.
+TEST(Committing, LosesNothingWhereTheFileCannotGrow) {
+    const TemporaryCompany file;
+    const auto books = file.Open();
+    const std::string before = ExportText(*books);
+    books->Data().Run("PRAGMA max_page_count = 1");
+    std::string requests;
+    for (int number = 1; number <= 50; ++number) {
+        requests += "<AccountAddRq><AccountAdd><Name>Account " + std::to_string(number) +
+                    "</Name><AccountType>Bank</AccountType><Desc>" + std::string(200, 'x') +
+                    "</Desc></AccountAdd></AccountAddRq>";
+    }
+    const Document document = ReadXml(Envelope(requests));
     const Element response = ProcessDocument(document, *books, kNow).children.front().children.front();
-    EXPECT_EQ(StatusCode(response), "4030");
-    EXPECT_NE(StatusMessage(response).find("the disk is full"), std::string::npos) << StatusMessage(response);
+    EXPECT_EQ(StatusCode(response), "4030") << StatusMessage(response);
+    EXPECT_EQ(ExportText(*books), before);
+    books->Data().Run("PRAGMA max_page_count = 1000000");
+    EXPECT_EQ(Codes(Send(*books, kThreeRequests)), (std::vector<std::string>{"0", "3100", "0"}));
 }
 
 TEST(ReadOnlyBooks, AnswerQueriesAndRefuseChanges) {

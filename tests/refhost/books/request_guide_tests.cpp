@@ -9,6 +9,7 @@
 
 #include "refhost/books/company_text.hpp"
 #include "refhost/books/request.hpp"
+#include "refhost/books/xml_writer.hpp"
 #include "tests/refhost/books/sample_books.hpp"
 #include "tests/support/source_file.hpp"
 
@@ -37,6 +38,28 @@ TEST(RequestGuide, DescribesEachRequestOnceAndNoOther) {
     for (const RequestKind* const kind : RequestKinds()) {
         EXPECT_EQ(std::ranges::count(Notes(), kind->name, &RequestNotes::request), 1) << kind->name;
     }
+}
+
+TEST(IncludeRetElement, IsKnownToEveryQuery) {
+    const auto company = SampleCompany();
+    int records = 0;
+    for (const RequestKind* const kind : RequestKinds()) {
+        const std::string name(kind->name);
+        if (!name.ends_with("QueryRq")) {
+            continue;
+        }
+        const Element response = SendOne(*company, '<' + name +
+                                                       "><IncludeRetElement>TxnID</IncludeRetElement>"
+                                                       "<IncludeRetElement>ListID</IncludeRetElement></" +
+                                                       name + '>');
+        EXPECT_EQ(StatusCode(response), "0") << name << ": " << StatusMessage(response);
+        for (const Element& record : response.children) {
+            ++records;
+            ASSERT_EQ(record.children.size(), 1U) << CompactXml(record);
+            EXPECT_THAT(record.children.front().name, ::testing::AnyOf("TxnID", "ListID"));
+        }
+    }
+    EXPECT_GT(records, 50);
 }
 
 class RequestExample : public ::testing::TestWithParam<RequestNotes> {};

@@ -3,6 +3,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <string>
+
 #include "com/variant.hpp"
 #include "refhost/books/company_text.hpp"
 #include "refhost/objects/application_locator.hpp"
@@ -10,6 +17,7 @@
 #include "refhost/objects/utf8.hpp"
 #include "tests/refhost/objects/host_server.hpp"
 #include "tests/support/hresult.hpp"
+#include "tests/support/source_file.hpp"
 
 namespace paylodge::refhost {
 namespace {
@@ -353,6 +361,44 @@ TEST_F(DataFileRecords, AreThereWhenTheirRemovalFails) {
     EXPECT_FALSE(Exists(1));
 }
 
+// The journal is opened by the first change.
+TEST_F(DataFileRecords, FailWholeWhenTheJournalCannotBeOpened) {
+    Store(1, L"old");
+    Reopen();
+    const auto record = Item(1);
+    ASSERT_TRUE(Lock(record));
+    ASSERT_HRESULT(S_OK, Write(record, L"Text", L"new"));
+    Fail(L"CompanyFile.Open");
+    EXPECT_HRESULT(kPlanned, record->Save());
+    EXPECT_EQ(Read(Item(1), L"Text"), L"old");
+    EXPECT_HRESULT(S_OK, record->Save());
+    EXPECT_EQ(Read(Item(1), L"Text"), L"new");
+}
+
+TEST_F(DataFileRecords, FailWithEveryResultThatWasPlannedForAStep) {
+    Store(1, L"old");
+    for (const HRESULT planned : {E_FAIL, E_OUTOFMEMORY, E_UNEXPECTED, static_cast<HRESULT>(0x80070020),
+                                  static_cast<HRESULT>(0x80070070), static_cast<HRESULT>(0x80070570)}) {
+        for (const wchar_t* step : {L"CompanyFile.Write", L"CompanyFile.Sync", L"CompanyFile.Commit"}) {
+            const auto record = Item(1);
+            ASSERT_TRUE(Lock(record));
+            ASSERT_HRESULT(S_OK, Write(record, L"Text", L"new"));
+            ASSERT_HRESULT(S_OK, control_->FailCall(MakeBstr(step).Get(), planned, 1));
+            EXPECT_HRESULT(planned, record->Save());
+            EXPECT_HRESULT(S_OK, record->Unlock());
+            EXPECT_EQ(Read(Item(1), L"Text"), L"old");
+        }
+    }
+}
+
+TEST_F(DataFileRecords, AreNotReachedWhenOpeningTheFileWasPlannedToFail) {
+    const TemporaryCompanyFile other;
+    ASSERT_HRESULT(S_OK, control_->CloseCompanyFile());
+    Fail(L"CompanyFile.Open");
+    EXPECT_HRESULT(kPlanned, control_->OpenCompanyFile(MakeBstr(other.Path()).Get()));
+    EXPECT_HRESULT(S_OK, control_->OpenCompanyFile(MakeBstr(other.Path()).Get()));
+}
+
 TEST_F(DataFileRecords, AnswerThatTheirCompanyWasClosed) {
     Store(1, L"first");
     const auto company = Attached();
@@ -410,10 +456,23 @@ TEST_F(DataFileRecords, NeedACompanyFileThatCanBeOpenedAndTellWhyItCannot) {
         EXPECT_HRESULT(wrong.result, control_->OpenCompanyFile(MakeBstr(file.Path()).Get()));
     }
     EXPECT_HRESULT(static_cast<HRESULT>(0x80070002), control_->OpenCompanyFile(MakeBstr(L"nowhere.lhcompany").Get()));
+    EXPECT_HRESULT(static_cast<HRESULT>(0x80070005), control_->OpenCompanyFile(MakeBstr(L".").Get()));
     const TemporaryCompanyFile in_use;
     const auto held = in_use.Open();
     EXPECT_HRESULT(static_cast<HRESULT>(0x80070020), control_->OpenCompanyFile(MakeBstr(in_use.Path()).Get()));
     EXPECT_FALSE(Exists(1)) << "the file that was open still is";
+}
+
+TEST(ProblemResults, DifferAndStandInTheGuideOfSupport) {
+    std::ifstream file(test::SourceFile("docs/host-integration.md"), std::ios::binary);
+    const std::string guide{std::istreambuf_iterator<char>(file), {}};
+    std::set<HRESULT> results;
+    for (const ProblemResult& row : kProblemResults) {
+        std::array<char, 16> number{};
+        std::snprintf(number.data(), number.size(), "0x%08x", static_cast<unsigned>(row.result));
+        EXPECT_THAT(guide, HasSubstr(number.data()));
+        EXPECT_TRUE(results.insert(row.result).second) << number.data() << " stands for two problems";
+    }
 }
 
 TEST_F(DataFileRecords, AreNotChangedInAWriteProtectedFile) {
