@@ -107,8 +107,8 @@ class CScriptArguments : public NamedMembers {
     const std::wstring_view name = View(V_BSTR(parameters.rgvarg));
     CLSID class_id = {};
     // Of the two only CLSIDFromProgID also knows the classes of a manifest.
-    HRESULT found = name.starts_with(L'{') ? ::CLSIDFromString(name.data(), &class_id)
-                                           : ::CLSIDFromProgID(name.data(), &class_id);
+    HRESULT found =
+        name.starts_with(L'{') ? ::CLSIDFromString(name.data(), &class_id) : ::CLSIDFromProgID(name.data(), &class_id);
     if (SUCCEEDED(found)) {
         V_VT(result) = VT_DISPATCH;
         V_DISPATCH(result) = nullptr;
