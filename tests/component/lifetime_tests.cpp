@@ -101,8 +101,8 @@ class Lifetime : public ::testing::Test {
 
     // What the compiler's thread library, which is linked in, made when an exception was raised and keeps for ever when
     // the module is unloaded: 1.5 KB on x64, half of that on x86; 2 KB on x64 with the newer library of Debian 13,
-    // whose heap counts 3.7 KB for it while freed memory is kept back.
-    static constexpr SIZE_T kLostByThreadLibrary = 4096;
+    // whose heap counts 3.7 to 4.1 KB for it while freed memory is kept back.
+    static constexpr SIZE_T kLostByThreadLibrary = 4608;
 
     FakeHost host;
 };

@@ -14,7 +14,7 @@ namespace {
 
 HRESULT Open(const char* /*name*/, int result) { return static_cast<HRESULT>(result); }
 
-// What a failing assertion prints.
+// What a failing assertion prints; newer versions of GoogleTest end it with a line end.
 template <class Assertion>
 [[nodiscard]] std::string FailureOf(Assertion assertion) {
     testing::TestPartResultArray results;
@@ -24,7 +24,8 @@ template <class Assertion>
         assertion();
     }
     EXPECT_EQ(1, results.size());
-    return results.size() == 1 ? results.GetTestPartResult(0).message() : "";
+    std::string message = results.size() == 1 ? results.GetTestPartResult(0).message() : "";
+    return message.ends_with('\n') ? message.substr(0, message.size() - 1) : message;
 }
 
 TEST(ExpectHResult, AFailureNamesTheCallAndBothHResults) {
