@@ -125,9 +125,17 @@ class Content(unittest.TestCase):
 
 
 class Size(unittest.TestCase):
-    def test_modules_are_below_500_kilobytes(self) -> None:
+    # The library of newer compilers, which is linked in, is larger: on x86 by 42 KB with version 14.
+    LIMIT_OF_OLDER_COMPILERS = 500 * 1024
+    LIMIT_OF_NEWER_COMPILERS = 540 * 1024
+
+    def test_modules_are_small(self) -> None:
         for architecture in BUILDS:
-            self.assertLess(len(Module(architecture).bytes), 500 * 1024, architecture)
+            compiler = f"{TRIPLETS[architecture]}-g++-posix"
+            version = subprocess.run([compiler, "-dumpversion"], check=True, capture_output=True, text=True).stdout
+            is_newer = int(version.split(".")[0].split("-")[0]) > 12
+            limit = self.LIMIT_OF_NEWER_COMPILERS if is_newer else self.LIMIT_OF_OLDER_COMPILERS
+            self.assertLess(len(Module(architecture).bytes), limit, f"{architecture}, version {version.strip()}")
 
 
 class Reproducibility(unittest.TestCase):
