@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -15,6 +16,7 @@ sys.path.insert(0, str(TOP / "tools"))
 import lint_changed  # noqa: E402
 
 
+@unittest.skipUnless(shutil.which("git"), "git is not installed")
 class Changes(unittest.TestCase):
     def setUp(self) -> None:
         folder = tempfile.TemporaryDirectory()

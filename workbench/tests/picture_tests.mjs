@@ -10,7 +10,7 @@ import { existsSync, readFileSync, writeFileSync } from "node:fs";
 import { join } from "node:path";
 
 import { TOP } from "./support/places.mjs";
-import { goTo, openView, outcome, pageTest, shown } from "./support/stage.mjs";
+import { clearLog, goTo, openView, outcome, pageTest, shown } from "./support/stage.mjs";
 
 const FOLDER = join(TOP, "docs", "pictures");
 const CELL = 8;
@@ -97,8 +97,8 @@ for (const colorScheme of ["light", "dark"]) {
 
 pageTest("the operator's panel looks as in its picture", async ({ page, workbench }) => {
     await openView(page, workbench, "notifications");
-    await page.evaluate(() => window.paylodgeWorkbench.request("DELETE", "/workbench/log"));
     await shown(page).getByLabel(/script in this page/).check();
+    await clearLog(page);
     for (const method of ["NotifyTransactionChanged", "SetReconPaymentData"]) {
         await shown(page).getByLabel("Notification", { exact: true }).selectOption(method);
         await page.getByRole("button", { name: "Push", exact: true }).click();
