@@ -9,6 +9,7 @@
 #include <sstream>
 #include <utility>
 
+#include "com/ascii_case.hpp"
 #include "com/hresult_names.hpp"
 #include "paylodge.h"
 #include "refhost/books/xml_reader.hpp"
@@ -130,12 +131,6 @@ void AddOutcome(Json& entry, const Outcome& outcome, const Stopwatch& watch) {
 [[nodiscard]] std::string WithSlash(const std::string& target) {
     const std::size_t end = std::min(target.find_first_of("?#"), target.size());
     return target.substr(0, end) + '/' + target.substr(end);
-}
-
-// Names count without regard to letter case, as those of members do.
-[[nodiscard]] bool IsSameName(std::string_view left, std::string_view right) {
-    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; };
-    return std::ranges::equal(left, right, [&](char a, char b) { return lower(a) == lower(b); });
 }
 
 [[nodiscard]] Json JournalOf(const std::string& text) {
@@ -380,8 +375,8 @@ Reply Workbench::Call(const Request& request, const Target& /*target*/) {
     if (auto traffic = host_.TakeTraffic(); !traffic.empty()) {
         entry["traffic"] = TrafficOf(std::move(traffic));
     }
-    if (SUCCEEDED(outcome.result) && IsSameName(wanted.member, "SetChannelName") && !wanted.arguments.empty() &&
-        wanted.arguments[0].value.is_string()) {
+    if (SUCCEEDED(outcome.result) && EqualsIgnoringAsciiCase(std::string_view(wanted.member), "SetChannelName") &&
+        !wanted.arguments.empty() && wanted.arguments[0].value.is_string()) {
         channel_ = wanted.arguments[0].value.get<std::string>();
     }
     Log(std::move(entry));
@@ -438,8 +433,8 @@ Outcome Workbench::CallControl(const std::string& method, const std::vector<Valu
 
 Reply Workbench::Push(const Request& request, const Target& /*target*/) {
     const PushRequest wanted = ReadPushRequest(request.body);
-    const auto* const method =
-        std::ranges::find_if(kPushes, [&](std::string_view name) { return IsSameName(name, wanted.method); });
+    const auto* const method = std::ranges::find_if(
+        kPushes, [&](std::string_view name) { return EqualsIgnoringAsciiCase(name, wanted.method); });
     if (method == kPushes.end()) {
         return Failure(400, "There is no push of this name: workbench/README.md lists them.");
     }
