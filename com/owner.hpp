@@ -58,4 +58,18 @@ struct ModuleHandleTraits {
 };
 using ModuleHandle = Owner<ModuleHandleTraits>;
 
+// An event, a job, a process, a thread, a pipe: the calls that make one return null when they fail.
+struct HandleTraits {
+    using Type = HANDLE;
+    static constexpr Type None() noexcept { return nullptr; }
+    static void Free(Type handle) noexcept { ::CloseHandle(handle); }
+};
+using Handle = Owner<HandleTraits>;
+
+// A file: CreateFile returns INVALID_HANDLE_VALUE when it fails.
+struct FileHandleTraits : HandleTraits {
+    static Type None() noexcept { return INVALID_HANDLE_VALUE; }
+};
+using FileHandle = Owner<FileHandleTraits>;
+
 }  // namespace paylodge

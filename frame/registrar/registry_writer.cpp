@@ -16,7 +16,7 @@ constexpr std::array<std::u16string_view, 10> kSharedKeys = {
     return std::ranges::any_of(kSharedKeys, [name](std::u16string_view key) { return EqualIgnoringCase(key, name); });
 }
 
-[[nodiscard]] HKEY Handle(RegistryRoot root) noexcept {
+[[nodiscard]] HKEY RootKey(RegistryRoot root) noexcept {
     switch (root) {
         case RegistryRoot::kClassesRoot:
             return HKEY_CLASSES_ROOT;
@@ -188,7 +188,7 @@ HRESULT RemoveEntries(HKEY key, std::span<const RegistryEntry> entries) {
 
 HRESULT WriteScript(const RegistryScript& script) {
     for (const RegistryTree& tree : script) {
-        if (const HRESULT result = WriteEntries(Handle(tree.root), tree.entries); FAILED(result)) {
+        if (const HRESULT result = WriteEntries(RootKey(tree.root), tree.entries); FAILED(result)) {
             return result;
         }
     }
@@ -198,7 +198,7 @@ HRESULT WriteScript(const RegistryScript& script) {
 HRESULT RemoveScript(const RegistryScript& script) {
     HRESULT first_failure = S_OK;
     for (const RegistryTree& tree : script) {
-        const HRESULT result = RemoveEntries(Handle(tree.root), tree.entries);
+        const HRESULT result = RemoveEntries(RootKey(tree.root), tree.entries);
         if (SUCCEEDED(first_failure)) {
             first_failure = result;
         }

@@ -220,11 +220,11 @@ TEST_F(Lifetime, ModuleIsHeldWhileAControlReleasesItsSite) {
     const std::wstring folder = path.parent_path().wstring();
     EXPECT_TRUE(::CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, folder.c_str(), &startup,
                                  &process));
-    EXPECT_EQ(WAIT_OBJECT_0, ::WaitForSingleObject(process.hProcess, 60'000));
+    const Handle thread(process.hThread);
+    const Handle started(process.hProcess);
+    EXPECT_EQ(WAIT_OBJECT_0, ::WaitForSingleObject(started.Get(), 60'000));
     DWORD code = STILL_ACTIVE;
-    EXPECT_TRUE(::GetExitCodeProcess(process.hProcess, &code));
-    ::CloseHandle(process.hThread);
-    ::CloseHandle(process.hProcess);
+    EXPECT_TRUE(::GetExitCodeProcess(started.Get(), &code));
     return code;
 }
 

@@ -7,13 +7,6 @@
 namespace paylodge::kit {
 namespace {
 
-struct HandleTraits {
-    using Type = HANDLE;
-    static constexpr Type None() noexcept { return nullptr; }
-    static void Free(Type handle) noexcept { ::CloseHandle(handle); }
-};
-using Handle = Owner<HandleTraits>;
-
 std::atomic<bool> g_is_stopped = false;
 constexpr DWORD kLookMilliseconds = 100;
 // As Ctrl-C ends a program.
@@ -42,11 +35,10 @@ class Environment {
     std::map<std::wstring, std::wstring> before_;
 };
 
-[[nodiscard]] Handle OpenForChild(const wchar_t* path, DWORD access, DWORD disposition) {
+[[nodiscard]] FileHandle OpenForChild(const wchar_t* path, DWORD access, DWORD disposition) {
     SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
-    const HANDLE file = ::CreateFileW(path, access, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited, disposition,
-                                      FILE_ATTRIBUTE_NORMAL, nullptr);
-    return Handle(file == INVALID_HANDLE_VALUE ? nullptr : file);
+    return FileHandle(::CreateFileW(path, access, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited, disposition,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
 // What is assigned to it ends with it.
@@ -83,8 +75,8 @@ void StopPrograms() noexcept { g_is_stopped = true; }
 bool AreProgramsStopped() noexcept { return g_is_stopped; }
 
 std::variant<Ending, DWORD> Run(const Command& command, DWORD seconds) {
-    const Handle output = OpenForChild(command.log.c_str(), GENERIC_WRITE, CREATE_ALWAYS);
-    const Handle input = OpenForChild(L"NUL", GENERIC_READ, OPEN_EXISTING);
+    const FileHandle output = OpenForChild(command.log.c_str(), GENERIC_WRITE, CREATE_ALWAYS);
+    const FileHandle input = OpenForChild(L"NUL", GENERIC_READ, OPEN_EXISTING);
     if (!output || !input) {
         return ::GetLastError();
     }

@@ -12,13 +12,6 @@
 
 namespace paylodge::workbench {
 
-struct EventHandleTraits {
-    using Type = HANDLE;
-    static constexpr Type None() noexcept { return nullptr; }
-    static void Free(Type handle) noexcept { ::CloseHandle(handle); }
-};
-using EventHandle = Owner<EventHandleTraits>;
-
 // Made on the thread that is to be the apartment, which stays one until this goes.
 class Apartment {
   public:
@@ -44,7 +37,7 @@ class Apartment {
     std::mutex mutex_;
     std::deque<Task> tasks_;
     bool is_quitting_ = false;
-    EventHandle wake_;
+    Handle wake_;
 };
 
 }  // namespace paylodge::workbench

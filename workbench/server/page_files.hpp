@@ -11,13 +11,6 @@
 
 namespace paylodge::workbench {
 
-struct FileHandleTraits {
-    using Type = HANDLE;
-    static Type None() noexcept { return INVALID_HANDLE_VALUE; }
-    static void Free(Type handle) noexcept { ::CloseHandle(handle); }
-};
-using FileHandle = Owner<FileHandleTraits>;
-
 class PageFiles {
   public:
     // A folder that exists.

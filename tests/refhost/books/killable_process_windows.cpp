@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "com/owner.hpp"
 #include "tests/refhost/books/killable_process.hpp"
 
 namespace paylodge::refhost {
@@ -22,19 +23,18 @@ KillableProcess::KillableProcess(std::string_view name, const std::vector<std::s
     EXPECT_TRUE(
         ::CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process))
         << path;
-    ::CloseHandle(process.hThread);
+    const Handle thread(process.hThread);
     handle_ = reinterpret_cast<std::intptr_t>(process.hProcess);
 }
 
 KillableProcess::~KillableProcess() {
     constexpr UINT kKilled = 99;
-    const auto process = reinterpret_cast<HANDLE>(handle_);
-    ::TerminateProcess(process, kKilled);
-    EXPECT_EQ(::WaitForSingleObject(process, 30'000), WAIT_OBJECT_0);
+    const Handle process(reinterpret_cast<HANDLE>(handle_));
+    ::TerminateProcess(process.Get(), kKilled);
+    EXPECT_EQ(::WaitForSingleObject(process.Get(), 30'000), WAIT_OBJECT_0);
     DWORD exit_code = 0;
-    ::GetExitCodeProcess(process, &exit_code);
+    ::GetExitCodeProcess(process.Get(), &exit_code);
     EXPECT_EQ(exit_code, kKilled) << "it ended by itself";
-    ::CloseHandle(process);
 }
 
 }  // namespace paylodge::refhost

@@ -5,6 +5,7 @@
 
 #include <optional>
 
+#include "com/owner.hpp"
 #include "refhost/books/problems.hpp"
 #include "tests/refhost/objects/host_server.hpp"
 
@@ -26,31 +27,29 @@ class LockHolder {
   public:
     explicit LockHolder(const std::wstring& path) {
         const std::wstring event_name = L"refhost-test-locked-" + std::to_wstring(::GetCurrentProcessId());
-        const HANDLE locked = ::CreateEventW(nullptr, TRUE, FALSE, event_name.c_str());
+        const Handle locked(::CreateEventW(nullptr, TRUE, FALSE, event_name.c_str()));
         std::wstring command =
             L'"' + PathBesideProgram(L"refhost_lock_holder.exe") + L"\" \"" + path + L"\" " + event_name;
         STARTUPINFOW startup = {};
         startup.cb = sizeof startup;
+        PROCESS_INFORMATION process = {};
         EXPECT_TRUE(::CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
-                                     &process_));
-        EXPECT_EQ(::WaitForSingleObject(locked, 30'000), WAIT_OBJECT_0);
-        ::CloseHandle(locked);
+                                     &process));
+        const Handle thread(process.hThread);
+        process_.Reset(process.hProcess);
+        EXPECT_EQ(::WaitForSingleObject(locked.Get(), 30'000), WAIT_OBJECT_0);
     }
-    ~LockHolder() {
-        Kill();
-        ::CloseHandle(process_.hThread);
-        ::CloseHandle(process_.hProcess);
-    }
+    ~LockHolder() { Kill(); }
     LockHolder(const LockHolder&) = delete;
     LockHolder& operator=(const LockHolder&) = delete;
 
     void Kill() const {
-        ::TerminateProcess(process_.hProcess, 1);
-        ::WaitForSingleObject(process_.hProcess, 30'000);
+        ::TerminateProcess(process_.Get(), 1);
+        ::WaitForSingleObject(process_.Get(), 30'000);
     }
 
   private:
-    PROCESS_INFORMATION process_ = {};
+    Handle process_;
 };
 
 TEST(CompanyFileLock, OfAnotherProcessRefusesASecondOpenerUntilThatProcessIsGone) {

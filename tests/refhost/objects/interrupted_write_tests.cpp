@@ -7,6 +7,7 @@
 #include <optional>
 #include <vector>
 
+#include "com/owner.hpp"
 #include "refhost/books/audit.hpp"
 #include "refhost/books/company_text.hpp"
 #include "refhost/books/data_file_records.hpp"
@@ -32,11 +33,11 @@ constexpr int kTooManySteps = 200;
     PROCESS_INFORMATION process = {};
     EXPECT_TRUE(
         ::CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &process));
-    EXPECT_EQ(::WaitForSingleObject(process.hProcess, 60'000), WAIT_OBJECT_0);
+    const Handle thread(process.hThread);
+    const Handle started(process.hProcess);
+    EXPECT_EQ(::WaitForSingleObject(started.Get(), 60'000), WAIT_OBJECT_0);
     DWORD exit_code = STILL_ACTIVE;
-    EXPECT_TRUE(::GetExitCodeProcess(process.hProcess, &exit_code));
-    ::CloseHandle(process.hThread);
-    ::CloseHandle(process.hProcess);
+    EXPECT_TRUE(::GetExitCodeProcess(started.Get(), &exit_code));
     return exit_code;
 }
 

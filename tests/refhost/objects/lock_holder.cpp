@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include "com/owner.hpp"
 #include "refhost/books/company.hpp"
 #include "refhost/objects/utf8.hpp"
 
@@ -10,8 +11,8 @@ int wmain(int count, wchar_t** arguments) {
         return 2;
     }
     const auto company = paylodge::refhost::Company::Open(paylodge::refhost::Utf8FromWide(arguments[1]));
-    const HANDLE locked = ::OpenEventW(EVENT_MODIFY_STATE, FALSE, arguments[2]);
-    if (locked == nullptr || !::SetEvent(locked)) {
+    const paylodge::Handle locked(::OpenEventW(EVENT_MODIFY_STATE, FALSE, arguments[2]));
+    if (!locked || !::SetEvent(locked.Get())) {
         return 3;
     }
     ::Sleep(60'000);

@@ -17,13 +17,6 @@
 namespace paylodge::test {
 namespace {
 
-struct HandleTraits {
-    using Type = HANDLE;
-    static constexpr Type None() noexcept { return nullptr; }
-    static void Free(Type handle) noexcept { ::CloseHandle(handle); }
-};
-using Handle = Owner<HandleTraits>;
-
 struct Outcome {
     DWORD exit_code = ~0U;
     std::string output;

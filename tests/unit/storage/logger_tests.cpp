@@ -394,15 +394,10 @@ TEST_F(LockedLog, LaterEntriesAreWrittenOnceTheLogCanBeOpened) {
 }
 
 TEST_F(Logger, LogThatSomebodyHoldsOpenLosesTheEntry) {
-    struct FileTraits {
-        using Type = HANDLE;
-        static Type None() noexcept { return INVALID_HANDLE_VALUE; }
-        static void Free(Type file) noexcept { ::CloseHandle(file); }
-    };
     WriteBytes(folder_.Path() / kLog, "theirs");
     {
-        const Owner<FileTraits> held(::CreateFileW((folder_.Path() / kLog).c_str(), GENERIC_READ, 0, nullptr,
-                                                   OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+        const FileHandle held(::CreateFileW((folder_.Path() / kLog).c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
+                                            FILE_ATTRIBUTE_NORMAL, nullptr));
         ASSERT_TRUE(held);
         LogText("lost");
     }
