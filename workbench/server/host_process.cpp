@@ -196,4 +196,9 @@ std::string HostProcess::CompanyFile() const {
     return Utf8FromWide(View(path));
 }
 
+std::string HostProcess::CompanyFileName() const {
+    const std::string path = CompanyFile();
+    return path.substr(path.find_last_of('\\') + 1);
+}
+
 }  // namespace paylodge::workbench

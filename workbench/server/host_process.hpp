@@ -64,6 +64,8 @@ class HostProcess {
                                             const std::vector<Value>& arguments);
 
     [[nodiscard]] std::string CompanyFile() const;
+    // Without its folder.
+    [[nodiscard]] std::string CompanyFileName() const;
     // The version of the component's file.
     [[nodiscard]] const std::string& ComponentVersion() const noexcept { return version_; }
 

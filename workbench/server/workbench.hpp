@@ -1,5 +1,6 @@
-// What the program answers: the pages, their objects, and the operator's requests. Everything here happens on the
-// apartment's thread but for the check of who asks.
+// What the program answers: here files, the pages and their sockets, and the log; in page_routes.cpp the requests of a
+// page, in operator_routes.cpp those of the operator. Everything happens on the apartment's thread but for the check of
+// who asks.
 #pragma once
 
 #include <chrono>
@@ -59,11 +60,22 @@ class Workbench final : public WebHandler {
     [[nodiscard]] Reply ServeDocument(const Request& request, const std::string& html);
 
     [[nodiscard]] Reply ServeBridge(const Request& request, const Target& target);
-    [[nodiscard]] Reply StartSession(const Request& request, const Target& target);
     [[nodiscard]] Reply AnswerEmpty(const Request& request, const Target& target);
+    void DecideSocket(SocketId socket, const Request& request, const std::function<void(std::optional<Reply>)>& decide);
+    void ReadMessage(SocketId socket, const std::string& text);
+    void EndPage(std::string id, const char* reason);
+    void ChooseBrowserInstance();
+    // Sends a script or event, numbered. Returns the number.
+    std::int64_t SendToPage(Page& page, Json message);
+    void Log(Json entry);
+
+    // page_routes.cpp
+    [[nodiscard]] Reply StartSession(const Request& request, const Target& target);
     [[nodiscard]] Reply CreateObject(const Request& request, const Target& target);
     [[nodiscard]] Reply Call(const Request& request, const Target& target);
     [[nodiscard]] Reply Release(const Request& request, const Target& target);
+
+    // operator_routes.cpp
     [[nodiscard]] Reply ShowState(const Request& request, const Target& target);
     [[nodiscard]] Reply Push(const Request& request, const Target& target);
     [[nodiscard]] Reply SetChannel(const Request& request, const Target& target);
@@ -74,14 +86,6 @@ class Workbench final : public WebHandler {
     [[nodiscard]] Reply ShowJournal(const Request& request, const Target& target);
     [[nodiscard]] Reply ShowLog(const Request& request, const Target& target);
     [[nodiscard]] Reply ClearLog(const Request& request, const Target& target);
-
-    void DecideSocket(SocketId socket, const Request& request, const std::function<void(std::optional<Reply>)>& decide);
-    void ReadMessage(SocketId socket, const std::string& text);
-    void EndPage(std::string id, const char* reason);
-    void ChooseBrowserInstance();
-    // Sends a script or event, numbered. Returns the number.
-    std::int64_t SendToPage(Page& page, Json message);
-    void Log(Json entry);
     // Those that are still to come.
     [[nodiscard]] Json PlannedFaults() const;
     [[nodiscard]] Outcome CallControl(const std::string& method, const std::vector<Value>& arguments) const;
