@@ -193,5 +193,25 @@ class Configuring(Checkout):
         self.assertEqual(self.configured(), 1)
 
 
+class WineServer(Checkout):
+    def setUp(self) -> None:
+        super().setUp()
+        self.add_command("start", ". tools/wine.sh; start_wine; say 'went on'")
+
+    def answer(self, status: int) -> tuple[int, str]:
+        self.add("bin/wineserver", f"#!/bin/bash\nexit {status}\n")
+        process = self.start("start")
+        output, _ = process.communicate(timeout=30)
+        return process.returncode, output
+
+    def test_is_used_when_it_starts_or_runs_already(self) -> None:
+        self.assertEqual(self.answer(0), (0, "went on\n"))
+        self.assertEqual(self.answer(2), (0, "went on\n"))
+
+    def test_that_does_not_start_fails_the_command(self) -> None:
+        for status in (1, 3, 127):
+            self.assertEqual(self.answer(status), (1, "dev: Wine's server does not start\n"), status)
+
+
 if __name__ == "__main__":
     unittest.main()

@@ -58,6 +58,7 @@ class Checkout(unittest.TestCase):
         self.add_program("sum_tests", "tests/unit/arithmetic/sum_tests.cpp", SUM)
         self.add_program("member_tests", "tests/unit/parameters_tests.cpp", PARAMETERS)
         self.add("tests/script/day.js", 'test("a sale is recorded", function () {});\n')
+        self.add("tests/commands/test_run.py", "class Run(unittest.TestCase):\n    def test_prints(self): pass\n")
         self.add("tests/package/test_zip.py", "class Zip(unittest.TestCase):\n    def test_unpacks(self): pass\n")
         self.add("tests/fuzz/words_fuzz.cpp", "")
         self.add("workbench/tests/day_tests.mjs", 'pageTest("a refund is recorded", async () => {});\n')
@@ -84,6 +85,7 @@ class Checkout(unittest.TestCase):
         self.assertEqual(self.targets(""), {"x64": ["all", "tests/all"]})
         self.assertEqual(self.targets("", "script"), {"x64": ["all"], "x86": ["all"]})
         self.assertEqual(self.targets("", "package")["x86"], ["all", "package_test_programs"])
+        self.assertEqual(self.targets("", "commands")["x86"], ["all", "workbench/all"])
         self.assertEqual(self.targets("", "fuzz"), {"native": ["words_fuzz"]})
 
     def test_a_fuzzer_begins_with_its_seeds_and_words_and_learns_elsewhere(self) -> None:
@@ -113,7 +115,7 @@ class Checkout(unittest.TestCase):
                 self.assertEqual(self.targets(text), {"x64": ["all", "member_tests"]})
 
     def test_what_no_source_knows_builds_nothing(self) -> None:
-        for kind in ("x64", "script", "package", "fuzz", "tools"):
+        for kind in ("x64", "script", "commands", "package", "fuzz", "tools"):
             self.assertEqual(self.targets("nowhere", kind), {}, kind)
 
     def test_a_page_script_builds_what_it_runs_against(self) -> None:

@@ -14,6 +14,7 @@ Builds and runs the tests of the given kinds; without a KIND all of them:
   script       page scripts, on both Windows architectures
   workbench    the workbench's page in headless Chromium, against the component
   server       the workbench's server, attacked and used as a page does, on both Windows architectures
+  commands     ./dev run and ./dev workbench at work, in a checkout with a Wine prefix of its own
   package      what ./dev package makes, installed into a Wine prefix of its own
   fuzz         a short run of each fuzzer
   tools        the tests of the tools themselves
@@ -35,7 +36,7 @@ flavours_for() {
     for kind in "$@"; do
         case $kind in
             x64 | x86 | x64-checked | native) printf '%s\n' "$kind" ;;
-            script | server | package) printf 'x64\nx86\n' ;;
+            script | server | commands | package) printf 'x64\nx86\n' ;;
             workbench) printf 'x64\n' ;;
             fuzz) printf 'native\n' ;;
         esac
@@ -56,12 +57,14 @@ run() {
                 options+=("--time-limit=$2")
                 shift
                 ;;
-            x64 | x86 | x64-checked | native | script | workbench | server | package | fuzz | tools | format | lint) kinds+=("$1") ;;
+            x64 | x86 | x64-checked | native | script | workbench | server | commands | package | fuzz | tools | format | lint)
+                kinds+=("$1")
+                ;;
             *) usage_error "'test' does not know '$1'; './dev test --help' says what it knows" ;;
         esac
         shift
     done
-    [ ${#kinds[@]} -gt 0 ] || kinds=(x64 x86 x64-checked native script workbench server package fuzz tools format lint)
+    [ ${#kinds[@]} -gt 0 ] || kinds=(x64 x86 x64-checked native script workbench server commands package fuzz tools format lint)
 
     install_packages
     lock_checkout

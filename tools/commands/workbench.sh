@@ -15,7 +15,7 @@ this machine, until Ctrl-C. workbench/README.md tells what the page gets.
   --arch x86      the 32-bit component; x64 is the default
   --open          opens the page in Chromium
 
-Exit status: 0 after Ctrl-C; 2 when an option is wrong, the port is taken or the company file cannot be opened.
+Exit status: 130 after Ctrl-C; 2 when an option is wrong, the port is taken or the company file cannot be opened.
 END2
 }
 
@@ -52,7 +52,7 @@ end_program() {
     exec 7>&-
     wait "$program" 2>/dev/null || true
     say "stopped"
-    exit 0
+    exit "$1"
 }
 
 run() {
@@ -106,7 +106,8 @@ run() {
     program=$!
     exec 7>"$input"
     rm -f "$input"
-    trap end_program INT TERM
+    trap 'end_program 130' INT
+    trap 'end_program 143' TERM
     wait "$program" || status=$?
     exit "$status"
 }

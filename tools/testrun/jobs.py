@@ -19,7 +19,7 @@ from wine_session import windows_path
 
 KINDS = (
     *("x64", "x86", "x64-checked", "native"),
-    *("script", "workbench", "server", "package"),
+    *("script", "workbench", "server", "commands", "package"),
     *("fuzz", "tools", "format", "lint"),
 )
 # The flavours of which ./dev coverage counts the lines that run; no run of tests has them without being asked.
@@ -116,6 +116,7 @@ class Jobs:
             "script": self._script_jobs,
             "workbench": self._workbench_jobs,
             "server": self._server_jobs,
+            "commands": self._commands_jobs,
             "package": self._package_jobs,
             "fuzz": self._fuzz_jobs,
             "tools": self._tools_jobs,
@@ -132,7 +133,7 @@ class Jobs:
             return {name: [PRODUCT] for name in WINE_PACKAGES if any(f"script/{name}/" in job.name for job in jobs)}
         if kind == "workbench" and jobs:
             return {WORKBENCH_ARCHITECTURE: [PRODUCT, "workbench/all"]}
-        if kind == "server" and jobs:
+        if kind in ("server", "commands") and jobs:
             return dict.fromkeys(WINE_PACKAGES, [PRODUCT, "workbench/all"])
         if kind == "package" and jobs:
             return dict.fromkeys(WINE_PACKAGES, [PRODUCT, "package_test_programs"])
@@ -176,6 +177,10 @@ class Jobs:
             for file in self._files("workbench/tests", "*_tests.mjs")
             if self._may_select(f"workbench/{file.path.stem}", [file])
         ]
+
+    def _commands_jobs(self) -> list[Job]:
+        """They run ./dev in a checkout of their own, with a Wine prefix of its own."""
+        return self._unittest_jobs("commands", "tests/commands")
 
     def _package_jobs(self) -> list[Job]:
         """They run Wine in a prefix of their own, beside the Wine programs of the other kinds."""
