@@ -10,15 +10,19 @@
 #include "refhost/books/problems.hpp"
 #include "refhost/books/record_reader.hpp"
 #include "refhost/books/schema.hpp"
+#include "refhost/books/texts.hpp"
 
 namespace paylodge::refhost {
 namespace {
 
-// The beginning of every SQLite database, and where in it the two numbers stand that tell a company file.
+// The beginning of every SQLite database, and where in it the numbers stand that tell a company file.
 constexpr size_t kHeaderSize = 100;
 constexpr std::string_view kMagic{"SQLite format 3\0", 16};
+constexpr size_t kFormatOffset = 18;
 constexpr size_t kVersionOffset = 60;
 constexpr size_t kApplicationOffset = 68;
+// For writing and for reading. Another one would have SQLite keep a log beside the file, or only read it.
+constexpr std::string_view kFormat = "\1\1";
 
 [[nodiscard]] std::filesystem::path SystemPath(const std::string& path) {
     return {std::u8string(path.begin(), path.end())};
@@ -42,6 +46,10 @@ constexpr size_t kApplicationOffset = 68;
         number = number << 8U | static_cast<unsigned char>(byte);
     }
     return number;
+}
+
+[[noreturn]] void RefuseDamaged(const std::string& path, std::string_view reason) {
+    Refuse(Problem::kDamaged, path, "is damaged; go back to a copy of it: " + OneLine(reason) + '.');
 }
 
 // Looks at the first bytes of the file and nothing else, so that a file of another kind is left alone.
@@ -72,38 +80,67 @@ void CheckHeader(const std::string& path) {
                "was made by a newer version of the host: it has the format " + std::to_string(version) +
                    ", and this one reads formats up to " + std::to_string(kSchemaVersion) + '.');
     }
+    if (header.substr(kFormatOffset, kFormat.size()) != kFormat) {
+        RefuseDamaged(path, "its first bytes name a format that company files do not have");
+    }
 }
 
-[[noreturn]] void RefuseDamaged(const Database& database, std::string_view reason) {
-    Refuse(Problem::kDamaged, database.Path(), "is damaged; go back to a copy of it: " + std::string(reason) + '.');
+// A finding stands behind a line that names the database.
+void CheckStructure(Database& database) {
+    Statement check = database.Prepare("PRAGMA quick_check(1)");
+    if (!check.Step() || check.Text(0) != "ok") {
+        const std::string_view finding = check.Text(0);
+        RefuseDamaged(database.Path(), finding.substr(finding.rfind('\n') + 1));
+    }
+}
+
+// Responses are made of these texts: one that XML cannot hold would make a response that nobody can read.
+void CheckTexts(Database& database, const std::string& table) {
+    Statement row = database.Prepare("SELECT * FROM \"" + table + '"');
+    while (row.Step()) {
+        for (int column = 0; column < row.Columns(); ++column) {
+            if (!IsXmlText(row.Text(column))) {
+                RefuseDamaged(database.Path(),
+                              "the table " + table + " holds a text with bytes that are no characters");
+            }
+        }
+    }
 }
 
 void CheckWhole(Database& database) {
-    {
-        Statement check = database.Prepare("PRAGMA quick_check(1)");
-        if (!check.Step() || check.Text(0) != "ok") {
-            // The finding stands behind a line that names the database.
-            const std::string_view finding = check.Text(0);
-            RefuseDamaged(database, finding.substr(finding.rfind('\n') + 1));
-        }
-    }
+    CheckStructure(database);
     if (!database.Prepare("SELECT name FROM company").Step()) {
-        RefuseDamaged(database, "it does not say which company it is of");
+        RefuseDamaged(database.Path(), "it does not say which company it is of");
+    }
+    Statement table = database.Prepare("SELECT name FROM sqlite_schema WHERE type = 'table'");
+    while (table.Step()) {
+        CheckTexts(database, std::string(table.Text(0)));
     }
 }
 
 void Configure(Database& database) {
     database.Run("PRAGMA foreign_keys = ON");
     database.Run("PRAGMA busy_timeout = 500");
+    // What a damaged schema says is not to be carried out.
+    database.Run("PRAGMA trusted_schema = OFF");
     // Another program that opened the file meanwhile would not know of records that this one has locked.
     database.Run("PRAGMA locking_mode = EXCLUSIVE");
     if (!database.IsReadOnly()) {
         // The change is committed in the moment in which the journal is cut off.
         database.Run("PRAGMA journal_mode = TRUNCATE");
         database.Run("PRAGMA synchronous = FULL");
-        database.Run("BEGIN EXCLUSIVE");
-        database.Run("COMMIT");
     }
+}
+
+// Takes the file for this process, which keeps it, and looks at all of it before anything can be written.
+void TakeAndCheck(Database& database) {
+    if (database.IsReadOnly()) {
+        CheckWhole(database);
+        return;
+    }
+    // Never committed: that would correct the number of pages in the file's header.
+    const Transaction look(database, "BEGIN EXCLUSIVE");
+    CheckWhole(database);
 }
 
 void Fill(Database& database, std::string_view name) {
@@ -122,7 +159,7 @@ std::unique_ptr<Company> Company::Open(const std::string& path) {
     std::unique_ptr<Company> company(
         new Company(path, IsWriteProtected(path) ? Database::Access::kRead : Database::Access::kReadAndWrite));
     Configure(company->database_);
-    CheckWhole(company->database_);
+    TakeAndCheck(company->database_);
     return company;
 }
 

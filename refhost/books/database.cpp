@@ -8,6 +8,7 @@
 
 #include "refhost/books/names.hpp"
 #include "refhost/books/problems.hpp"
+#include "refhost/books/texts.hpp"
 #include "refhost/books/watched_vfs.hpp"
 
 namespace paylodge::refhost {
@@ -72,7 +73,8 @@ struct Failure {
     }
     const Failure failure = FailureOf(result);
     const auto planned = IsFailureOfAFile(result) ? TakePlannedFailure() : std::nullopt;
-    const std::string reason = planned ? Describe(*planned) : message;
+    // What SQLite says may quote what it found in the file.
+    const std::string reason = planned ? Describe(*planned) : OneLine(message);
     throw HostError(failure.problem, "The company file \"" + path + "\" " + failure.words + ": " + reason + '.',
                     planned ? std::optional(planned->result) : std::nullopt);
 }
@@ -128,6 +130,8 @@ void Statement::Run() {
     while (Step()) {
     }
 }
+
+int Statement::Columns() const noexcept { return ::sqlite3_column_count(handle_.get()); }
 
 bool Statement::IsNull(int column) const noexcept {
     return ::sqlite3_column_type(handle_.get(), column) == SQLITE_NULL;
@@ -199,9 +203,9 @@ void Database::Return(std::string sql, StatementHandle handle) noexcept {
     }
 }
 
-Transaction::Transaction(Database& database) : database_(database) {
+Transaction::Transaction(Database& database, const char* begin) : database_(database) {
     static_cast<void>(TakePlannedFailure());
-    database_.Run("BEGIN IMMEDIATE");
+    database_.Run(begin);
 }
 
 Transaction::~Transaction() {

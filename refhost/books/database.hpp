@@ -53,6 +53,7 @@ class Statement {
     // For a statement that returns no rows, or whose rows do not matter.
     void Run();
 
+    [[nodiscard]] int Columns() const noexcept;
     // Columns of the row count from 0. A null counts as 0 or an empty text, which lives until the next step.
     [[nodiscard]] bool IsNull(int column) const noexcept;
     [[nodiscard]] std::int64_t Integer(int column) const noexcept;
@@ -119,7 +120,7 @@ class Database {
 // Everything from here to Commit is done as a whole or not at all.
 class Transaction {
   public:
-    explicit Transaction(Database& database);
+    explicit Transaction(Database& database, const char* begin = "BEGIN IMMEDIATE");
     ~Transaction();
     Transaction(const Transaction&) = delete;
     Transaction& operator=(const Transaction&) = delete;

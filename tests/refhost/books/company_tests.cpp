@@ -105,6 +105,60 @@ TEST(CompanyFile, ThatIsDamagedIsRefusedInOneLine) {
     ExpectRefused(file.Path(), Problem::kDamaged, "go back to a copy of it: Tree ");
 }
 
+TEST(CompanyFile, WithATextThatIsNoneIsRefused) {
+    const TemporaryCompany file;
+    std::string bytes = file.Bytes();
+    const size_t place = bytes.find("Undeposited Funds");
+    ASSERT_NE(place, std::string::npos);
+    for (const char byte : {'\x80', '\x01', '\xFF'}) {
+        bytes[place] = byte;
+        file.Write(bytes);
+        ExpectRefused(file.Path(), Problem::kDamaged,
+                      "is damaged; go back to a copy of it: the table accounts holds a text with bytes that are no "
+                      "characters.");
+        EXPECT_TRUE(file.Bytes() == bytes);
+    }
+}
+
+TEST(CompanyFile, WithAFormatThatNoneHasIsRefusedAndLeftUntouched) {
+    const TemporaryCompany file;
+    for (const std::string_view format : {"\2\2", "\2\1", "\1\2", "\3\1", "\xFF\xFF"}) {
+        std::string bytes = file.Bytes();
+        bytes.replace(18, 2, format);
+        file.Write(bytes);
+        ExpectRefused(file.Path(), Problem::kDamaged, "its first bytes name a format that company files do not have");
+        EXPECT_TRUE(file.Bytes() == bytes);
+        EXPECT_FALSE(std::filesystem::exists(file.Path() + "-wal"));
+    }
+}
+
+// Such a number is corrected by the next change.
+TEST(CompanyFile, WithAWrongNumberOfPagesIsLeftUntouchedUntilItIsChanged) {
+    const TemporaryCompany file;
+    std::string bytes = file.Bytes();
+    bytes[30] = 1;
+    bytes[95] = static_cast<char>(bytes[95] + 1);
+    file.Write(bytes);
+    EXPECT_FALSE(RefusalToOpen(file.Path()));
+    EXPECT_TRUE(file.Bytes() == bytes);
+    bytes.replace(4096 * 5, 3000, 3000, '\xA5');
+    file.Write(bytes);
+    ExpectRefused(file.Path(), Problem::kDamaged, "is damaged");
+    EXPECT_TRUE(file.Bytes() == bytes);
+    EXPECT_FALSE(std::filesystem::exists(file.Path() + "-journal"));
+}
+
+TEST(CompanyFile, WhoseTablesAreUnreadableIsRefusedInOneLine) {
+    const TemporaryCompany file;
+    std::string bytes = file.Bytes();
+    // Where it was before it was moved to another page it stands, too.
+    for (size_t place = 0; (place = bytes.find("PRIMARY KEY CHECK (one = 1),\n")) != std::string::npos;) {
+        bytes.replace(place, 2, "'\xFF");
+    }
+    file.Write(bytes);
+    ExpectRefused(file.Path(), Problem::kDamaged, "(company) - unrecognized token: \"'?IMARY KEY CHECK (one = 1),?");
+}
+
 TEST(CompanyFile, WithoutItsTablesIsRefused) {
     const TemporaryCompany file;
     {
