@@ -166,7 +166,7 @@ function showSlips() {
         el("td", {}, slip.kind === "sale" ? slip.item : slip.memo),
         el("td", { class: "num" }, showCents(slip.kind === "sale" ? slip.cents : -slip.cents)),
         el("td", { class: "tight" }, el("button", { type: "button", class: "small", "aria-label": `Remove ${slip.number}`, onclick: () => removeSlips([slip.number]) }, "Remove"))));
-    fill(find("#batch-slips"), el("table", {},
+    fill(find("#batch-slips"), el("table", { class: "wide" },
         el("caption", { class: "hidden" }, "Open batch"),
         el("thead", {}, el("tr", {}, ["Number", "Kind", "Card", "For"].map((name) => el("th", { scope: "col" }, name)),
             el("th", { scope: "col", class: "num" }, "Amount"), el("td", {}))),

@@ -109,7 +109,7 @@ function showAccounts(accounts) {
         el("td", {}, ACCOUNT_TYPES[account.type] ?? account.type),
         el("td", { class: "quiet num left" }, maskCards(account.bank)),
         el("td", { class: "num" }, showAmount(account.balance))));
-    fill(place, el("table", { class: "card" },
+    fill(place, el("table", { class: "card wide" },
         el("caption", { class: "hidden" }, "Accounts with their balances"),
         el("thead", {}, el("tr", {}, ["Number", "Account", "Type", "Bank number"].map((name) => el("th", { scope: "col" }, name)),
             el("th", { scope: "col", class: "num" }, "Balance"))),
@@ -139,7 +139,7 @@ function showJournal(transactions) {
         fill(place, el("p", { class: "empty" }, "The books are empty."));
         return;
     }
-    fill(place, el("table", { class: "card journal" },
+    fill(place, el("table", { class: "card journal wide" },
         el("caption", { class: "hidden" }, "Transactions with their postings, newest first"),
         el("thead", {}, el("tr", {}, el("th", { scope: "col" }, "Date"), el("th", { scope: "col" }, "Transaction and accounts"),
             ["Debit", "Credit"].map((name) => el("th", { scope: "col", class: "num" }, name)))),
