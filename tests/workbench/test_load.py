@@ -8,7 +8,7 @@ import time
 import unittest
 from pathlib import Path
 
-from workbench_support import CONTROL, Page, RawConnection, Workbench, fresh_company, needs, request_bytes
+from workbench_support import CONTROL, Page, RawConnection, Workbench, assert_is_program, fresh_company, needs, request_bytes
 
 WARM_UP_CALLS = 1500
 CALLS = 1500
@@ -18,11 +18,8 @@ MEMORY_SLACK_KB = 4096
 
 
 def memory_kb(workbench: Workbench) -> int:
-    """The memory of the program, which Wine's loader becomes."""
-    process = Path("/proc") / str(workbench.process.pid)
-    name = (process / "comm").read_text().strip()
-    assert name.startswith("workbench"), f"{name} is not the workbench"
-    return int((process / "status").read_text().split("VmRSS:")[1].split()[0])
+    assert_is_program(workbench.process)
+    return int((Path("/proc") / str(workbench.process.pid) / "status").read_text().split("VmRSS:")[1].split()[0])
 
 
 def call_often(page: Page, number: int, calls: int) -> None:
@@ -60,7 +57,7 @@ class Load(unittest.TestCase):
             page.close()
             workbench.wait_until(lambda state: state["componentUnused"], "the end of the page's objects")
         finally:
-            workbench.kill()
+            workbench.end()
 
 
 def measure(calls: int, pushes: int) -> None:

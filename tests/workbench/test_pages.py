@@ -37,7 +37,7 @@ class Pages:
 
     @classmethod
     def tearDownClass(cls) -> None:
-        cls.workbench.kill()
+        cls.workbench.end()
 
     def setUp(self) -> None:
         self.page = Page(self.workbench)

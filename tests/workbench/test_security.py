@@ -46,7 +46,7 @@ class SecurityTest(unittest.TestCase):
 
     @classmethod
     def tearDownClass(cls) -> None:
-        cls.workbench.kill()
+        cls.workbench.end()
 
     def assert_still_serves(self) -> None:
         self.assertEqual(200, self.workbench.get("/workbench/empty").status)
@@ -128,7 +128,7 @@ class Token(SecurityTest):
             self.assertRegex(self.workbench.token, r"\A[0-9a-f]{32}\Z")
             self.assertNotEqual(self.workbench.token, other.token)
         finally:
-            other.kill()
+            other.end()
 
     def test_a_form_of_another_site_cannot_call(self) -> None:
         # What a page can send anywhere without asking: no header of its own, a body of text.
@@ -238,7 +238,7 @@ class Headers(SecurityTest):
             self.assertNotIn("unsafe", first)
             self.assertNotEqual(first, second)
         finally:
-            own.kill()
+            own.end()
 
     def test_only_what_a_browser_opens_becomes_a_page(self) -> None:
         self.assertEqual(b"<!doctype html><title>x</title>", self.workbench.get("/").body)

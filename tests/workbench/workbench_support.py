@@ -14,6 +14,7 @@ import subprocess
 import sys
 import threading
 import time
+import unittest
 from dataclasses import dataclass
 from pathlib import Path
 from typing import Any
@@ -21,11 +22,14 @@ from typing import Any
 TOP = Path(__file__).resolve().parents[2]
 sys.path[:0] = [str(TOP / "tools" / "testrun"), str(TOP / "tests" / "support")]
 
-from windows_programs import empty_folder, needs  # noqa: E402, F401
+import windows_programs  # noqa: E402
+from windows_programs import empty_folder  # noqa: E402
 from wine_session import windows_path, wine_command  # noqa: E402
 
 SCRATCH = TOP / "build" / "test-scratch" / "workbench"
 SAMPLE = TOP / "build" / "riverside.lhcompany"
+# A build that takes the place of the one for x64; then only that one is tested.
+FLAVOUR = os.environ.get("WORKBENCH_FLAVOUR", "")
 START_SECONDS = 120
 REPLY_SECONDS = 60
 APPROVED_NAME = "dev.ledgerhall.example"
@@ -39,8 +43,15 @@ def architectures() -> list[str]:
     return [name for name in ("x64", "x86") if program(name).exists()]
 
 
-def program(architecture: str) -> Path:
-    return TOP / "build" / architecture / "workbench" / "workbench.exe"
+def program(architecture: str, path: str = "workbench/workbench.exe") -> Path:
+    return TOP / "build" / (FLAVOUR or architecture) / path
+
+
+def needs(architecture: str) -> None:
+    """Skips a test where such programs do not run, or are not to be tested."""
+    if FLAVOUR and architecture != "x64":
+        raise unittest.SkipTest(f"only {FLAVOUR} is tested")
+    windows_programs.needs(architecture)
 
 
 def fresh_folder(name: str) -> Path:
@@ -55,9 +66,8 @@ def fresh_company(name: str) -> Path:
 
 def books_are_true(company: Path, architecture: str = "x64") -> str:
     """What the check of the company file says against it; empty when nothing."""
-    command = TOP / "build" / architecture / "refhost" / "company.exe"
     checked = subprocess.run(
-        [*wine_command(str(command)), "check", windows_path(company)],
+        [*wine_command(str(program(architecture, "refhost/company.exe"))), "check", windows_path(company)],
         stdin=subprocess.DEVNULL, capture_output=True, text=True, check=False, timeout=60,
     )
     return "" if checked.returncode == 0 else checked.stdout + checked.stderr
@@ -301,12 +311,23 @@ class Workbench:
             self.kill()
         return status
 
+    def end(self) -> None:
+        """Ends it in whatever state it is: by itself where it can, which is when a build that counts its lines writes them."""
+        with contextlib.suppress(OSError, subprocess.TimeoutExpired):
+            self.stop()
+
     def kill(self) -> None:
         self.process.kill()
         self.process.wait()
         for stream in (self.process.stdin, self.process.stdout, self.process.stderr):
             if stream:
                 stream.close()
+
+
+def assert_is_program(process: subprocess.Popen[str]) -> None:
+    """Wine's loader becomes the program; another way to start it would leave a process of its own between."""
+    name = (Path("/proc") / str(process.pid) / "comm").read_text().strip()
+    assert name.startswith("workbench"), f"{name} is not the workbench"
 
 
 def start_program(*words: str, architecture: str = "x64") -> subprocess.Popen[str]:

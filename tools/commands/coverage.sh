@@ -6,15 +6,16 @@ usage() {
 Usage: ./dev coverage [--missed] [native|x64]...
 
 Builds the tests with counters, runs them and prints how many lines of each folder they reach: on this machine, where the
-pure core is tested (native), and under Wine (x64). Without an argument both, and their lines together: what one of the
-two reaches is reached. Takes about as long as './dev test native x64' from nothing.
+pure core is tested (native), and under Wine (x64), with the tests of the workbench's server. Without an argument both, and
+their lines together: what one of the two reaches is reached. Takes about as long as './dev test native x64 server' from
+nothing.
 
   --missed  also prints the lines that no test reaches
 END
 }
 
 run() {
-    local options=() presets=() preset
+    local options=() presets=() kinds=() preset
     while [ $# -gt 0 ]; do
         case $1 in
             --missed) options+=("$1") ;;
@@ -28,16 +29,18 @@ run() {
     lock_checkout
     export PYTHONDONTWRITEBYTECODE=1
     for preset in "${presets[@]}"; do
-        build_preset "$preset" all tests/all
+        build_preset "$preset" all tests/all $([ "$preset" = native-coverage ] || printf workbench/all)
         find "build/$preset" -name '*.gcda' -delete
     done
+    kinds=("${presets[@]}")
     . tools/wine.sh
     if [[ ${presets[*]} == *x64* ]]; then
+        kinds+=(server-coverage)
         use_wine
         make_sample_company build/x64-coverage
     fi
     say "testing"
     # A test that measures memory or time may fail with counters in the code; what it reached counts all the same.
-    python3 tools/testrun/run_tests.py --time-limit 600 "${presets[@]}" >&2 || say "some tests failed with counters in the code"
+    python3 tools/testrun/run_tests.py --time-limit 600 "${kinds[@]}" >&2 || say "some tests failed with counters in the code"
     python3 tools/coverage.py "${options[@]}" "${presets[@]}"
 }

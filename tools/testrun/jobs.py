@@ -23,8 +23,8 @@ KINDS = (
     *("fuzz", "tools", "format", "lint"),
 )
 # The flavours of which ./dev coverage counts the lines that run; no run of tests has them without being asked.
-COVERAGE_KINDS = ("native-coverage", "x64-coverage")
-PROGRAM_KINDS = ("x64", "x86", "x64-checked", "native", *COVERAGE_KINDS)
+COVERAGE_KINDS = ("native-coverage", "x64-coverage", "server-coverage")
+PROGRAM_KINDS = ("x64", "x86", "x64-checked", "native", "native-coverage", "x64-coverage")
 NATIVE_KINDS = ("native", "native-coverage")
 # What a flavour for Windows is compiled for.
 ARCHITECTURES = {"x64": "x64", "x86": "x86", "x64-checked": "x64", "x64-coverage": "x64"}
@@ -115,7 +115,8 @@ class Jobs:
         makers = {
             "script": self._script_jobs,
             "workbench": self._workbench_jobs,
-            "server": self._server_jobs,
+            "server": lambda: self._server_jobs("server", {}),
+            "server-coverage": lambda: self._server_jobs("server-coverage", {"WORKBENCH_FLAVOUR": "x64-coverage"}),
             "commands": self._commands_jobs,
             "package": self._package_jobs,
             "fuzz": self._fuzz_jobs,
@@ -186,9 +187,10 @@ class Jobs:
         """They run Wine in a prefix of their own, beside the Wine programs of the other kinds."""
         return self._unittest_jobs("package", "tests/package")
 
-    def _server_jobs(self) -> list[Job]:
+    def _server_jobs(self, kind: str, environment: dict[str, str]) -> list[Job]:
         """They start the workbench themselves, each time with a company file of its own."""
-        return [replace(job, under_wine=True) for job in self._unittest_jobs("server", "tests/workbench")]
+        jobs = self._unittest_jobs(kind, "tests/workbench")
+        return [replace(job, under_wine=True, environment=environment) for job in jobs]
 
     def _tools_jobs(self) -> list[Job]:
         return self._unittest_jobs("tools", "tests/tools")
