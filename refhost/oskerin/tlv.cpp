@@ -78,16 +78,20 @@ class ByteReader {
     return tag;
 }
 
-// A length of one byte, or of one or two more bytes when the first one says so.
+// A length of one byte, or of one or two more bytes when the first one says so. A length that is left open (80) stands
+// in no card data.
 [[nodiscard]] std::optional<size_t> TakeLength(ByteReader& bytes) {
     const auto first = bytes.TakeByte();
     if (!first || *first < 0x80) {
         return first;
     }
+    if (*first < 0x81 || *first > 0x82) {
+        return std::nullopt;
+    }
     size_t length = 0;
     for (unsigned left = *first & 0x7FU; left > 0; --left) {
         const auto byte = bytes.TakeByte();
-        if (!byte || *first > 0x82) {
+        if (!byte) {
             return std::nullopt;
         }
         length = length * 256 + *byte;

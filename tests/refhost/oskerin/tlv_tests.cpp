@@ -57,7 +57,11 @@ TEST(DecodeTlv, RefusesLengthsOfMoreThanTwoBytes) {
     EXPECT_EQ(DecodeTlv("5AFFFFFFFFFFFFFFFFFFFFFF"), std::nullopt);
 }
 
-TEST(DecodeTlv, RefusesLengthsWithoutOne) { EXPECT_EQ(DecodeTlv("5A80AA0000"), std::nullopt); }
+TEST(DecodeTlv, RefusesLengthsWithoutOne) {
+    EXPECT_EQ(DecodeTlv("5A80"), std::nullopt);
+    EXPECT_EQ(DecodeTlv("5A80AA0000"), std::nullopt);
+    EXPECT_EQ(DecodeTlv("5A80" + std::string(size_t{2} * 0x80, 'A')), std::nullopt);
+}
 
 TEST(DecodeTlv, RefusesDeeperNestingThanAnyCardHas) {
     std::string text = "5A0111";
