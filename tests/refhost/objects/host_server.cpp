@@ -112,4 +112,14 @@ std::vector<std::string> HostTest::Calls() const {
     return calls;
 }
 
+std::string HostTest::LastDescription() {
+    ComPtr<IErrorInfo> info;
+    OwnedBstr description;
+    EXPECT_HRESULT(S_OK, ::GetErrorInfo(0, info.Receive()));
+    if (info) {
+        EXPECT_HRESULT(S_OK, info->GetDescription(description.Receive()));
+    }
+    return Text(description);
+}
+
 }  // namespace paylodge::refhost

@@ -77,6 +77,8 @@ class HostTest : public ::testing::Test {
 
     // What the host's objects were asked so far.
     [[nodiscard]] std::vector<std::string> Calls() const;
+    // What the last error says of itself.
+    [[nodiscard]] static std::string LastDescription();
 
     HostServer host_;
     TemporaryCompanyFile sample_;

@@ -33,6 +33,19 @@ TEST(EscapedText, WritesHalvesOfSurrogatePairsAsNumbers) {
     EXPECT_EQ(EscapedText(std::wstring{0xD83D, L'x'}), "\\uD83Dx");
 }
 
+TEST(EscapedText, LeavesWholePairsAloneWhereverTheyStand) {
+    EXPECT_EQ(EscapedText(L"\U0001F600x"), "\xF0\x9F\x98\x80x");
+    EXPECT_EQ(EscapedText(L"\U00010000\U0010FFFF"), "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF");
+    EXPECT_EQ(EscapedText(std::wstring{0xD83D, 0xD83D, 0xDE00, 0xDE00}), "\\uD83D\xF0\x9F\x98\x80\\uDE00");
+}
+
+TEST(EscapedText, LeavesTheCharactersBesideThoseAlone) {
+    EXPECT_EQ(EscapedText(L" \x1F[]"), " \\u001F[]");
+    EXPECT_EQ(EscapedText(L"\xD7FF\xE000\xFFFD"), "\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBD");
+    EXPECT_EQ(EscapedText(std::wstring{0xD800}), "\\uD800");
+    EXPECT_EQ(EscapedText(std::wstring{0xDBFF, L'-', 0xDC00, 0xDFFF}), "\\uDBFF-\\uDC00\\uDFFF");
+}
+
 TEST(UnescapedText, IsTheTextThatWasEscaped) {
     std::wstring every_unit;
     for (unsigned unit = 0; unit <= 0xFFFF; ++unit) {
@@ -48,6 +61,16 @@ TEST(UnescapedText, LeavesWhatIsNoEscapeAlone) {
     EXPECT_EQ(UnescapedText("\\u12"), L"\\u12");
     EXPECT_EQ(UnescapedText("\\uXYZW"), L"\\uXYZW");
     EXPECT_EQ(UnescapedText("\\n"), L"\\n");
+    // The characters before and after the digits and the letters, at each of the four places.
+    for (const char beside : {'/', ':', '@', 'G', '`', 'g'}) {
+        for (size_t place = 2; place < 6; ++place) {
+            std::string text = "\\u0041";
+            text[place] = beside;
+            EXPECT_EQ(UnescapedText(text), std::wstring(text.begin(), text.end()));
+        }
+    }
+    EXPECT_EQ(UnescapedText("\\u0041\\u00e9x\\u005a"), L"A\u00E9xZ");
+    EXPECT_EQ(UnescapedText("\\U0041"), L"\\U0041");
 }
 
 TEST(PropertyValue, OfEachKindComesBackAsItWas) {

@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <set>
+
 #include "refhost/books/xml_reader.hpp"
 #include "refhost/objects/host_boundary.hpp"
 #include "refhost/objects/processor_object.hpp"
@@ -59,17 +61,6 @@ class Server : public HostTest {
         OwnedBstr response;
         EXPECT_HRESULT(S_OK, SendOne(Envelope(requests), response));
         return Responses(response);
-    }
-
-    // What the last error says of itself.
-    [[nodiscard]] static std::string LastDescription() {
-        ComPtr<IErrorInfo> info;
-        OwnedBstr description;
-        EXPECT_HRESULT(S_OK, ::GetErrorInfo(0, info.Receive()));
-        if (info) {
-            EXPECT_HRESULT(S_OK, info->GetDescription(description.Receive()));
-        }
-        return Text(description);
     }
 
     [[nodiscard]] static std::vector<Element> Responses(const OwnedBstr& response) {
@@ -240,6 +231,48 @@ TEST_F(Server, BeginsASessionWithTheOpenFileOnly) {
     EXPECT_FALSE(another);
 }
 
+TEST_F(Server, BeginsASessionInEachFileModeAndNoOther) {
+    const auto processor = Connected();
+    for (const LONG mode : {0L, 1L, 2L}) {
+        OwnedBstr ticket;
+        EXPECT_HRESULT(S_OK, processor->BeginSession(nullptr, mode, ticket.Receive())) << mode;
+        EXPECT_NE("", Text(ticket)) << mode;
+    }
+    for (const LONG mode : {-1L, 3L}) {
+        OwnedBstr ticket;
+        EXPECT_HRESULT(E_INVALIDARG, processor->BeginSession(nullptr, mode, ticket.Receive())) << mode;
+        EXPECT_FALSE(ticket) << mode;
+    }
+}
+
+TEST_F(Server, GivesEachSessionATicketOfItsOwn) {
+    const auto processor = Connected();
+    const auto other = Connected();
+    const std::set<std::string> tickets = {Text(Begin(*processor.Get())), Text(Begin(*other.Get())),
+                                           Text(Begin(*processor.Get()))};
+    EXPECT_EQ(tickets.size(), 3U);
+}
+
+TEST_F(Server, OpensTheFileThatASessionNames) {
+    ASSERT_HRESULT(S_OK, control_->CloseCompanyFile());
+    const auto processor = Connected();
+    OwnedBstr missing;
+    EXPECT_HRESULT(static_cast<HRESULT>(0x80070002),
+                   processor->BeginSession(MakeBstr(L"nowhere.lhcompany").Get(), 2, missing.Receive()));
+    EXPECT_FALSE(missing);
+    EXPECT_THAT(LastDescription(), HasSubstr("nowhere.lhcompany"));
+    OwnedBstr ticket;
+    EXPECT_HRESULT(S_OK, processor->BeginSession(MakeBstr(sample_.Path()).Get(), 2, ticket.Receive()));
+    OwnedBstr path;
+    EXPECT_HRESULT(S_OK, control_->get_CompanyFile(path.Receive()));
+    EXPECT_EQ(View(path), sample_.Path());
+    // Names of files do not depend on letter case.
+    std::wstring upper = sample_.Path();
+    ::CharUpperBuffW(upper.data(), static_cast<DWORD>(upper.size()));
+    OwnedBstr again;
+    EXPECT_HRESULT(S_OK, processor->BeginSession(MakeBstr(upper).Get(), 2, again.Receive()));
+}
+
 TEST_F(Server, RecordsTheCallsInTheirOrder) {
     OwnedBstr response;
     ASSERT_HRESULT(S_OK, SendOne("<x/>", response));
@@ -392,6 +425,13 @@ TEST_F(Server, ObjectsOfTheProcessorAreCalledThroughSlotsOnly) {
     EXPECT_EQ(count, 0U);
     ComPtr<ITypeInfo> info;
     EXPECT_HRESULT(E_NOTIMPL, dispatch->GetTypeInfo(0, 0, info.Receive()));
+    EXPECT_HRESULT(E_POINTER, dispatch->GetTypeInfoCount(nullptr));
+    std::wstring name = L"ProcessRequest";
+    LPOLESTR names = name.data();
+    DISPID id = 7;
+    EXPECT_HRESULT(E_NOTIMPL, dispatch->GetIDsOfNames(IID_NULL, &names, 1, 0, &id));
+    DISPPARAMS none = {};
+    EXPECT_HRESULT(E_NOTIMPL, dispatch->Invoke(1, IID_NULL, 0, DISPATCH_METHOD, &none, nullptr, nullptr, nullptr));
 }
 
 TEST_F(Server, ControlIsReachedByName) {
