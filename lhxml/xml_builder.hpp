@@ -5,7 +5,6 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <utility>
 
 namespace paylodge {
 
@@ -35,19 +34,19 @@ class XMLBuilder {
     // Text that is XML already, copied without any change.
     void AddVerbatim(std::string_view text);
 
-    [[nodiscard]] const std::string& GetText() const& noexcept { return text_; }
+    [[nodiscard]] std::string GetText() const& { return text_.substr(0, size_); }
     // Of a builder that is not needed any more.
-    [[nodiscard]] std::string GetText() && noexcept { return std::move(text_); }
+    [[nodiscard]] std::string GetText() &&;
 
   private:
-    // How many blanks a line begins with.
-    [[nodiscard]] size_t Indentation() const noexcept;
+    // write() writes at most `room` characters behind those that are there.
+    template <class Write>
+    void Append(size_t room, const Write& write);
 
     std::int32_t depth_ = 0;
+    // What has been written and, behind it, room for more.
     std::string text_;
+    size_t size_ = 0;
 };
-
-// Appends the value with its five special characters replaced by their entities.
-void AppendEscaped(std::string& text, std::string_view value);
 
 }  // namespace paylodge

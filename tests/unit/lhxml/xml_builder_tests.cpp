@@ -5,6 +5,7 @@
 #include <array>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace paylodge {
 namespace {
@@ -12,9 +13,11 @@ namespace {
 using namespace std::string_literals;
 using namespace std::string_view_literals;
 
+[[nodiscard]] std::string TakeText(XMLBuilder& builder) { return std::move(builder).GetText(); }
+
 // What stands before the tag that a builder opens after so many steps up or down.
 [[nodiscard]] std::string LastLine(const XMLBuilder& builder) {
-    const std::string& text = builder.GetText();
+    const std::string text = builder.GetText();
     const std::size_t before = text.rfind("\r\n", text.size() - 3);
     return before == std::string::npos ? text : text.substr(before + 2);
 }
@@ -26,9 +29,8 @@ using namespace std::string_view_literals;
 }
 
 [[nodiscard]] std::string Escaped(std::string_view value) {
-    std::string text;
-    AppendEscaped(text, value);
-    return text;
+    const std::string line = Element("A", value);
+    return line.substr(3, line.size() - "<A></A>\r\n"sv.size());
 }
 
 TEST(XmlBuilder, BeginsEmptyAndAtTheMargin) {
@@ -168,6 +170,34 @@ TEST(XmlBuilder, LongValueIsWrittenWhole) {
     EXPECT_EQ("<A>&amp;&amp;", text.substr(0, 13));
 }
 
+// Short pieces are copied in another way than long ones, and the text grows many times on the way.
+TEST(XmlBuilder, NamesAndValuesOfEveryLengthAreWrittenWhole) {
+    const std::string letters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_.:abcdefghijklmn";
+    XMLBuilder builder;
+    std::string expected;
+    for (std::size_t size = 1; size <= letters.size(); ++size) {
+        const std::string name = letters.substr(0, size);
+        const std::string value = letters.substr(letters.size() - size) + "<";
+        const std::string escaped = letters.substr(letters.size() - size) + "&lt;";
+        builder.OpenElement(name, std::array{std::string_view(name)}, std::array{std::string_view(value)});
+        builder.AddElement(name, value);
+        builder.CloseElement(name);
+        expected += "<" + name + " " + name + "=\"" + escaped + "\">\r\n";
+        expected += "    <" + name + ">" + escaped + "</" + name + ">\r\n";
+        expected += "</" + name + ">\r\n";
+        ASSERT_EQ(expected, builder.GetText()) << size;
+    }
+    EXPECT_EQ(expected, TakeText(builder));
+}
+
+TEST(XmlBuilder, BuilderWhoseTextWasTakenBeginsAgain) {
+    XMLBuilder builder;
+    builder.AddElement("A", "x");
+    EXPECT_EQ("<A>x</A>\r\n", TakeText(builder));
+    builder.AddElement("B", "y");
+    EXPECT_EQ("<B>y</B>\r\n", builder.GetText());
+}
+
 struct Escape {
     std::string_view special;
     std::string_view entity;
@@ -182,8 +212,7 @@ INSTANTIATE_TEST_SUITE_P(XmlBuilder, EscapeTable,
                          testing::Values(Escape{"\"", "&quot;"}, Escape{"&", "&amp;"}, Escape{"'", "&apos;"},
                                          Escape{"<", "&lt;"}, Escape{">", "&gt;"}));
 
-// Blocks of 16 characters are looked at at once: each special character at each place of values around their limits.
-TEST(AppendEscaped, FindsEverySpecialCharacterAtEveryPosition) {
+TEST(XmlBuilderEscapes, EverySpecialCharacterAtEveryPosition) {
     constexpr std::string_view kSpecial = "\"&'<>";
     constexpr std::string_view kEntities[] = {"&quot;", "&amp;", "&apos;", "&lt;", "&gt;"};
     for (std::size_t size = 1; size <= 50; ++size) {
@@ -199,7 +228,7 @@ TEST(AppendEscaped, FindsEverySpecialCharacterAtEveryPosition) {
     }
 }
 
-TEST(AppendEscaped, FindsTwoSpecialCharactersAnyDistanceApart) {
+TEST(XmlBuilderEscapes, TwoSpecialCharactersAnyDistanceApart) {
     for (std::size_t first = 0; first < 40; ++first) {
         for (std::size_t second = first + 1; second < 40; ++second) {
             std::string value(40, 'x');
@@ -212,7 +241,7 @@ TEST(AppendEscaped, FindsTwoSpecialCharactersAnyDistanceApart) {
     }
 }
 
-TEST(AppendEscaped, LeavesBytesThatDifferInOneBit) {
+TEST(XmlBuilderEscapes, NoBytesThatDifferInOneBit) {
     for (const char special : "\"&'<>"s) {
         for (int bit = 0; bit < 8; ++bit) {
             const char other = static_cast<char>(static_cast<unsigned char>(special) ^ (1U << bit));
@@ -224,7 +253,7 @@ TEST(AppendEscaped, LeavesBytesThatDifferInOneBit) {
     }
 }
 
-TEST(AppendEscaped, CopiesEveryOtherByteAsItIs) {
+TEST(XmlBuilderEscapes, NoOtherByte) {
     for (int code = 0; code < 256; ++code) {
         const std::string byte(1, static_cast<char>(code));
         if ("\"&'<>"sv.find(byte) == std::string_view::npos) {
@@ -233,16 +262,9 @@ TEST(AppendEscaped, CopiesEveryOtherByteAsItIs) {
     }
 }
 
-TEST(AppendEscaped, EscapesWhatLooksEscapedAlready) { EXPECT_EQ("&amp;amp;", Escaped("&amp;")); }
+TEST(XmlBuilderEscapes, WhatLooksEscapedAlready) { EXPECT_EQ("&amp;amp;", Escaped("&amp;")); }
 
-TEST(AppendEscaped, GoesOnAfterANul) { EXPECT_EQ("a\0&lt;"s, Escaped("a\0<"sv)); }
-
-TEST(AppendEscaped, AppendsToWhatIsThere) {
-    std::string text = "<";
-    AppendEscaped(text, "<");
-    AppendEscaped(text, "");
-    EXPECT_EQ("<&lt;", text);
-}
+TEST(XmlBuilderEscapes, WhatFollowsANul) { EXPECT_EQ("a\0&lt;"s, Escaped("a\0<"sv)); }
 
 }  // namespace
 }  // namespace paylodge
