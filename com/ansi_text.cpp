@@ -1,6 +1,8 @@
 #include "com/ansi_text.hpp"
 
+#include <algorithm>
 #include <limits>
+#include <type_traits>
 #include <utility>
 
 namespace paylodge {
@@ -14,6 +16,13 @@ namespace {
     return static_cast<int>(size);
 }
 
+// These characters are the same in every ANSI code page, and most texts have no others: converting them here takes a
+// fraction of the platform's time.
+template <class Character>
+[[nodiscard]] bool IsAscii(std::basic_string_view<Character> text) noexcept {
+    return std::ranges::all_of(text, [](std::make_unsigned_t<Character> character) { return character < 0x80; });
+}
+
 [[nodiscard]] OwnedBstr BstrFromNarrow(UINT code_page, std::string_view text) {
     if (text.empty()) {
         return MakeBstr({});
@@ -24,6 +33,10 @@ namespace {
     OwnedBstr result(::SysAllocStringLen(nullptr, static_cast<UINT>(size)));
     if (!result) {
         _com_issue_error(E_OUTOFMEMORY);
+    }
+    if (IsAscii(text)) {
+        std::ranges::copy(text, result.Get());
+        return result;
     }
     const int length = ::MultiByteToWideChar(code_page, 0, text.data(), size, result.Get(), size);
     return length == size ? std::move(result) : MakeBstr({result.Get(), static_cast<size_t>(length)});
@@ -54,7 +67,14 @@ std::string NarrowFromWide(UINT code_page, std::wstring_view text) {
     return result;
 }
 
-std::string AnsiFromWide(std::wstring_view text) { return NarrowFromWide(CP_ACP, text); }
+std::string AnsiFromWide(std::wstring_view text) {
+    if (!IsAscii(text)) {
+        return NarrowFromWide(CP_ACP, text);
+    }
+    std::string result(text.size(), '\0');
+    std::ranges::transform(text, result.begin(), [](wchar_t character) { return static_cast<char>(character); });
+    return result;
+}
 
 std::string AnsiFromBstr(BSTR text) { return AnsiFromWide(View(text)); }
 

@@ -20,6 +20,38 @@ TEST(AnsiText, WideTextBecomesNarrow) {
     EXPECT_EQ("", AnsiFromWide(L""));
 }
 
+// These texts are not given to the platform.
+TEST(AnsiText, AsciiStaysItselfAtEveryLength) {
+    std::wstring wide;
+    std::string narrow;
+    for (int code = 0; code < 0x80; ++code) {
+        EXPECT_EQ(narrow, AnsiFromWide(wide)) << code;
+        EXPECT_EQ(narrow, NarrowFromWide(CP_ACP, wide)) << code;
+        EXPECT_EQ(wide, View(BstrFromAnsi(narrow))) << code;
+        EXPECT_EQ(wide, View(BstrFromThreadAnsi(narrow))) << code;
+        wide += static_cast<wchar_t>(code);
+        narrow += static_cast<char>(code);
+    }
+    EXPECT_EQ(narrow, AnsiFromWide(wide));
+}
+
+TEST(AnsiText, OneOtherCharacterIsConvertedAtEveryPlace) {
+    for (std::size_t size = 1; size <= 70; ++size) {
+        for (std::size_t place = 0; place < size; ++place) {
+            std::wstring text(size, L'x');
+            text[place] = L'\x20AC';
+            std::string expected(size, 'x');
+            expected[place] = '\x80';
+            ASSERT_EQ(expected, AnsiFromWide(text));
+            ASSERT_EQ(text, View(BstrFromAnsi(expected)));
+        }
+    }
+}
+
+TEST(AnsiText, FirstCharacterBehindAsciiIsThePlatforms) {
+    EXPECT_EQ(NarrowFromWide(CP_ACP, L"\x80"), AnsiFromWide(L"\x80"));
+}
+
 TEST(AnsiText, CharactersOutsideTheCodePageBecomeItsDefault) {
     EXPECT_EQ("a?b", AnsiFromWide(L"a\x65E5"
                                   L"b"));
