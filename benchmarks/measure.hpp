@@ -17,10 +17,12 @@ namespace paylodge::bench {
 // How long one comparison goes on.
 struct Limits {
     int least_runs;
+    // Of calls with many records.
+    int least_long_runs;
     double most_seconds;
 };
-inline constexpr Limits kThorough = {40, 60};
-inline constexpr Limits kQuick = {8, 5};
+inline constexpr Limits kThorough = {40, 16, 60};
+inline constexpr Limits kQuick = {8, 6, 5};
 // Two halves of the runs that differ by more than this go on being measured, as long as there is time.
 inline constexpr double kAgreement = 0.03;
 inline constexpr int kFewestRuns = 6;
@@ -158,7 +160,7 @@ template <class Action, class Floor>
         return std::abs(samples.RatioOfSums(0, 2) / samples.RatioOfSums(1, 2) - 1);
     };
     const int repeats = std::max(1, 2 * kLong / size);
-    const Limits few = {kFewestRuns, limits.most_seconds};
+    const Limits few = {limits.least_long_runs, limits.least_long_runs, limits.most_seconds};
     const Samples samples =
         Take(few, ProcessorSeconds, Repeated(action, repeats), Repeated(floor, repeats), disagreement_of);
     const auto mean = [](const std::vector<double>& values) {
