@@ -1,7 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cstdio>
 #include <set>
+#include <string>
 
 #include "refhost/books/xml_reader.hpp"
 #include "refhost/objects/host_boundary.hpp"
@@ -78,6 +81,24 @@ TEST_F(Server, AnswersAQueryFromTheCompanyFile) {
     EXPECT_EQ(*FindAttribute(responses[0], "requestID"), "requestID_7");
     EXPECT_THAT(Texts(responses[0], "FullName"),
                 ElementsAre("Riverside Checking", "Riverside Savings", "Card Settlement", "Petty Cash"));
+}
+
+TEST_F(Server, StampsWhatItAddsWithTheLocalTime) {
+    const auto now = [] {
+        SYSTEMTIME time = {};
+        ::GetLocalTime(&time);
+        std::array<char, 32> text{};
+        std::snprintf(text.data(), text.size(), "%d-%02d-%02dT%02d:%02d:%02d", time.wYear, time.wMonth, time.wDay,
+                      time.wHour, time.wMinute, time.wSecond);
+        return std::string(text.data());
+    };
+    const std::string before = now();
+    const auto responses = Ask(
+        "<AccountAddRq><AccountAdd><Name>Holding</Name><AccountType>Bank</AccountType></AccountAdd></AccountAddRq>");
+    const auto created = Texts(responses.at(0), "TimeCreated");
+    ASSERT_EQ(created.size(), 1U);
+    EXPECT_GE(created[0], before);
+    EXPECT_LE(created[0], now());
 }
 
 TEST_F(Server, KeepsAnAddedAccountInTheFile) {

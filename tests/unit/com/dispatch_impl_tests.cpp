@@ -159,6 +159,12 @@ TEST_F(DispatchImpl, NamesAreRefusedForAnotherInterfaceOrWithoutPlaces) {
     EXPECT_EQ(7, id);
 }
 
+TEST_F(DispatchImpl, NullNameIsRefused) {
+    LPOLESTR names[] = {nullptr};
+    DISPID id = 7;
+    EXPECT_TRUE(FAILED(object->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id)));
+}
+
 TEST_F(DispatchImpl, ArgumentsStandInReverseOrder) {
     const OwnedBstr type = MakeBstr(L"type");
     const OwnedBstr id = MakeBstr(L"id");

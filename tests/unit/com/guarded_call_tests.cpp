@@ -104,6 +104,21 @@ TEST(GuardedCall, ReturnsTheCodeThatItCaught) {
     EXPECT_EQ(0U, RunGuarded([] {}, &IsForeignExceptionOrCrash));
 }
 
+// Debuggers wait for the first two; after an overflow there is no stack to go on with.
+TEST(GuardedCall, LeavesBreakpointsAndOverflowsOfTheStackToOthers) {
+    for (const DWORD code : {static_cast<DWORD>(EXCEPTION_BREAKPOINT), static_cast<DWORD>(EXCEPTION_SINGLE_STEP),
+                             static_cast<DWORD>(EXCEPTION_STACK_OVERFLOW)}) {
+        bool has_returned = false;
+        const auto inner = [&] {
+            static_cast<void>(Guarded([code] { Raise(code); }));
+            has_returned = true;
+        };
+        const auto catch_all = [](DWORD) { return true; };
+        EXPECT_EQ(code, RunGuarded(inner, +catch_all)) << std::hex << code;
+        EXPECT_FALSE(has_returned) << std::hex << code;
+    }
+}
+
 TEST(GuardedCall, LetsPassWhatItsFilterDoesNotName) {
     DWORD inner = 1;
     const auto crash = [] { Raise(EXCEPTION_ACCESS_VIOLATION); };

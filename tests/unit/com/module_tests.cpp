@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <string>
+#include <thread>
 
 #include "tests/support/hresult.hpp"
 #include "tests/support/import_slot.hpp"
@@ -54,6 +55,21 @@ TEST(Module, IsTheProgramThatTheCodeIsLinkedInto) {
     EXPECT_EQ(::GetModuleHandleW(nullptr), Module::Instance());
     EXPECT_EQ(L"com_tests.exe", std::filesystem::path(Module::Path()).filename());
     EXPECT_TRUE(std::filesystem::path(Module::Path()).is_absolute());
+}
+
+TEST(Module, CountsTheLocksOfSeveralThreads) {
+    constexpr int kRounds = 100'000;
+    const LONG before = Module::References();
+    const auto lock_and_unlock = [] {
+        for (int round = 0; round < kRounds; ++round) {
+            Module::Lock();
+            Module::Unlock();
+        }
+    };
+    std::thread other(lock_and_unlock);
+    lock_and_unlock();
+    other.join();
+    EXPECT_EQ(before, Module::References());
 }
 
 TEST(Module, PathMayBeOfAnyLength) {

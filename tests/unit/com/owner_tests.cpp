@@ -12,8 +12,10 @@
 #include "com/bstr.hpp"
 #include "com/com_ptr.hpp"
 #include "com/object_root.hpp"
+#include "com/variant.hpp"
 #include "tests/support/bstr_allocations.hpp"
 #include "tests/support/hresult.hpp"
+#include "tests/support/live_allocations.hpp"
 
 namespace paylodge::test {
 namespace {
@@ -117,6 +119,41 @@ TEST_F(OwnerTest, ReceivesWhatAFunctionHandsOut) {
 static_assert(!std::is_copy_constructible_v<Number> && !std::is_copy_assignable_v<Number>);
 static_assert(std::is_nothrow_move_constructible_v<Number> && std::is_nothrow_move_assignable_v<Number>);
 static_assert(!std::is_convertible_v<int, Number>);
+
+TEST(Variant, IsEmptyAtFirst) {
+    const OwnedVariant value;
+    EXPECT_EQ(VT_EMPTY, value.Type());
+    EXPECT_EQ(VT_EMPTY, V_VT(&value.Get()));
+}
+
+TEST(Variant, TakesAStringOverAndFreesItOnce) {
+    if (!LiveAllocations::CanCountStrings()) {
+        GTEST_SKIP() << "OANOCACHE is not set: automation keeps freed strings";
+    }
+    const LiveAllocations allocations;
+    {
+        const OwnedVariant value(MakeBstr(L"text"));
+        EXPECT_EQ(1, allocations.Count());
+        EXPECT_EQ(VT_BSTR, value.Type());
+        EXPECT_EQ(L"text", View(value.Bstr()));
+    }
+    EXPECT_EQ(0, allocations.Count());
+}
+
+TEST(Variant, FreesWhatAFunctionHandedOut) {
+    if (!LiveAllocations::CanCountStrings()) {
+        GTEST_SKIP() << "OANOCACHE is not set: automation keeps freed strings";
+    }
+    const LiveAllocations allocations;
+    {
+        OwnedVariant value;
+        VARIANT* const slot = value.Receive();
+        V_VT(slot) = VT_BSTR;
+        V_BSTR(slot) = MakeBstr(L"text").Detach();
+        EXPECT_EQ(1, allocations.Count());
+    }
+    EXPECT_EQ(0, allocations.Count());
+}
 
 TEST(Bstr, ViewSeesEmbeddedNulsAndTakesNullForTheEmptyText) {
     EXPECT_EQ(L"a\0b"s, View(MakeBstr(L"a\0b"s)));

@@ -2,6 +2,7 @@
 
 #include "com/module.hpp"
 #include "tests/support/hresult.hpp"
+#include "tests/support/platform.hpp"
 #include "tests/support/scratch_registry.hpp"
 
 namespace paylodge {
@@ -35,6 +36,26 @@ TEST_F(ServerRegistration, RemovesTheModuleAndItsTypeLibrary) {
     EXPECT_FALSE(HasKey(L"Paylodge.Paylodge"));
     EXPECT_EQ(CountSubkeys(L"CLSID"), 0u);
     EXPECT_FALSE(HasKey(kLibraryKey));
+}
+
+class UserServerRegistration : public ScratchRegistry {
+    Redirection user_{HKEY_CURRENT_USER, Root()};
+    Redirection classes_{HKEY_CLASSES_ROOT, Root()};
+};
+
+TEST_F(UserServerRegistration, WritesToTheUsersClassesAlone) {
+    const std::wstring classes = L"Software\\Classes\\";
+    const std::wstring server = classes + Join(kPaylodgeKey, L"InprocServer32");
+    // Wine registers every type library for the machine.
+    const std::wstring library = std::wstring(test::WindowsOrWine(classes.c_str(), L"")) +
+                                 Join(kLibraryKey, sizeof(void*) == 8 ? L"0\\win64" : L"0\\win32");
+    ASSERT_HRESULT(S_OK, RegisterServer(RegistrationScope::kCurrentUser));
+    EXPECT_EQ(Text(server.c_str()), Module::Path());
+    EXPECT_EQ(Text(library.c_str()), Module::Path());
+    EXPECT_FALSE(HasKey(L"CLSID"));
+    ASSERT_HRESULT(S_OK, UnregisterServer(RegistrationScope::kCurrentUser));
+    EXPECT_FALSE(HasKey(server.c_str()));
+    EXPECT_FALSE(HasKey(library.c_str()));
 }
 
 TEST_F(ServerRegistration, RemovesWhatIsNotThereWithoutFailure) { EXPECT_HRESULT(S_OK, UnregisterServer()); }

@@ -143,6 +143,7 @@ TEST_F(MachineRegistration, FailsForAScriptThatIsMissing) {
 
 TEST_F(UserRegistration, WritesToTheClassesOfTheUser) {
     const Registrar registrar = MakeRegistrar(RegistrationScope::kCurrentUser);
+    EXPECT_EQ(registrar.Scope(), RegistrationScope::kCurrentUser);
     ASSERT_HRESULT(S_OK, registrar.Register(kPaylodge));
     EXPECT_EQ(Text(L"Software\\Classes\\Paylodge.Paylodge\\CLSID"), kPaylodgeId);
     EXPECT_EQ(Text(Join(Join(L"Software\\Classes", kPaylodgeKey).c_str(), L"InprocServer32").c_str()), kModule);

@@ -55,6 +55,20 @@ TEST(ScriptTokenizer, EndsQuotedTextAtItsClosingQuote) {
     EXPECT_EQ(brace.begin, 7u);
 }
 
+// What follows in memory is no part of the script.
+TEST(ScriptTokenizer, EndsWhereTheScriptEnds) {
+    ScriptTokenizer blanks(std::u16string_view(u"a  b", 2));
+    EXPECT_EQ(blanks.Next().value().text, u"a");
+    EXPECT_FALSE(blanks.Next().has_value());
+    ScriptTokenizer word(std::u16string_view(u"abc d", 2));
+    EXPECT_EQ(word.Next().value().text, u"ab");
+    EXPECT_FALSE(word.Next().has_value());
+    ScriptTokenizer quoted(std::u16string_view(u"'a'' b'", 3));
+    EXPECT_EQ(quoted.Next().value().text, u"a");
+    EXPECT_FALSE(quoted.Next().has_value());
+    EXPECT_EQ(MistakeLine(std::u16string_view(u"'a'", 2)), 1u);
+}
+
 TEST(ScriptTokenizer, CountsLines) {
     ScriptTokenizer tokens(u"one\n'two\nthree' three\r\n\r\nfive");
     EXPECT_EQ(tokens.Next().value().line, 1u);
