@@ -180,11 +180,13 @@ def kill_while_starting(company: Path, architecture: str, seconds: float) -> Non
     process.communicate()
 
 
-def live_and_be_killed(company: Path, architecture: str, kills: int, seed: int = SEED) -> Day:
+def live_and_be_killed(company: Path, architecture: str, kills: int, seed: int = SEED, says_so: bool = False) -> Day:
     """Raises AssertionError for the first kill that leaves something wrong behind."""
     day = Day()
     chance = random.Random(seed)
     for kill in range(kills):
+        if says_so and kill % 20 == 0:
+            print(f"{kill} kills, {len(day.acknowledged)} documents acknowledged", flush=True)
         if kill % STARTS == STARTS - 1:
             kill_while_starting(company, architecture, chance.uniform(0, LONGEST_START_SECONDS))
         else:
@@ -237,7 +239,7 @@ class KilledDay(unittest.TestCase):
 
 def measure(kills: int) -> None:
     begin = time.monotonic()
-    day = live_and_be_killed(fresh_company("killed-day-measured"), "x64", kills, SEED + 1)
+    day = live_and_be_killed(fresh_company("killed-day-measured"), "x64", kills, SEED + 1, says_so=True)
     minutes = (time.monotonic() - begin) / 60
     print(f"{kills} kills in {minutes:.0f} minutes: {len(day.documents)} documents sent, {len(day.acknowledged)} acknowledged, none lost,")
     print(f"{len(day.documents) - len(day.acknowledged)} cut off by a kill, each there as a whole or not at all; the books were true each time")

@@ -260,7 +260,7 @@ class Workbench:
         found = re.search(r":(\d+)/", line)
         if not found:
             errors = self.process.communicate()[1]
-            raise AssertionError(f"the workbench did not start: {line}{errors}")
+            raise AssertionError(f"the workbench did not start (status {self.process.returncode}): {line}{errors}")
         self.port = int(found.group(1))
         self.host = f"{APPROVED_NAME}:{self.port}"
         self.token = self.get("/workbench/session").json["token"]

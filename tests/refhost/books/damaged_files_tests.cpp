@@ -19,6 +19,7 @@
 #include "refhost/books/company_text.hpp"
 #include "refhost/books/processor.hpp"
 #include "refhost/books/request_guide.hpp"
+#include "refhost/books/watched_vfs.hpp"
 #include "refhost/books/xml_reader.hpp"
 #include "tests/refhost/books/sample_books.hpp"
 #include "tests/refhost/books/temporary_company.hpp"
@@ -168,8 +169,13 @@ constexpr std::array kDamages{
 
 class DamagedFile {
   public:
-    explicit DamagedFile(std::string bytes) : path_(TemporaryPath(".lhcompany")), bytes_(std::move(bytes)) {
+    // With a journal beside it unless that is empty.
+    explicit DamagedFile(std::string bytes, std::string_view journal = {})
+        : path_(TemporaryPath(".lhcompany")), bytes_(std::move(bytes)) {
         std::ofstream(path_, std::ios::binary) << bytes_;
+        if (!journal.empty()) {
+            std::ofstream(path_ + "-journal", std::ios::binary) << journal;
+        }
     }
     ~DamagedFile() {
         std::filesystem::remove(path_);
@@ -258,6 +264,58 @@ TEST_P(DamagedFiles, AreRefusedInWordsOrAnswer) {
     }
     std::cout << GetParam().files << " files: " << GetParam().files - opened << " refused, " << opened << " opened, "
               << true_books << " of these with true books\n";
+}
+
+// A file and its journal as a process leaves them that dies while it commits.
+struct Halfway {
+    std::string file;
+    std::string journal;
+};
+
+[[nodiscard]] Halfway DiedInTheCommit() {
+    const DamagedFile file(SampleFile());
+    Halfway halfway;
+    const auto company = Opened(file);
+    WatchSteps([&](FileStep step) {
+        if (step == FileStep::kCommit && halfway.journal.empty()) {
+            halfway = {ReadBytes(file.Path()), ReadBytes(file.Path() + "-journal")};
+        }
+        return std::nullopt;
+    });
+    ExpectAnswers(*company);
+    WatchSteps({});
+    return halfway;
+}
+
+TEST(DamagedJournal, IsAppliedOrNotButNeverHarms) {
+    const Halfway halfway = DiedInTheCommit();
+    ASSERT_FALSE(halfway.journal.empty());
+    ASSERT_NE(halfway.file, SampleFile());
+    {
+        const DamagedFile whole(halfway.file, halfway.journal);
+        ASSERT_NE(Opened(whole), nullptr);
+        EXPECT_EQ(ReadBytes(whole.Path()), SampleFile()) << "the change was not taken back";
+    }
+    constexpr int kFiles = 100;
+    int opened = 0;
+    for (int number = 0; number < kFiles; ++number) {
+        SCOPED_TRACE(number);
+        Accident accident(static_cast<unsigned>(number));
+        std::string journal = halfway.journal;
+        if (number % 2 == 0) {
+            journal.resize(1 + accident.Number(journal.size()));
+        } else {
+            accident.ChangeBytes(journal, 1, 0, number % 4 == 1 ? kHeaderSize : journal.size());
+        }
+        const DamagedFile file(halfway.file, journal);
+        if (const auto company = Opened(file)) {
+            ++opened;
+            static_cast<void>(Findings(*company));
+            ExpectText(*company);
+            ExpectAnswers(*company);
+        }
+    }
+    std::cout << kFiles << " journals: " << kFiles - opened << " files refused, " << opened << " opened\n";
 }
 
 INSTANTIATE_TEST_SUITE_P(, DamagedFiles, ::testing::ValuesIn(kDamages),
