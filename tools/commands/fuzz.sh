@@ -1,13 +1,16 @@
 #!/usr/bin/env bash
-# feeds the pure core with hostile input
+# feeds the component with hostile input
 
 usage() {
     cat <<'END'
 Usage: ./dev fuzz [--seconds N] [FUZZER]...
 
-Runs the given fuzzers of tests/fuzz, without an argument all of them, for N seconds each (default 60). They begin with
-the seeds in tests/fuzz/corpus. What they learn stays in build/fuzz/FUZZER; an input that breaks something is left in
-build/fuzz and named: it becomes a test.
+Runs the given fuzzers, without an argument all of them, for N seconds each (default 60).
+
+Those of tests/fuzz run on this machine with its sanitizers. They begin with the seeds in tests/fuzz/corpus. What they
+learn stays in build/fuzz/FUZZER; an input that breaks something is left in build/fuzz and named: it becomes a test.
+The fuzzer "operations" runs under Wine, whose parser it needs: each operation reads responses that came to harm, and
+what it returns is compared with a plain query. A document that breaks something is printed.
 END
 }
 
@@ -21,6 +24,17 @@ run_fuzzer() {
     "build/native/fuzz/$1" -max_total_time="$2" -timeout=10 -handle_int=0 -artifact_prefix="build/fuzz/$1-" -print_final_stats=1 \
         "${options[@]}" "build/fuzz/$1" "${seeds[@]}" 9>&- ||
         fail "$1 found something: the lines above say what; 'build/native/fuzz/$1 FILE' shows it again"
+}
+
+# fuzz_operations SECONDS
+fuzz_operations() {
+    build_preset x64 hostile_operations_tests
+    use_wine
+    start_wine
+    say "fuzzing operations for $1 s"
+    PAYLODGE_FUZZ_SECONDS=$1 run_wine $(($1 + 120)) build/x64 build/x64/tests/hostile_operations_tests.exe \
+        '--gtest_filter=HarmedResponse.*' ||
+        fail "operations found something: the lines above say what"
 }
 
 run() {
@@ -39,12 +53,16 @@ run() {
     done
     install_packages
     lock_checkout
+    . tools/wine.sh
     build_preset native fuzzers
-    [ ${#fuzzers[@]} -gt 0 ] || mapfile -t fuzzers < <(cd build/native/fuzz && ls -- *_fuzz)
+    [ ${#fuzzers[@]} -gt 0 ] || mapfile -t fuzzers < <(cd build/native/fuzz && ls -- *_fuzz && printf 'operations\n')
     for fuzzer in "${fuzzers[@]}"; do
-        [ -x "build/native/fuzz/$fuzzer" ] || usage_error "there is no fuzzer '$fuzzer' in tests/fuzz"
+        [ "$fuzzer" = operations ] || [ -x "build/native/fuzz/$fuzzer" ] || usage_error "there is no fuzzer '$fuzzer' in tests/fuzz"
     done
     for fuzzer in "${fuzzers[@]}"; do
-        run_fuzzer "$fuzzer" "$seconds"
+        case $fuzzer in
+            operations) fuzz_operations "$seconds" ;;
+            *) run_fuzzer "$fuzzer" "$seconds" ;;
+        esac
     done
 }
