@@ -34,9 +34,16 @@ template <class Function>
         reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleW(L"advapi32.dll"), name)));
 }
 
+// Where keys were to be created while the registry refuses that; null while it does not.
+std::vector<HKEY>* g_refused_parents = nullptr;
+
 LSTATUS WINAPI CreateKey(HKEY parent, LPCWSTR name, DWORD reserved, LPWSTR key_class, DWORD options, REGSAM access,
                          const LPSECURITY_ATTRIBUTES attributes, PHKEY key, LPDWORD disposition) {
     NoteOpened(name, access);
+    if (g_refused_parents != nullptr) {
+        g_refused_parents->push_back(parent);
+        return ERROR_ACCESS_DENIED;
+    }
     return InRegistry<decltype(CreateKey)>("RegCreateKeyExW")(parent, name, reserved, key_class, options, access,
                                                               attributes, key, disposition);
 }
@@ -95,6 +102,22 @@ TEST_F(RegistryWriter, RemovesThroughKeysThatItOpensForReading) {
               opened);
     EXPECT_TRUE(HasKey(L"Shared\\Ours"));
     EXPECT_FALSE(HasKey(L"Shared\\Ours\\Through"));
+}
+
+TEST(RegistryScriptWriter, WritesBeneathTheRootKeyThatTheScriptNames) {
+    const std::pair<std::u16string, HKEY> roots[] = {
+        {u"HKCR", HKEY_CLASSES_ROOT},   {u"HKCU", HKEY_CURRENT_USER},     {u"HKLM", HKEY_LOCAL_MACHINE},
+        {u"HKU", HKEY_USERS},           {u"HKPD", HKEY_PERFORMANCE_DATA}, {u"HKDD", HKEY_DYN_DATA},
+        {u"HKCC", HKEY_CURRENT_CONFIG},
+    };
+    for (const auto& [name, root] : roots) {
+        std::vector<HKEY> parents;
+        g_refused_parents = &parents;
+        const HRESULT result = WriteScript(ParseRegistryScript(name + u" { 'PaylodgeTests' }", {}));
+        g_refused_parents = nullptr;
+        EXPECT_HRESULT(E_ACCESSDENIED, result);
+        EXPECT_EQ(parents, std::vector{root}) << std::string(name.begin(), name.end());
+    }
 }
 
 TEST_F(RegistryWriter, CreatesKeysWithTheirDefaultValues) {
