@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdio>
+#include <cstdlib>
 #include <limits>
 
 #include "refhost/objects/processor_object.hpp"
@@ -133,6 +135,25 @@ TEST_F(Plans, AreAllForgottenTogether) {
     EXPECT_NE("(null)", response);
     EXPECT_NE("next", response);
     EXPECT_HRESULT(S_OK, processor_->EndSession(ticket_.Get()));
+}
+
+// Death tests run in a process of their own.
+using PlansDeathTest = Plans;
+
+TEST_F(PlansDeathTest, EndTheProcessBeforeTheNthCallOfAnyName) {
+    const auto call_five_times = [this](LONG nth) {
+        static_cast<void>(control_->EndProcessAt(nth));
+        for (int call = 1; call <= 5; ++call) {
+            static_cast<void>(call % 2 == 0 ? Close() : processor_->EndSession(nullptr));
+            std::fprintf(stderr, "call %d done;", call);
+            std::fflush(stderr);
+        }
+        std::exit(7);
+    };
+    EXPECT_EXIT(call_five_times(1), ::testing::ExitedWithCode(kPlannedExitCode), "^$");
+    EXPECT_EXIT(call_five_times(3), ::testing::ExitedWithCode(kPlannedExitCode), "call 2 done;$");
+    EXPECT_EXIT(call_five_times(6), ::testing::ExitedWithCode(7), "call 5 done;$");
+    EXPECT_EXIT(call_five_times(0), ::testing::ExitedWithCode(7), "call 5 done;$");
 }
 
 TEST_F(Plans, ToEndTheProcessAreTakenBackByAZero) {

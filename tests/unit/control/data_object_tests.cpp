@@ -33,6 +33,7 @@ TEST_F(DataObject, RendersTheControlAsAMetafileOfItsExtent) {
     ASSERT_HRESULT(S_OK, data_->GetData(&picture_, &medium));
     ASSERT_EQ(static_cast<DWORD>(TYMED_MFPICT), medium.tymed);
     EXPECT_EQ(nullptr, medium.pUnkForRelease);
+    EXPECT_GE(::GlobalSize(medium.hMetaFilePict), sizeof(METAFILEPICT));
     const auto* const picture = static_cast<const METAFILEPICT*>(::GlobalLock(medium.hMetaFilePict));
     ASSERT_NE(nullptr, picture);
     EXPECT_EQ(MM_ANISOTROPIC, picture->mm);

@@ -130,6 +130,23 @@ TEST_F(InPlace, ShowsOnlyWhatIsInsideTheClip) {
     EXPECT_EQ(ERROR, ::GetWindowRgnBox(ControlWindow(), &visible)) << "the window is whole again";
 }
 
+TEST_F(InPlace, PaintsWhatAWiderClipUncovers) {
+    ShowControl();
+    const RECT place{10, 10, 110, 60};
+    const RECT narrow{0, 0, 50, 30};
+    const RECT wide{0, 0, 80, 30};
+    EXPECT_HRESULT(S_OK, in_place_->SetObjectRects(&place, &narrow));
+    ::UpdateWindow(ControlWindow());
+    control_->draw_count = 0;
+    EXPECT_HRESULT(S_OK, in_place_->SetObjectRects(&place, &wide));
+    ::UpdateWindow(ControlWindow());
+    EXPECT_LT(0, control_->draw_count);
+    control_->draw_count = 0;
+    EXPECT_HRESULT(S_OK, in_place_->SetObjectRects(&place, &site_->clip));
+    ::UpdateWindow(ControlWindow());
+    EXPECT_LT(0, control_->draw_count) << "whole again";
+}
+
 TEST_F(InPlace, PlacingItWhileInactiveDoesNothing) {
     EXPECT_HRESULT(S_OK, in_place_->SetObjectRects(&site_->position, &site_->clip));
     EXPECT_EQ(nullptr, ChildWindow());

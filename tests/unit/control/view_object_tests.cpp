@@ -146,6 +146,11 @@ TEST_F(ViewObject, DrawnIntoAnOldMetafileKeepsThePlayersStatesAndClips) {
     EXPECT_EQ(1, std::ranges::count(recorded.functions, META_SAVEDC));
     EXPECT_EQ(1, std::ranges::count(recorded.functions, META_CREATEREGION));
     EXPECT_EQ(1, std::ranges::count(recorded.functions, META_RECTANGLE));
+    for (const int function : {META_SETMAPMODE, META_SETWINDOWORG, META_SETVIEWPORTORG}) {
+        EXPECT_EQ(0, std::ranges::count(recorded.functions, function)) << "the mapping is the player's";
+    }
+    EXPECT_EQ(10, control_->last_bounds.left);
+    EXPECT_EQ(70, control_->last_bounds.bottom);
 
     // Two states of the player's own: its text alignment comes back from the first.
     const int first = ::SaveDC(surface_.Dc());
@@ -157,6 +162,27 @@ TEST_F(ViewObject, DrawnIntoAnOldMetafileKeepsThePlayersStatesAndClips) {
     EXPECT_EQ(static_cast<UINT>(TA_RIGHT), ::GetTextAlign(surface_.Dc()));
     EXPECT_TRUE(::RestoreDC(surface_.Dc(), first));
     ::DeleteMetaFile(metafile);
+}
+
+TEST_F(ViewObject, DrawnIntoAnEnhancedMetafileLeavesTheMappingToThePlayer) {
+    const HDC recording = ::CreateEnhMetaFileW(nullptr, nullptr, nullptr, nullptr);
+    const RECTL bounds{10, 20, 110, 70};
+    EXPECT_HRESULT(
+        S_OK, view_->Draw(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, recording, &bounds, nullptr, nullptr, 0));
+    EXPECT_EQ(10, control_->last_bounds.left);
+    EXPECT_EQ(70, control_->last_bounds.bottom);
+    const HENHMETAFILE metafile = ::CloseEnhMetaFile(recording);
+    std::vector<DWORD> types;
+    const auto add = [](HDC, HANDLETABLE*, const ENHMETARECORD* record, int, LPARAM context) WINAPI -> int {
+        reinterpret_cast<std::vector<DWORD>*>(context)->push_back(record->iType);
+        return 1;
+    };
+    EXPECT_TRUE(::EnumEnhMetaFile(nullptr, metafile, add, &types, nullptr));
+    EXPECT_EQ(1, std::ranges::count(types, DWORD{EMR_RECTANGLE}));
+    for (const int type : {EMR_SETMAPMODE, EMR_SETWINDOWORGEX, EMR_SETVIEWPORTORGEX, EMR_MODIFYWORLDTRANSFORM}) {
+        EXPECT_EQ(0, std::ranges::count(types, static_cast<DWORD>(type))) << type;
+    }
+    ::DeleteEnhMetaFile(metafile);
 }
 
 TEST_F(ViewObject, ReportsWhatItsDrawingReports) {
