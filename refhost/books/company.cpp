@@ -65,6 +65,8 @@ void CheckHeader(const std::string& path) {
     std::array<char, kHeaderSize> bytes{};
     std::ifstream file(SystemPath(path), std::ios::binary);
     if (!file) {
+        // It knows when another program does not share the file.
+        static_cast<void>(Database(path, Database::Access::kRead));
         Refuse(Problem::kUnreadable, path, "cannot be opened: look at the rights on the file.");
     }
     file.read(bytes.data(), bytes.size());

@@ -20,7 +20,12 @@ struct Failure {
     const char* words;
 };
 
-[[nodiscard]] Failure FailureOf(int extended) {
+constexpr Failure kInUse{Problem::kLocked, "is in use by another program; close it there first"};
+
+// How Windows says that another program has the file and does not share it. Elsewhere nothing fails to open with this.
+constexpr int kSharingViolation = 32;
+
+[[nodiscard]] Failure FailureOf(int extended, int system_error) {
     switch (extended) {
         case SQLITE_IOERR_READ:
         case SQLITE_IOERR_SHORT_READ:
@@ -33,7 +38,7 @@ struct Failure {
     switch (extended & 0xFF) {
         case SQLITE_BUSY:
         case SQLITE_LOCKED:
-            return {Problem::kLocked, "is in use by another program; close it there first"};
+            return kInUse;
         case SQLITE_NOTADB:
             return {Problem::kForeign, "is not a company file"};
         case SQLITE_CORRUPT:
@@ -45,6 +50,9 @@ struct Failure {
         case SQLITE_FULL:
             return {Problem::kDiskFull, "cannot be saved: the disk is full"};
         case SQLITE_CANTOPEN:
+            return system_error == kSharingViolation
+                       ? kInUse
+                       : Failure{Problem::kUnreadable, "cannot be opened; look at the rights on the file"};
         case SQLITE_PERM:
         case SQLITE_AUTH:
             return {Problem::kUnreadable, "cannot be opened"};
@@ -64,14 +72,14 @@ struct Failure {
     return primary == SQLITE_IOERR || primary == SQLITE_CANTOPEN || primary == SQLITE_FULL;
 }
 
-[[noreturn]] void Raise(int result, const std::string& message, const std::string& path) {
+[[noreturn]] void Raise(int result, int system_error, const std::string& message, const std::string& path) {
     if ((result & 0xFF) == SQLITE_CONSTRAINT) {
         throw BrokenRule(message);
     }
     if ((result & 0xFF) == SQLITE_NOMEM) {
         throw std::bad_alloc();
     }
-    const Failure failure = FailureOf(result);
+    const Failure failure = FailureOf(result, system_error);
     const auto planned = IsFailureOfAFile(result) ? TakePlannedFailure() : std::nullopt;
     // What SQLite says may quote what it found in the file.
     const std::string reason = planned ? Describe(*planned) : OneLine(message);
@@ -177,7 +185,8 @@ void Database::Check(int result) const {
         return;
     }
     const bool is_latest = handle_ && ::sqlite3_errcode(handle_.get()) == result;
-    Raise(result, is_latest ? ::sqlite3_errmsg(handle_.get()) : ::sqlite3_errstr(result), path_);
+    Raise(result, is_latest ? ::sqlite3_system_errno(handle_.get()) : 0,
+          is_latest ? ::sqlite3_errmsg(handle_.get()) : ::sqlite3_errstr(result), path_);
 }
 
 Statement Database::Borrow(std::string sql) {

@@ -60,5 +60,15 @@ TEST(CompanyFileLock, OfAnotherProcessRefusesASecondOpenerUntilThatProcessIsGone
     EXPECT_EQ(ProblemOf(file), std::nullopt);
 }
 
+TEST(CompanyFileLock, OfAProgramThatSharesTheFileWithNobodyRefusesAnOpenerUntilTheFileIsClosed) {
+    const TemporaryCompanyFile file;
+    FileHandle held(::CreateFileW(file.Path().c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL,
+                                  nullptr));
+    ASSERT_TRUE(held);
+    EXPECT_EQ(ProblemOf(file), Problem::kLocked);
+    held.Reset();
+    EXPECT_EQ(ProblemOf(file), std::nullopt);
+}
+
 }  // namespace
 }  // namespace paylodge::refhost
