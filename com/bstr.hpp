@@ -43,7 +43,7 @@ using OwnedBstr = Owner<BstrTraits>;
 template <size_t size>
 class ConstantBstr {
   public:
-    consteval ConstantBstr(const wchar_t (&text)[size]) noexcept {
+    explicit consteval ConstantBstr(const wchar_t (&text)[size]) noexcept {
         for (size_t index = 0; index < size; ++index) {
             image_.text[index] = text[index];
         }

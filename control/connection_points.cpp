@@ -1,6 +1,7 @@
 #include "control/connection_points.hpp"
 
 #include <algorithm>
+#include <ranges>
 
 #include "com/boundary.hpp"
 #include "com/bstr.hpp"
@@ -67,8 +68,8 @@ class InvokeArguments {
     auto& dispatch = static_cast<IDispatch&>(sink);
     InvokeArguments values(arguments.size());
     // The last one comes first.
-    for (auto argument = std::rbegin(arguments); argument != std::rend(arguments); ++argument) {
-        std::visit([&values](auto value) { values.Add(value); }, *argument);
+    for (const EventArgument& argument : std::views::reverse(arguments)) {
+        std::visit([&values](auto value) { values.Add(value); }, argument);
     }
     DISPPARAMS parameters = values.Parameters();
     OwnedVariant result;

@@ -216,7 +216,7 @@ template <class Number>
         return {};
     }
     const Decimal decimal(written);
-    const Number number = Convert<Number>(decimal);
+    const auto number = Convert<Number>(decimal);
     const bool is_in_range = std::isfinite(number) && (number != 0 || decimal.count == 0);
     return {is_negative ? -number : number, start + written.length, is_in_range};
 }

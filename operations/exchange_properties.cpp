@@ -43,8 +43,8 @@ StringSlot g_search_customer_name_for_rebill;
 StringSlot g_search_line_items_list_matching_query;
 
 // The checks that every accessor begins with, then the access.
-template <class Access>
-[[nodiscard]] HRESULT GetWhenAllowed(CPaylodge& object, const void* result, const Access& access) {
+template <class Result, class Access>
+[[nodiscard]] HRESULT GetWhenAllowed(CPaylodge& object, const Result* result, const Access& access) {
     if (!object.IsSiteAllowed()) {
         return S_OK;
     }

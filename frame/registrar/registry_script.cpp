@@ -200,7 +200,7 @@ class ScriptParser {
         if (token.IsWord(kOpen) || token.IsWord(kClose)) {
             throw RegistryScriptError(token.line, "the data is missing");
         }
-        const std::u16string text = token.Meaning(variables_);
+        std::u16string text = token.Meaning(variables_);
         if (type.IsWord(u"s")) {
             return text;
         }
@@ -243,7 +243,9 @@ class ScriptParser {
         if (!token_) {
             Fail(what);
         }
-        return *std::exchange(token_, tokens_.Next());
+        ScriptToken token = *std::move(token_);
+        token_ = tokens_.Next();
+        return token;
     }
 
     [[nodiscard]] std::size_t Line() const noexcept { return token_ ? token_->line : tokens_.Line(); }

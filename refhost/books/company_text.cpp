@@ -57,7 +57,7 @@ void AddPostings(Element& record, Company& company, RecordNumber transaction) {
     std::vector<Element> records = company.Records(kind);
     if (kind.IsTransaction()) {
         for (Element& record : records) {
-            AddPostings(record, company, *NumberFromId(kind, ChildText(record, kind.id)));
+            AddPostings(record, company, NumberFromId(kind, ChildText(record, kind.id)).value_or(0));
         }
     }
     return records;

@@ -113,7 +113,7 @@ constexpr std::array kAccountTexts{TextField{"AccountNumber", "account_number"},
                              "AccountMod/ListID names the account " + Quoted(id) + ", which does not exist.");
     }
     const auto sequence = data.FindInteger("SELECT edit_sequence FROM records WHERE number = ?", *number);
-    if (std::to_string(*sequence) != ChildText(mod, "EditSequence")) {
+    if (std::to_string(sequence.value_or(0)) != ChildText(mod, "EditSequence")) {
         throw RefusedRequest(Code::kStaleEditSequence, "AccountMod/EditSequence is " +
                                                            Quoted(ChildText(mod, "EditSequence")) +
                                                            ", but the account was changed since; query it again.");

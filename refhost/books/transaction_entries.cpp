@@ -61,10 +61,15 @@ constexpr AccountTypes kEveryType{};
     return entry;
 }
 
+// A required amount, which the check of the request has found to be one.
+[[nodiscard]] std::int64_t CheckedCents(const Element& element, std::string_view name) {
+    return ParseCents(ChildText(element, name)).value_or(0);
+}
+
 [[nodiscard]] EnteredLine ReadLine(const Element& element) {
     return {.description = std::string(ChildText(element, "Desc")),
             .memo = std::string(ChildText(element, "Memo")),
-            .cents = *ParseCents(ChildText(element, "Amount"))};
+            .cents = CheckedCents(element, "Amount")};
 }
 
 // A line that sells or takes back an item, with its posting to the item's account on the given side.
@@ -162,7 +167,7 @@ void PayOpenInvoices(const RequestContext& context, RecordNumber payment, Record
 Answer AddReceivedPayment(const RequestContext& context) {
     const Element& add = *FindChild(context.request, "ReceivePaymentAdd");
     Entry entry = NewEntry(context, kReceivedPayments, add);
-    entry.total = *ParseCents(ChildText(add, "TotalAmount"));
+    entry.total = CheckedCents(add, "TotalAmount");
     if (entry.total <= 0) {
         throw RefusedRequest(Code::kInvalidValue, "ReceivePaymentAdd/TotalAmount is not above 0.");
     }

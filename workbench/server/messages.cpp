@@ -19,14 +19,14 @@ constexpr std::size_t kMostArguments = 64;
     return message;
 }
 
-[[nodiscard]] BadMessage Wrong(std::string_view name, std::string_view wanted) {
-    return BadMessage(std::string("The message needs the member \"").append(name).append("\", ").append(wanted) + '.');
+[[noreturn]] void Refuse(std::string_view name, std::string_view wanted) {
+    throw BadMessage(std::string("The message needs the member \"").append(name).append("\", ").append(wanted) + '.');
 }
 
 [[nodiscard]] const Json& Member(const Json& message, std::string_view name, std::string_view wanted) {
     const auto found = message.find(name);
     if (found == message.end()) {
-        throw Wrong(name, wanted);
+        Refuse(name, wanted);
     }
     return *found;
 }
@@ -35,7 +35,7 @@ constexpr std::size_t kMostArguments = 64;
     constexpr std::string_view kWanted = "a string";
     const Json& member = Member(message, name, kWanted);
     if (!member.is_string()) {
-        throw Wrong(name, kWanted);
+        Refuse(name, kWanted);
     }
     return member.get<std::string>();
 }
@@ -44,11 +44,11 @@ constexpr std::size_t kMostArguments = 64;
     constexpr std::string_view kWanted = "a whole number";
     const Json& member = Member(message, name, kWanted);
     if (!member.is_number_integer() || (member.is_number_unsigned() && member.get<std::uint64_t>() > INT64_MAX)) {
-        throw Wrong(name, kWanted);
+        Refuse(name, kWanted);
     }
     const auto number = member.get<std::int64_t>();
     if (number < 0 || number > largest) {
-        throw Wrong(name, kWanted);
+        Refuse(name, kWanted);
     }
     return number;
 }
@@ -88,7 +88,7 @@ constexpr std::size_t kMostArguments = 64;
     constexpr std::string_view kWanted = "an array of at most 64 values";
     const Json& member = Member(message, "arguments", kWanted);
     if (!member.is_array() || member.size() > kMostArguments) {
-        throw Wrong("arguments", kWanted);
+        Refuse("arguments", kWanted);
     }
     std::vector<Value> arguments;
     for (const Json& value : member) {
@@ -106,7 +106,7 @@ constexpr std::size_t kMostArguments = 64;
             return value;
         }
     }
-    throw Wrong("kind", R"("call", "get" or "put")");
+    Refuse("kind", R"("call", "get" or "put")");
 }
 
 }  // namespace
@@ -137,11 +137,11 @@ FaultRequest ReadFaultRequest(std::string_view text) {
     const Json message = ReadObject(text);
     const Json& hresult = Member(message, "hresult", kWanted);
     if (!hresult.is_number()) {
-        throw Wrong("hresult", kWanted);
+        Refuse("hresult", kWanted);
     }
     const auto number = hresult.get<double>();
     if (number != std::floor(number) || number < -2147483648.0 || number > 4294967295.0) {
-        throw Wrong("hresult", kWanted);
+        Refuse("hresult", kWanted);
     }
     return {TextMember(message, "call"), number,
             static_cast<std::int32_t>(WholeMember(message, "nth", std::numeric_limits<std::int32_t>::max()))};
@@ -155,14 +155,14 @@ PageMessage ReadPageMessage(std::string_view text) {
     if (type == "watch") {
         const Json& is_on = Member(message, "on", "true or false");
         if (!is_on.is_boolean()) {
-            throw Wrong("on", "true or false");
+            Refuse("on", "true or false");
         }
         PageMessage watch;
         watch.is_on = is_on.get<bool>();
         return watch;
     }
     if (type != "delivered" && type != "failed") {
-        throw Wrong("type", R"("watch", "delivered" or "failed")");
+        Refuse("type", R"("watch", "delivered" or "failed")");
     }
     PageMessage done;
     done.type = type == "delivered" ? PageMessage::Type::kDelivered : PageMessage::Type::kFailed;
