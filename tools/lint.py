@@ -95,20 +95,27 @@ def lint(unit: Unit, used: list[Path]) -> str:
     return findings
 
 
+def lint_and_show(unit: Unit, used: list[Path]) -> str:
+    """Prints the findings at once: a whole run takes long."""
+    findings = lint(unit, used)
+    if findings:
+        print(findings, flush=True)
+    return findings
+
+
 def main(kinds: list[str]) -> int:
     (ROOT / "build" / "lint").mkdir(parents=True, exist_ok=True)
     chosen = units(kinds)
     used = {preset: used_files(preset) for preset in {unit.preset for unit in chosen}}
     with ThreadPoolExecutor(os.cpu_count()) as pool:
-        findings = pool.map(lambda unit: lint(unit, used[unit.preset].get(unit.output, [])), chosen)
+        findings = pool.map(lambda unit: lint_and_show(unit, used[unit.preset].get(unit.output, [])), chosen)
         try:
-            texts = [text for text in findings if text]
+            count = sum(bool(text) for text in findings)
         except KeyboardInterrupt:
             pool.shutdown(wait=False, cancel_futures=True)
             return 130
-    print("\n".join(texts))
-    print(f"{len(chosen)} sources, {len(texts)} with findings")
-    return 1 if texts or not chosen else 0
+    print(f"{len(chosen)} sources, {count} with findings")
+    return 1 if count or not chosen else 0
 
 
 if __name__ == "__main__":

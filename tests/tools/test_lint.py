@@ -1,7 +1,9 @@
-"""Which sources the lint step of ./dev test looks at."""
+"""Which sources ./dev lint and the lint step of ./dev test look at, and what they print."""
 
 from __future__ import annotations
 
+import contextlib
+import io
 import shutil
 import subprocess
 import sys
@@ -13,6 +15,7 @@ from unittest import mock
 TOP = Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(TOP / "tools"))
 
+import lint  # noqa: E402
 import lint_changed  # noqa: E402
 
 
@@ -87,6 +90,77 @@ class Outcome(unittest.TestCase):
         self.assertEqual(self.outcome(some, 1, "a.cpp:1: bad\nhere"), "FAIL changed sources: a.cpp:1: bad\n    here")
         self.assertTrue(self.outcome(some, 5).startswith("SKIP changed sources: 5 sources"))
         self.assertTrue(self.outcome(None).startswith("SKIP changed sources: this is no git checkout"))
+
+
+class Lint(unittest.TestCase):
+    """What is remembered between two runs, with a checker of the test's own that dislikes the word "bad"."""
+
+    def setUp(self) -> None:
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.root = Path(folder.name)
+        self.sources = [self.add(name, "int x;\n") for name in ("first.cpp", "second.cpp")]
+        self.header = self.add("shared.hpp", "int y;\n")
+        checker = ("grep", "--line-number", "bad")
+        units = [lint.Unit("native", "native", source, source.name, (*checker, str(source))) for source in self.sources]
+        used = {source.name: [self.header] for source in self.sources[:1]}
+        for name, value in {
+            "ROOT": self.root,
+            "units": lambda kinds: units,
+            "used_files": lambda preset: used,
+            "check": self.check,
+        }.items():
+            patch = mock.patch.object(lint, name, value)
+            patch.start()
+            self.addCleanup(patch.stop)
+        patch = mock.patch.object(lint.compile_database, "ROOT", self.root)
+        patch.start()
+        self.addCleanup(patch.stop)
+
+    def add(self, name: str, text: str) -> Path:
+        file = self.root / name
+        file.parent.mkdir(parents=True, exist_ok=True)
+        file.write_text(text)
+        return file
+
+    def check(self, unit: lint.Unit) -> str:
+        self.checked.add(unit.source.name)
+        return subprocess.run(unit.command, check=False, capture_output=True, text=True).stdout.strip()
+
+    def run_lint(self) -> tuple[int, list[str]]:
+        """The exit status, and the lines that were printed."""
+        self.checked: set[str] = set()
+        output = io.StringIO()
+        with contextlib.redirect_stdout(output):
+            status = lint.main(["native"])
+        return status, output.getvalue().splitlines()
+
+    def test_sources_without_findings_are_not_looked_at_again(self) -> None:
+        self.assertEqual(self.run_lint()[0], 0)
+        self.assertEqual(self.checked, {"first.cpp", "second.cpp"})
+        self.assertEqual(self.run_lint(), (0, ["2 sources, 0 with findings"]))
+        self.assertEqual(self.checked, set())
+
+    def test_findings_are_printed_and_come_again_until_they_are_mended(self) -> None:
+        self.sources[1].write_text("int bad;\n")
+        for _ in range(2):
+            status, lines = self.run_lint()
+            self.assertEqual(status, 1)
+            self.assertIn("native second.cpp: findings", lines)
+            self.assertIn("1:int bad;", lines)
+            self.assertEqual(lines[-1], "2 sources, 1 with findings")
+        self.assertEqual(self.checked, {"second.cpp"})
+        self.sources[1].write_text("int good;\n")
+        self.assertEqual(self.run_lint()[0], 0)
+
+    def test_a_changed_header_or_rule_has_what_it_concerns_looked_at_again(self) -> None:
+        self.run_lint()
+        self.header.write_text("int z;\n")
+        self.run_lint()
+        self.assertEqual(self.checked, {"first.cpp"})
+        self.add(".clang-tidy", "Checks: '*'\n")
+        self.run_lint()
+        self.assertEqual(self.checked, {"first.cpp", "second.cpp"})
 
 
 if __name__ == "__main__":
