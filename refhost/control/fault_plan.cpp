@@ -55,6 +55,7 @@ bool FaultPlan::FailCall(std::wstring_view call, HRESULT code, LONG nth) {
 
 std::vector<FailingCall> FaultPlan::Failures() const {
     std::vector<FailingCall> failures;
+    failures.reserve(failures_.size());
     for (const Plan<HRESULT>& plan : failures_) {
         failures.push_back({plan.call, plan.outcome, plan.nth});
     }

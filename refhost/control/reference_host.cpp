@@ -24,7 +24,8 @@ constexpr char kOtherUser = 0;
 [[nodiscard]] std::optional<HRESULT> ResultFromNumber(DOUBLE number) {
     constexpr DOUBLE kSmallest = -2147483648.0;
     constexpr DOUBLE kLargest = 4294967295.0;
-    if (!(number >= kSmallest && number <= kLargest) || number != std::floor(number)) {
+    const bool is_in_range = number >= kSmallest && number <= kLargest;
+    if (!is_in_range || number != std::floor(number)) {
         return std::nullopt;
     }
     return static_cast<HRESULT>(static_cast<std::uint32_t>(static_cast<std::int64_t>(number)));
