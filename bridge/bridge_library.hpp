@@ -30,7 +30,7 @@ class ScriptRun {
     explicit operator bool() const noexcept { return static_cast<bool>(in_use_); }
 
     // Runs the script in the page of the browser instance that the host named. E_FAIL when the library lacks the
-    // export, or a structured exception leaves it. Raises what else leaves it, and E_OUTOFMEMORY.
+    // export, or a structured exception leaves it. Throws what else leaves it, and E_OUTOFMEMORY.
     [[nodiscard]] HRESULT Execute(const std::string& script) const;
 
   private:

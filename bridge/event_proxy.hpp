@@ -28,7 +28,7 @@ enum class ControlEvent : DISPID {
 };
 
 // Raises an event on the sinks of one control, whose arguments stand in the event's own order. Returns the
-// HRESULT of the last sink that was called, S_OK without sinks. Raises E_OUTOFMEMORY.
+// HRESULT of the last sink that was called, S_OK without sinks. Throws E_OUTOFMEMORY.
 inline HRESULT Fire(ConnectionPoint& sinks, ControlEvent event, std::initializer_list<EventArgument> arguments) {
     return RaiseEvent(sinks, static_cast<DISPID>(event), arguments);
 }

@@ -26,7 +26,7 @@ namespace paylodge {
 
 // It holds no data of its own beyond the control framework's: channels, the browser instance and the notification data
 // belong to the process. Results are new strings that the caller owns; E_POINTER for a null out parameter. A failed
-// allocation is raised as a COM error (E_OUTOFMEMORY), except while a script is made and run: E_FAIL. Used on the
+// allocation is thrown as a COM error (E_OUTOFMEMORY), except while a script is made and run: E_FAIL. Used on the
 // host's user-interface thread. What each member does stands beside its implementation: channels in paylodge_ctrl.cpp,
 // pushes in notifications.cpp, the card reader and the account services in card_reader.cpp.
 class CPaylodgeCtrl

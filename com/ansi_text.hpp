@@ -1,7 +1,7 @@
 // Conversions between COM strings (UTF-16) and the library's narrow strings. The function's name says the code page:
 // the system's (Ansi) or the calling thread's (ThreadAnsi). Lengths are kept, so embedded nulls survive. A character
 // outside the code page becomes its default character, never one that looks alike: a full-width "less than" must not
-// turn into markup. All raise E_OUTOFMEMORY.
+// turn into markup. All throw E_OUTOFMEMORY.
 #pragma once
 
 #include <string>

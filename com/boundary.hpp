@@ -1,4 +1,4 @@
-// The boundary to COM callers: what is raised inside leaves as an HRESULT.
+// The boundary to COM callers: what is thrown inside leaves as an HRESULT.
 #pragma once
 
 #include <windows.h>
@@ -9,7 +9,7 @@ namespace paylodge {
 // a text that no string can hold, E_UNEXPECTED for everything else. Only inside a catch clause.
 [[nodiscard]] HRESULT CaughtHResult() noexcept;
 
-// What the work returns, or the HRESULT for what it raises.
+// What the work returns, or the HRESULT for what it throws.
 template <class Work>
 [[nodiscard]] HRESULT AtBoundary(const Work& work) noexcept {
     try {

@@ -26,7 +26,7 @@ using OwnedBstr = Owner<BstrTraits>;
 }
 [[nodiscard]] inline std::wstring_view View(const OwnedBstr& text) noexcept { return View(text.Get()); }
 
-// A new COM string with exactly this text, never null. Raises E_OUTOFMEMORY.
+// A new COM string with exactly this text, never null. Throws E_OUTOFMEMORY.
 [[nodiscard]] inline OwnedBstr MakeBstr(std::wstring_view text) {
     if (text.size() > std::numeric_limits<UINT>::max() / sizeof(wchar_t)) {
         _com_issue_error(E_OUTOFMEMORY);
@@ -58,7 +58,7 @@ class ConstantBstr {
     } image_;
 };
 
-// A copy byte for byte; a null string stays null. Raises E_OUTOFMEMORY.
+// A copy byte for byte; a null string stays null. Throws E_OUTOFMEMORY.
 [[nodiscard]] inline OwnedBstr CopyBstr(BSTR text) {
     if (text == nullptr) {
         return {};

@@ -13,8 +13,8 @@ namespace paylodge {
 
 // Class implements the dual interface Interface, whose methods ScriptMembers lists; interface_id and the library's id
 // and version say where its type information stands. The arguments and results of the four methods are those of
-// IDispatch. They raise nothing: Invoke returns E_OUTOFMEMORY when memory runs out on its way or in the member, and an
-// HRESULT that is raised is that of the member.
+// IDispatch. They throw nothing: Invoke returns E_OUTOFMEMORY when memory runs out on its way or in the member, and an
+// HRESULT that is thrown is that of the member.
 template <class Interface, const IID* interface_id, const GUID* library_id, WORD major, WORD minor,
           class TypeInfoHolder = CCustomTypeInfoHolder>
 class IDispatchImpl : public Interface {

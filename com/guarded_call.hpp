@@ -28,13 +28,13 @@ extern "C" {
 }
 
 // Runs work() and catches the structured exceptions that the filter names: their code, or 0. The work's own frame has
-// to be without destructors. C++ exceptions that reach the work are raised again here; on x86 one cannot leave the
+// to be without destructors. C++ exceptions that reach the work are thrown again here; on x86 one cannot leave the
 // module that threw it, and ends the process there.
 template <class Work>
 [[nodiscard]] DWORD RunGuarded(const Work& work, ExceptionFilter* filter) {
     struct Context {
         const Work& work;
-        std::exception_ptr raised;
+        std::exception_ptr thrown;
     } context{work, nullptr};
     const DWORD code = CallGuarded(
         [](void* argument) {
@@ -42,17 +42,17 @@ template <class Work>
             try {
                 running.work();
             } catch (...) {
-                running.raised = std::current_exception();
+                running.thrown = std::current_exception();
             }
         },
         &context, filter);
-    if (context.raised) {
-        std::rethrow_exception(std::move(context.raised));
+    if (context.thrown) {
+        std::rethrow_exception(std::move(context.thrown));
     }
     return code;
 }
 
-// Calls the host. A C++ exception of the host's compiler is raised as the COM error E_FAIL; crashes pass.
+// Calls the host. A C++ exception of the host's compiler is thrown as the COM error E_FAIL; crashes pass.
 template <class Work>
 auto CallHost(const Work& work) {
     decltype(work()) result{};

@@ -14,15 +14,15 @@ namespace {
 std::atomic<LONG> g_references{0};
 std::atomic<LONG> g_locks{0};
 
-// What a failed allocation raises: the COM error that callers know, which is still what the language promises.
+// What a failed allocation throws: the COM error that callers know, which is still what the language promises.
 class OutOfMemory : public _com_error, public std::bad_alloc {
   public:
     OutOfMemory() noexcept : _com_error(E_OUTOFMEMORY) {}
 };
 
-[[noreturn]] void RaiseOutOfMemory() { throw OutOfMemory(); }
+[[noreturn]] void ThrowOutOfMemory() { throw OutOfMemory(); }
 
-[[maybe_unused]] const std::new_handler g_previous_new_handler = std::set_new_handler(&RaiseOutOfMemory);
+[[maybe_unused]] const std::new_handler g_previous_new_handler = std::set_new_handler(&ThrowOutOfMemory);
 
 }  // namespace
 

@@ -1,5 +1,5 @@
 // The module (DLL or program) that this code is linked into: what keeps it loaded, and where it is. With it, every
-// allocation that fails in the module raises a COM error, E_OUTOFMEMORY, which is a std::bad_alloc, too.
+// allocation that fails in the module throws a COM error, E_OUTOFMEMORY, which is a std::bad_alloc, too.
 #pragma once
 
 #include <windows.h>
@@ -20,7 +20,7 @@ class Module {
     [[nodiscard]] static LONG References() noexcept;
 
     [[nodiscard]] static HINSTANCE Instance() noexcept;
-    // Full path of the module's file, of any length. Raises the system's error.
+    // Full path of the module's file, of any length. Throws the system's error.
     [[nodiscard]] static std::wstring Path();
 };
 

@@ -13,8 +13,8 @@
 namespace paylodge {
 
 // A second view of an object, for the platform's implementation of Invoke: the same slots in the same order, each of
-// which calls the object's own and turns what that raises into an HRESULT. The platform's code between a script and the
-// object is not made for exceptions: on x86 one that is raised there ends the process. Callers of the object's own
+// which calls the object's own and turns what that throws into an HRESULT. The platform's code between a script and the
+// object is not made for exceptions: on x86 one that is thrown there ends the process. Callers of the object's own
 // slots do not come this way. Lives on the stack of one Invoke.
 template <class Interface>
 class ScriptEntry {

@@ -33,7 +33,7 @@ struct ConnectionItems {
 // Arguments in the order in which they are added.
 class InvokeArguments {
   public:
-    // Raises E_OUTOFMEMORY, as adding a string does.
+    // Throws E_OUTOFMEMORY, as adding a string does.
     explicit InvokeArguments(size_t count) { values_.reserve(count); }
     ~InvokeArguments() {
         for (VARIANT& value : values_) {

@@ -69,7 +69,7 @@ using EventArgument = std::variant<BSTR, VARIANT_BOOL>;
 
 // Invokes the event on each sink connected when the call begins and still connected when its turn comes, in slot order;
 // a sink that fails does not stop the next. Gives the result of the last call, S_OK without any. Each sink gets strings
-// of its own: a failed allocation raises E_OUTOFMEMORY.
+// of its own: a failed allocation throws E_OUTOFMEMORY.
 HRESULT RaiseEvent(ConnectionPoint& point, DISPID event, std::initializer_list<EventArgument> arguments);
 
 // A connection point of Class for sinks with this interface, as a base class.

@@ -1,4 +1,4 @@
-// Reads responses as DOM documents. Texts come out as narrow strings in the system's ANSI code page. All of these raise
+// Reads responses as DOM documents. Texts come out as narrow strings in the system's ANSI code page. All of these throw
 // E_OUTOFMEMORY; none logs.
 #pragma once
 

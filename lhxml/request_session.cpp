@@ -23,7 +23,7 @@ constexpr LONG kFileMode = 2;
     return AnsiFromBstr(description.Get());
 }
 
-// Releases an object whose release may raise an error, which a destructor could not let through.
+// Releases an object whose release may throw an error, which a destructor could not let through.
 template <class Interface>
 void Release(ComPtr<Interface>& object) {
     if (object) {

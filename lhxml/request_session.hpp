@@ -27,8 +27,8 @@ class lhXMLRPWrapper {
     lhXMLRPWrapper& operator=(const lhXMLRPWrapper&) = delete;
     virtual ~lhXMLRPWrapper() = default;
 
-    // Returns the processor's own HRESULT for the request, and E_FAIL where a COM error was raised on the way.
-    // *response: what the processor put there, owned by the caller. Raises E_OUTOFMEMORY before anything is sent.
+    // Returns the processor's own HRESULT for the request, and E_FAIL where a COM error was thrown on the way.
+    // *response: what the processor put there, owned by the caller. Throws E_OUTOFMEMORY before anything is sent.
     [[nodiscard]] HRESULT SendRequest(BSTR* response);
 
     [[nodiscard]] const std::string& StatusMessage() const noexcept { return status_message_; }

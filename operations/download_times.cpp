@@ -13,7 +13,7 @@ constexpr const char* kLastDownloadTime = "LastPLDownloadTime";
 
 [[nodiscard]] std::string CategoryName() { return std::string("Vexlor:MAS") + ":" + "PaylodgeKey"; }
 
-// A value of any type as a string. Raises the HRESULT of a conversion that fails.
+// A value of any type as a string. Throws the HRESULT of a conversion that fails.
 [[nodiscard]] OwnedBstr TextOf(const OwnedVariant& value) {
     if (value.Type() == VT_BSTR) {
         return CopyBstr(value.Bstr());

@@ -13,7 +13,7 @@ namespace paylodge {
 [[nodiscard]] constexpr bool IsTrue(VARIANT_BOOL value) noexcept { return value == VARIANT_TRUE; }
 [[nodiscard]] constexpr VARIANT_BOOL ToVariantBool(bool value) noexcept { return value ? VARIANT_TRUE : VARIANT_FALSE; }
 
-// One stored string, null until something is put. All raise E_OUTOFMEMORY with the stored string kept.
+// One stored string, null until something is put. All throw E_OUTOFMEMORY with the stored string kept.
 class StringSlot {
   public:
     void Put(BSTR text) {

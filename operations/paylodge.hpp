@@ -23,7 +23,7 @@ namespace paylodge {
 // Every member that scripts reach begins with the site check and does nothing on a page that is refused: S_OK with the
 // results untouched, and E_FAIL from ProcessLHRequest. E_POINTER for a null out parameter. Results are new
 // strings that the caller owns; their text, as that of the arguments, is converted with the system's ANSI code page,
-// and a null argument is the empty text. A failed allocation is raised as a COM error (E_OUTOFMEMORY). Used on the
+// and a null argument is the empty text. A failed allocation is thrown as a COM error (E_OUTOFMEMORY). Used on the
 // apartment's thread. What each member does stands beside its implementation.
 class CPaylodge : public CComCoClass<CPaylodge, &CLSID_Paylodge>,
                   public IDispatchImpl<IPaylodge8, &IID_IPaylodge8, &LIBID_PAYLODGELib, 1, 0, CCustomTypeInfoHolder>,

@@ -52,7 +52,7 @@ template <class Method>
     }
 }
 
-// Calls a method of a host object; E_POINTER when the host returned no object before. What the host raises is an
+// Calls a method of a host object; E_POINTER when the host returned no object before. What the host throws is an
 // HRESULT.
 template <class Interface, class Base, class... Parameters, class... Arguments>
 [[nodiscard]] HRESULT Ask(const ComPtr<Interface>& object, HRESULT (STDMETHODCALLTYPE Base::*method)(Parameters...),

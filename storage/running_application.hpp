@@ -10,7 +10,7 @@
 namespace paylodge {
 
 // One of the application's interfaces; null when no application runs or it lacks the interface. Every other failure is
-// raised as a COM error, what the host raises included.
+// thrown as a COM error, what the host throws included.
 template <class Interface>
 [[nodiscard]] ComPtr<Interface> FindApplication() {
     const auto raise_failure = [](HRESULT result) {

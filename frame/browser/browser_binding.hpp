@@ -11,5 +11,5 @@ extern OwnedBstr g_bstrBrowserInstance;
 
 }  // namespace paylodge
 
-// Exported. Keeps a copy of the text. Raises E_OUTOFMEMORY.
+// Exported. Keeps a copy of the text. Throws E_OUTOFMEMORY.
 extern "C" void __cdecl SetBrowserInstance(const wchar_t* browser_instance);

@@ -8,7 +8,7 @@
 namespace paylodge {
 namespace {
 
-// What the platform handed out. Raises its error if that is nothing.
+// What the platform handed out. Throws its error if that is nothing.
 template <class Handle>
 [[nodiscard]] Handle Checked(Handle handle) {
     if (handle == nullptr) {

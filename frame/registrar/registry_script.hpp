@@ -58,10 +58,10 @@ struct RegistryTree {
 };
 using RegistryScript = std::vector<RegistryTree>;
 
-// Reads a whole script. Raises RegistryScriptError.
+// Reads a whole script. Throws RegistryScriptError.
 [[nodiscard]] RegistryScript ParseRegistryScript(std::u16string_view script, const ScriptVariables& variables);
 
-// The script with the current user's classes in place of each root "HKCR". Raises RegistryScriptError for quoted text
+// The script with the current user's classes in place of each root "HKCR". Throws RegistryScriptError for quoted text
 // that is not closed; other mistakes are left for the parser to find.
 [[nodiscard]] std::u16string RewriteForCurrentUser(std::u16string_view script);
 

@@ -41,7 +41,7 @@ struct ScriptToken {
 
     // Quoted text is never one of the language's own words.
     [[nodiscard]] bool IsWord(std::u16string_view word) const noexcept;
-    // What the token means: quotes single again, variables replaced, "%%" made "%". Raises RegistryScriptError for a
+    // What the token means: quotes single again, variables replaced, "%%" made "%". Throws RegistryScriptError for a
     // variable that is unknown or not closed, and for a null character.
     [[nodiscard]] std::u16string Meaning(const ScriptVariables& variables) const;
 };
@@ -51,7 +51,7 @@ class ScriptTokenizer {
     // The script has to outlive the tokenizer and its tokens.
     explicit ScriptTokenizer(std::u16string_view script) noexcept : script_(script) {}
 
-    // The next token, or nothing at the end. Raises RegistryScriptError for quoted text that is not closed.
+    // The next token, or nothing at the end. Throws RegistryScriptError for quoted text that is not closed.
     [[nodiscard]] std::optional<ScriptToken> Next();
     // The line that is read at present.
     [[nodiscard]] std::size_t Line() const noexcept { return line_; }

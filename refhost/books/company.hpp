@@ -19,10 +19,10 @@ inline constexpr std::uint32_t kSchemaVersion = 1;
 
 class Company {
   public:
-    // Opens a company file for this process alone; a write-protected one opens for reading. Raises HostError for a file
+    // Opens a company file for this process alone; a write-protected one opens for reading. Throws HostError for a file
     // that is missing, in use, damaged, foreign or of a newer version, and leaves it untouched then.
     [[nodiscard]] static std::unique_ptr<Company> Open(const std::string& path);
-    // Makes a company file without any records. Raises HostError, also when the file exists.
+    // Makes a company file without any records. Throws HostError, also when the file exists.
     [[nodiscard]] static std::unique_ptr<Company> Create(const std::string& path, std::string_view name);
     [[nodiscard]] static std::unique_ptr<Company> CreateInMemory(std::string_view name);
 

@@ -14,10 +14,10 @@ namespace paylodge::refhost {
 [[nodiscard]] std::string ExportText(Company& company);
 
 // Fills a company without records with those of the text; all of them or none. What follows from other parts of the
-// books, such as a balance, may be left out; where it is given it has to be right. Raises HostError.
+// books, such as a balance, may be left out; where it is given it has to be right. Throws HostError.
 void ImportText(Company& company, std::string_view text);
 
-// The name of the company in the text. Raises HostError for text that is no company's.
+// The name of the company in the text. Throws HostError for text that is no company's.
 [[nodiscard]] std::string CompanyNameIn(std::string_view text);
 
 }  // namespace paylodge::refhost

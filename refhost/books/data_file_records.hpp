@@ -48,7 +48,7 @@ struct DataFileRecord {
 using RecordHolder = const void*;
 
 // The records of an open company file with what is known of them only while it is open: which ones were added and not
-// saved yet, and who has locked which. The company has to outlive it. Methods that read or write raise HostError.
+// saved yet, and who has locked which. The company has to outlive it. Methods that read or write throw HostError.
 class DataFileRecordTable {
   public:
     explicit DataFileRecordTable(Company& company) noexcept : company_(company) {}
@@ -75,7 +75,7 @@ class DataFileRecordTable {
     std::map<RecordKey, RecordHolder> locks_;
 };
 
-// All of them as they stand in the company's text, and the way back. The latter raises HostError for a malformed one.
+// All of them as they stand in the company's text, and the way back. The latter throws HostError for a malformed one.
 [[nodiscard]] std::vector<Element> ReadDataFileRecords(Company& company);
 void WriteDataFileRecords(Company& company, const Element& section);
 

@@ -72,7 +72,7 @@ constexpr int kSharingViolation = 32;
     return primary == SQLITE_IOERR || primary == SQLITE_CANTOPEN || primary == SQLITE_FULL;
 }
 
-[[noreturn]] void Raise(int result, int system_error, const std::string& message, const std::string& path) {
+[[noreturn]] void Throw(int result, int system_error, const std::string& message, const std::string& path) {
     if ((result & 0xFF) == SQLITE_CONSTRAINT) {
         throw BrokenRule(message);
     }
@@ -185,7 +185,7 @@ void Database::Check(int result) const {
         return;
     }
     const bool is_latest = handle_ && ::sqlite3_errcode(handle_.get()) == result;
-    Raise(result, is_latest ? ::sqlite3_system_errno(handle_.get()) : 0,
+    Throw(result, is_latest ? ::sqlite3_system_errno(handle_.get()) : 0,
           is_latest ? ::sqlite3_errmsg(handle_.get()) : ::sqlite3_errstr(result), path_);
 }
 

@@ -24,7 +24,7 @@ using StatementHandle = std::unique_ptr<sqlite3_stmt, FinalizeStatement>;
 
 class Database;
 
-// A statement at work, on loan from its database, which has to outlive it. All methods raise HostError for a failure of
+// A statement at work, on loan from its database, which has to outlive it. All methods throw HostError for a failure of
 // the file and BrokenRule for a forbidden change.
 class Statement {
   public:
@@ -72,7 +72,7 @@ class Database {
     enum class Access { kRead, kReadAndWrite, kCreate };
 
     // Opens a file, or an empty database in memory for ":memory:". A file that cannot be written opens for reading.
-    // Statements can call the function folded(text), which is Folded of names.hpp. Raises HostError.
+    // Statements can call the function folded(text), which is Folded of names.hpp. Throws HostError.
     Database(const std::string& path, Access access);
 
     // A statement with its first parameters bound; compiled once for each text.
@@ -103,7 +103,7 @@ class Database {
     [[nodiscard]] std::int64_t LastInsertedRow() const noexcept;
     [[nodiscard]] const std::string& Path() const noexcept { return path_; }
 
-    // Raises what the result of a call of SQLite stands for; does nothing for a success.
+    // Throws what the result of a call of SQLite stands for; does nothing for a success.
     void Check(int result) const;
 
   private:

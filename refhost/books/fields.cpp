@@ -128,7 +128,7 @@ void CheckOccurrences(const Element& element, const Field& field, const std::str
     }
 }
 
-// Where a child stands in the table. Raises RefusedRequest for one that is not in it.
+// Where a child stands in the table. Throws RefusedRequest for one that is not in it.
 [[nodiscard]] size_t PositionOf(const Element& child, std::span<const Field> fields, const std::string& path) {
     const auto field = std::ranges::find(fields, child.name, &Field::name);
     if (field == fields.end()) {

@@ -29,7 +29,7 @@ struct Field {
     std::span<const Field> fields = {};
 };
 
-// Raises RefusedRequest, with the name of the field, when the element does not hold what the table says, in the order
+// Throws RefusedRequest, with the name of the field, when the element does not hold what the table says, in the order
 // of the table.
 void CheckFields(const Element& element, std::span<const Field> fields);
 

@@ -13,7 +13,7 @@ namespace {
     return text.empty() ? std::nullopt : std::optional<std::string_view>(text);
 }
 
-// Postings to one account in one name are one, and what cancels out is none. Raises RefusedRequest for a sum beyond the
+// Postings to one account in one name are one, and what cancels out is none. Throws RefusedRequest for a sum beyond the
 // limit.
 [[nodiscard]] std::vector<Posting> Merged(const std::vector<Posting>& postings) {
     std::vector<Posting> merged;

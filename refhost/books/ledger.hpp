@@ -50,7 +50,7 @@ struct Entry {
     std::vector<CardField> card = {};
 };
 
-// The number of the new transaction. The accounts and customers whose balances it moves count as changed. Raises
+// The number of the new transaction. The accounts and customers whose balances it moves count as changed. Throws
 // RefusedRequest when a balance would go beyond the limits, and BrokenRule for an entry that the schema forbids. What
 // was done until then is taken back by the caller's savepoint.
 [[nodiscard]] RecordNumber Enter(Company& company, const Entry& entry, std::string_view now);

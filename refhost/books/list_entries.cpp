@@ -32,7 +32,7 @@ struct NewName {
     std::optional<RecordNumber> parent;
 };
 
-// Raises RefusedRequest with the status for a name that exists, and for a name that cannot be used.
+// Throws RefusedRequest with the status for a name that exists, and for a name that cannot be used.
 [[nodiscard]] NewName ReadName(const RequestContext& context, const ListKind& kind, const Element& add,
                                Code exists = Code::kNameExists) {
     NewName name{std::string(Trimmed(ChildText(add, "Name"))), {}, {}};

@@ -12,7 +12,7 @@
 
 namespace paylodge::refhost {
 
-// Raises RefusedRequest when the document is not a request document of a version that the host knows. The functions
+// Throws RefusedRequest when the document is not a request document of a version that the host knows. The functions
 // below that take a document need one that was checked.
 void CheckEnvelope(const Document& document);
 

@@ -30,7 +30,7 @@ struct Answer {
 struct RequestKind {
     std::string_view name;
     std::span<const Field> fields;
-    // The request was checked against the fields. Raises RefusedRequest; what was changed until then is taken back.
+    // The request was checked against the fields. Throws RefusedRequest; what was changed until then is taken back.
     Answer (*answer)(const RequestContext& context);
     bool changes_books = false;
 };

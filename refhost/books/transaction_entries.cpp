@@ -101,7 +101,7 @@ void AddAccountLine(Company& company, Entry& entry, const Element& element, int 
 
 using AddLine = void (*)(Company& company, Entry& entry, const Element& element, int side);
 
-// Enters the lines and sets the total. Raises RefusedRequest for a transaction without lines.
+// Enters the lines and sets the total. Throws RefusedRequest for a transaction without lines.
 void ReadLines(const RequestContext& context, Entry& entry, const Element& add, std::string_view line_name,
                AddLine add_line, int side) {
     for (const Element& child : add.children) {

@@ -1,4 +1,4 @@
-// How each kind of transaction is entered. The requests were checked against their fields; all raise RefusedRequest.
+// How each kind of transaction is entered. The requests were checked against their fields; all throw RefusedRequest.
 #pragma once
 
 #include "refhost/books/request.hpp"

@@ -8,7 +8,7 @@
 namespace paylodge::refhost {
 
 // The text is UTF-8, whatever its declaration says. White space between elements is dropped; texts of elements without
-// children are kept as they are. Raises RefusedRequest for text that is not well-formed, has a document type
+// children are kept as they are. Throws RefusedRequest for text that is not well-formed, has a document type
 // declaration or is nested too deeply.
 [[nodiscard]] Document ReadXml(std::string_view text);
 

@@ -124,7 +124,7 @@ void Check(HRESULT result) {
     return globals;
 }
 
-// What the script did not catch, if anything. Raises COM errors when there is no engine or an object cannot be made.
+// What the script did not catch, if anything. Throws COM errors when there is no engine or an object cannot be made.
 [[nodiscard]] std::optional<Uncaught> Execute(const std::wstring& text, ScriptSession& session) {
     const Globals globals = MakeGlobals(session);
     std::optional<Uncaught> uncaught;

@@ -9,7 +9,7 @@ namespace {
 
 using WeakCompany = std::weak_ptr<OpenCompany>;
 
-// The company behind an object that was handed out. Raises CO_E_OBJNOTCONNECTED once it is closed.
+// The company behind an object that was handed out. Throws CO_E_OBJNOTCONNECTED once it is closed.
 [[nodiscard]] std::shared_ptr<OpenCompany> Connected(const WeakCompany& company) {
     auto connected = company.lock();
     if (!connected) {
@@ -38,7 +38,7 @@ class CDataFileRecord : public IHostDataFileRecord {
     STDMETHODIMP Save() override;
     STDMETHODIMP Delete() override;
 
-    // Raises CO_E_OBJNOTCONNECTED when the company was closed.
+    // Throws CO_E_OBJNOTCONNECTED when the company was closed.
     [[nodiscard]] const DataFileRecord& Content() const {
         static_cast<void>(Connected(company_));
         return content_;

@@ -26,7 +26,7 @@ void LoadOwnLibraries() {
     }
 }
 
-// Raises HostError.
+// Throws HostError.
 [[nodiscard]] std::wstring FullPath(const std::wstring& path) {
     const DWORD size = ::GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
     std::wstring full_path(size, L'\0');

@@ -46,15 +46,15 @@ class Host {
     // To be called when the module is unloaded.
     static void Destroy() noexcept;
 
-    // Opens the file in place of the one that is open. Raises HostError; the old one stays open then.
+    // Opens the file in place of the one that is open. Throws HostError; the old one stays open then.
     void OpenCompanyFile(const std::wstring& path);
     void CloseCompanyFile() noexcept;
     // The full path; empty when none is open.
     [[nodiscard]] std::wstring CompanyFilePath() const;
-    // Makes sure that this file is the one that is open. Raises HostError when another one is, or it cannot be opened.
+    // Makes sure that this file is the one that is open. Throws HostError when another one is, or it cannot be opened.
     void RequireCompanyFile(const std::wstring& path);
 
-    // The company that is open; when none is, the file that the environment names is opened. Raises HostError. Who
+    // The company that is open; when none is, the file that the environment names is opened. Throws HostError. Who
     // keeps it for longer than a call keeps a weak reference, so that it goes when it is closed.
     [[nodiscard]] std::shared_ptr<OpenCompany> CurrentCompany();
 

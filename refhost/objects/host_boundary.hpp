@@ -62,7 +62,7 @@ inline HRESULT Report(HRESULT result, const std::string& message) {
     return result;
 }
 
-// What the work returns, or the HRESULT for what it raises.
+// What the work returns, or the HRESULT for what it throws.
 template <class Work>
 [[nodiscard]] HRESULT Guarded(const Work& work) noexcept {
     try {

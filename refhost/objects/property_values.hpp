@@ -19,10 +19,10 @@ namespace paylodge::refhost {
 [[nodiscard]] std::wstring UnescapedText(std::string_view text);
 
 // Nothing for a kind of value that the company file does not hold: it holds strings, 16 and 32 bit integers, truth
-// values and currency amounts. Raises COM errors.
+// values and currency amounts. Throws COM errors.
 [[nodiscard]] std::optional<PropertyText> TextFromValue(const VARIANT& value);
 // Fills an empty variant that the caller clears. DISP_E_TYPEMISMATCH or the like for a value in the company file that
-// is none; raises E_OUTOFMEMORY.
+// is none; throws E_OUTOFMEMORY.
 [[nodiscard]] HRESULT ValueFromText(const PropertyText& text, VARIANT* value);
 
 }  // namespace paylodge::refhost

@@ -93,7 +93,7 @@ TEST_F(ApprovedPages, ZoneDoesNotMatter) {
     }
 }
 
-TEST_F(ApprovedPages, ObjectWhosePageCannotBeToldIsServed) {
+TEST_F(ApprovedPages, ObjectWhosePageIsUnknownIsServed) {
     EXPECT_TRUE(IsServed({.url = kRefusedPage, .services_result = E_NOINTERFACE}));
     EXPECT_TRUE(IsServed({.url = kRefusedPage, .browser_result = E_NOINTERFACE}));
     EXPECT_TRUE(IsServed({.url = kRefusedPage, .security_manager_result = E_FAIL}));
@@ -101,7 +101,7 @@ TEST_F(ApprovedPages, ObjectWhosePageCannotBeToldIsServed) {
     EXPECT_TRUE(IsServed({.url = kRefusedPage, .zone_result = E_FAIL}));
 }
 
-TEST_F(ApprovedPages, SiteIsLetGoWithTheObject) {
+TEST_F(ApprovedPages, SiteIsReleasedWithTheObject) {
     FakeSite site;
     ComPtr<IObjectWithSite> with_site;
     ASSERT_HRESULT(S_OK, paylodge.As(with_site));

@@ -176,7 +176,7 @@ TEST_F(Dispatch, OutArgumentIsFilledBesideTheResult) {
     EXPECT_EQ("0, \"second\"", CallInvoke(*paylodge.Get(), FindMember("GetReconPaymentParams")).results);
 }
 
-TEST_F(Dispatch, ResultThatNobodyWantsIsLetGo) {
+TEST_F(Dispatch, UnwantedResultIsReleased) {
     DISPPARAMS none{};
     EXPECT_HRESULT(S_OK, paylodge->Invoke(FindMember("GetItems").id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD,
                                           &none, nullptr, nullptr, nullptr));
@@ -200,7 +200,7 @@ TEST_F(Dispatch, AnotherInterfaceIsUnknown) {
     EXPECT_THAT(host.calls, IsEmpty());
 }
 
-TEST_F(Dispatch, SurplusArgumentsAreTold) {
+TEST_F(Dispatch, SurplusArgumentsAreDispEBadParamCount) {
     EXPECT_HRESULT(DISP_E_BADPARAMCOUNT, Call(FindMember("GetAccounts"), {Text(second_), Text(first_)}));
     EXPECT_THAT(host.calls, IsEmpty());
 }

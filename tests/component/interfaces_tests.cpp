@@ -125,7 +125,7 @@ TEST_F(Interfaces, SiteLockListsTheApprovedSites) {
     }
 }
 
-TEST_F(Interfaces, SiteLockTellsItsCapabilities) {
+TEST_F(Interfaces, SiteLockReturnsItsCapabilities) {
     const ComPtr<IUnknown> lock = Query(kObjectSafetySiteLock);
     DWORD capability = 1;
     EXPECT_HRESULT(S_OK, CallThroughSlot(*lock.Get(), 5, &capability));
@@ -147,7 +147,7 @@ TEST_F(Interfaces, SafetyHasOneOptionOnly) {
     EXPECT_EQ(1U, enabled);
 }
 
-TEST_F(Interfaces, SafetyAndSiteLockNeedPlacesForTheirResults) {
+TEST_F(Interfaces, NullOutParametersOfSafetyAndSiteLockAreEPointer) {
     const ComPtr<IUnknown> lock = Query(kObjectSafetySiteLock);
     DWORD* const no_number = nullptr;
     DWORD number = 7;

@@ -99,7 +99,7 @@ class Lifetime : public ::testing::Test {
     static constexpr int kRounds = 1100;
     static constexpr int kFirstRounds = 300;
 
-    // What the compiler's thread library, which is linked in, made when an exception was raised and keeps for ever when
+    // What the compiler's thread library, which is linked in, made when an exception was thrown and keeps for ever when
     // the module is unloaded: 1.5 KB on x64, half of that on x86; 2 KB on x64 with the newer library of Debian 13,
     // whose heap counts 3.7 to 4.1 KB for it while freed memory is kept back.
     static constexpr SIZE_T kLostByThreadLibrary = 4608;
@@ -228,7 +228,7 @@ TEST_F(Lifetime, ModuleIsHeldWhileAControlReleasesItsSite) {
     return code;
 }
 
-TEST_F(Lifetime, ObjectsMayBeReleasedAfterTheModuleWasToldOfTheEndOfTheProcess) {
+TEST_F(Lifetime, ObjectsMayBeReleasedAfterTheModuleWasNotifiedOfTheEndOfTheProcess) {
     EXPECT_EQ(0U, ExitCodeOf(L"process_with_late_release.exe"));
 }
 

@@ -42,9 +42,9 @@ class Slot : public ComponentMember {
 };
 INSTANTIATE_TEST_SUITE_P(Members, Slot, ValuesIn(Members().begin(), Members().end()), kNameOfMember);
 
-TEST_P(Slot, AnswersWithoutAPage) { ExpectFreshAnswer(); }
+TEST_P(Slot, WorksWithoutAPage) { ExpectFreshAnswer(); }
 
-TEST_P(Slot, AnswersTheSameOnAnApprovedPage) {
+TEST_P(Slot, ReturnsTheSameOnAnApprovedPage) {
     FakeSite site(PageAt(kApprovedPage));
     const OnSite on_site(paylodge.Get(), site);
     ExpectFreshAnswer();
@@ -77,12 +77,12 @@ TEST_P(Slot, DoesNothingOnARefusedPage) {
 class SlotWithResult : public ComponentMember {};
 INSTANTIATE_TEST_SUITE_P(Members, SlotWithResult, ValuesIn(MembersThat(HasResult)), kNameOfMember);
 
-TEST_P(SlotWithResult, RefusesAMissingPlaceForIt) {
+TEST_P(SlotWithResult, NullOutParameterIsEPointer) {
     EXPECT_HRESULT(E_POINTER, CallSlotWithoutResult(*paylodge.Get(), GetParam()));
     EXPECT_THAT(host.calls, IsEmpty());
 }
 
-TEST_P(SlotWithResult, DoesNotMissItOnARefusedPage) {
+TEST_P(SlotWithResult, NullOutParameterIsNotCheckedOnARefusedPage) {
     FakeSite site(PageAt(kRefusedPage));
     const OnSite on_site(paylodge.Get(), site);
     EXPECT_HRESULT(OnARefusedPage(GetParam()), CallSlotWithoutResult(*paylodge.Get(), GetParam()));
@@ -92,7 +92,7 @@ TEST_P(SlotWithResult, DoesNotMissItOnARefusedPage) {
 class Invoked : public Slot {};
 INSTANTIATE_TEST_SUITE_P(Members, Invoked, ValuesIn(Members().begin(), Members().end()), kNameOfMember);
 
-TEST_P(Invoked, AnswersAsItsSlotDoes) {
+TEST_P(Invoked, ReturnsWhatItsSlotReturns) {
     const Outcome outcome = CallInvoke(*paylodge.Get(), GetParam());
     if (FAILED(GetParam().result)) {
         EXPECT_HRESULT(DISP_E_EXCEPTION, outcome.result);
@@ -127,7 +127,7 @@ TEST_P(Invoked, RefusesTheWrongKindOfCall) {
     return results;
 }
 
-TEST_P(Invoked, OnARefusedPageGivesAnEmptyResult) {
+TEST_P(Invoked, OnARefusedPageReturnsAnEmptyResult) {
     FakeSite site(PageAt(kRefusedPage));
     const OnSite on_site(paylodge.Get(), site);
     const Outcome outcome = CallInvoke(*paylodge.Get(), GetParam());

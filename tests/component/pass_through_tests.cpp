@@ -78,7 +78,7 @@ TEST_P(PassThrough, MakesOneSession) {
     EXPECT_EQ(0, host.live_processors);
 }
 
-TEST_P(PassThrough, GivesTheResponseAsItCame) {
+TEST_P(PassThrough, ReturnsTheResponseAsItCame) {
     for (const wchar_t* response :
          {L"<LHXML/>", L"not XML at all <", L"<AccountQueryRs statusCode=\"500\" statusSeverity=\"Error\"/>"}) {
         host.answers.push_back({.response = response});
@@ -141,7 +141,7 @@ TEST_P(PassThrough, FailureOfTheProcessor) {
     }
 }
 
-TEST_P(PassThrough, FailureWithAResponseGivesNoResult) {
+TEST_P(PassThrough, FailureWithAResponseReturnsNoResult) {
     host.answers.push_back({.result = E_ACCESSDENIED, .response = L"<LHXML/>"});
     EXPECT_HRESULT(GetParam().passes_failures_on ? E_ACCESSDENIED : E_FAIL, Call(L"x"));
     EXPECT_FALSE(HasResponse());
@@ -199,7 +199,7 @@ class NotifiedControl : public NotificationChannel {
     const ComPtr<IPaylodgeCtrl10> control_ = CreateControl(module);
 };
 
-TEST_F(NotifiedControl, IsToldOfTheRequestOnceTheObjectHasItsChannel) {
+TEST_F(NotifiedControl, IsNotifiedOfTheRequestOnceTheObjectHasItsChannel) {
     static_cast<void>(Process());
     EXPECT_EQ("", record_.Take());
     EXPECT_HRESULT(S_OK, Set(name_.Get()));
@@ -212,7 +212,7 @@ TEST_F(NotifiedControl, IsToldOfTheRequestOnceTheObjectHasItsChannel) {
 }
 
 // The channel's name is the object's own copy.
-TEST_F(NotifiedControl, IsToldAlthoughTheNameThatWasSetIsGone) {
+TEST_F(NotifiedControl, IsNotifiedAlthoughTheNameThatWasSetIsGone) {
     EXPECT_HRESULT(S_OK, Set(MakeBstr(L"channel").Get()));
     static_cast<void>(Process());
     EXPECT_EQ("event7", record_.Take());

@@ -47,7 +47,7 @@ test("a form opens for a transaction, and an unknown one is the host's business"
     contains(host.Response(1), " statusCode=\"2040\" ");
 });
 
-test("a refused transfer raises an error", function () {
+test("a refused transfer throws an error", function () {
     throwsHResult(0x80004005, function () { lh.TransferFunds("Nowhere", "Petty Cash", "1", ""); });
 });
 

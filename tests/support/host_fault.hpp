@@ -14,18 +14,18 @@ namespace paylodge::test {
 
 enum class FaultKind {
     kReturned,      // an HRESULT
-    kRaised,        // a COM error of this compiler
-    kRaisedByHost,  // one of the platform's compiler, which built the host
+    kThrown,        // a COM error of this compiler
+    kThrownByHost,  // one of the platform's compiler, which built the host
 };
 
 struct HostFault {
     FaultKind kind;
     HRESULT code;
 
-    [[nodiscard]] bool IsRaised() const noexcept { return kind != FaultKind::kReturned; }
-    // Raises it; only for one that is raised.
-    void Raise() const {
-        if (kind == FaultKind::kRaised) {
+    [[nodiscard]] bool IsThrown() const noexcept { return kind != FaultKind::kReturned; }
+    // Throws it; only for one that is thrown.
+    void Throw() const {
+        if (kind == FaultKind::kThrown) {
             throw _com_error(code);
         }
         constexpr DWORD kOfThePlatformsCompiler = 0xE06D7363;
@@ -36,7 +36,7 @@ struct HostFault {
 inline std::ostream& operator<<(std::ostream& stream, const HostFault& fault) {
     std::array<char, 16> code{};
     std::snprintf(code.data(), code.size(), "%08lx", static_cast<unsigned long>(fault.code));
-    constexpr std::array kKinds = {"returned ", "raised ", "raised by the platform's compiler "};
+    constexpr std::array kKinds = {"returned ", "thrown ", "thrown by the platform's compiler "};
     return stream << kKinds.at(static_cast<size_t>(fault.kind)) << code.data();
 }
 
@@ -48,9 +48,9 @@ inline constexpr std::array kHostFaults = {
     HostFault{FaultKind::kReturned, HRESULT_FROM_WIN32(ERROR_ACCESS_DENIED)},
     // The processor's own.
     HostFault{FaultKind::kReturned, static_cast<HRESULT>(0x80040400)},
-    HostFault{FaultKind::kRaised, E_OUTOFMEMORY},
-    HostFault{FaultKind::kRaised, static_cast<HRESULT>(0x80040400)},
-    HostFault{FaultKind::kRaisedByHost, E_FAIL},
+    HostFault{FaultKind::kThrown, E_OUTOFMEMORY},
+    HostFault{FaultKind::kThrown, static_cast<HRESULT>(0x80040400)},
+    HostFault{FaultKind::kThrownByHost, E_FAIL},
 };
 
 }  // namespace paylodge::test

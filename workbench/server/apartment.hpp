@@ -17,7 +17,7 @@ class Apartment {
   public:
     using Task = std::function<void()>;
 
-    // Raises COM errors.
+    // Throws COM errors.
     Apartment();
     ~Apartment();
     Apartment(const Apartment&) = delete;

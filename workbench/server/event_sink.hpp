@@ -20,7 +20,7 @@ using OnEvent = std::function<void(const std::string& name, Json arguments)>;
 // A connection to the events of an object, until it goes.
 class EventConnection {
   public:
-    // Raises COM errors.
+    // Throws COM errors.
     EventConnection(IDispatch& object, ITypeInfo& events, OnEvent on_event);
     ~EventConnection();
     EventConnection(const EventConnection&) = delete;

@@ -45,7 +45,7 @@ class HostProcess {
     using RunScript = std::function<void(const std::string& browser_instance, std::string script)>;
 
     // Loads the libraries from the folder of this program, or from the one above it, and opens the company file.
-    // Scripts that the component runs in a browser instance go to `run_script`. Raises CannotStart.
+    // Scripts that the component runs in a browser instance go to `run_script`. Throws CannotStart.
     HostProcess(const std::wstring& company_file, RunScript run_script);
     // Closes the company file. No object that was created may be left.
     ~HostProcess();

@@ -66,7 +66,7 @@ struct PageMessage {
     std::string message;
 };
 
-// All of these raise BadMessage.
+// All of these throw BadMessage.
 [[nodiscard]] CreateRequest ReadCreateRequest(std::string_view text);
 [[nodiscard]] CallRequest ReadCallRequest(std::string_view text);
 [[nodiscard]] ReleaseRequest ReadReleaseRequest(std::string_view text);

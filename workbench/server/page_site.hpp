@@ -11,7 +11,7 @@
 
 namespace paylodge::workbench {
 
-// `address` is the page's URL in UTF-8. Raises E_OUTOFMEMORY.
+// `address` is the page's URL in UTF-8. Throws E_OUTOFMEMORY.
 [[nodiscard]] ComPtr<IUnknown> MakePageSite(std::string_view address);
 
 }  // namespace paylodge::workbench

@@ -63,7 +63,7 @@ class Pages {
     // Ids of the pages that never connected and have had their time.
     [[nodiscard]] std::vector<std::string> Expired(std::chrono::steady_clock::time_point now) const;
 
-    // The number of a new object of the page; nothing for an unknown class. Raises COM errors.
+    // The number of a new object of the page; nothing for an unknown class. Throws COM errors.
     [[nodiscard]] std::optional<std::int64_t> Create(
         Page& page, const std::string& class_name,
         std::function<void(std::int64_t, const std::string&, Json)> on_event);

@@ -25,14 +25,14 @@ struct Outcome {
     std::map<std::size_t, Json> out;
 };
 
-// Calls a member through IDispatch, as a script engine does. Raises E_OUTOFMEMORY.
+// Calls a member through IDispatch, as a script engine does. Throws E_OUTOFMEMORY.
 [[nodiscard]] Outcome CallMember(IDispatch& object, const std::string& member, CallKind kind,
                                  const std::vector<Value>& arguments);
 
-// Its members for scripts, in the order of their ids. Raises COM errors.
+// Its members for scripts, in the order of their ids. Throws COM errors.
 [[nodiscard]] Json DescribeMembers(IDispatch& object);
 
-// Its event interface; null for an object without events. Raises COM errors.
+// Its event interface; null for an object without events. Throws COM errors.
 [[nodiscard]] ComPtr<ITypeInfo> EventsOf(IDispatch& object);
 [[nodiscard]] Json DescribeEvents(ITypeInfo& events);
 

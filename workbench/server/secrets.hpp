@@ -5,7 +5,7 @@
 
 namespace paylodge::workbench {
 
-// 128 bits as hexadecimal digits. Raises std::runtime_error when the system has no random numbers.
+// 128 bits as hexadecimal digits. Throws std::runtime_error when the system has no random numbers.
 [[nodiscard]] std::string MakeSecret();
 
 }  // namespace paylodge::workbench

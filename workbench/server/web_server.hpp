@@ -48,7 +48,7 @@ class CannotListen : public std::runtime_error {
 
 class WebServer {
   public:
-    // Listens from now on; requests are answered once it runs. Port 0 takes any that is free. Raises CannotListen.
+    // Listens from now on; requests are answered once it runs. Port 0 takes any that is free. Throws CannotListen.
     explicit WebServer(std::uint16_t port);
     // Ends it; after that the handler is not called any more.
     ~WebServer();

@@ -203,7 +203,7 @@ TEST(CompanyFile, ThatIsReachedThroughALinkStaysOne) {
     std::filesystem::remove(link);
 }
 
-TEST(CompanyFile, ThatCannotBeOpenedGivesThePlannedResult) {
+TEST(CompanyFile, ThatCannotBeOpenedReturnsThePlannedResult) {
     const TemporaryCompany file;
     WatchSteps([](FileStep) { return std::optional(static_cast<std::int32_t>(0x80070005)); });
     try {

@@ -22,7 +22,7 @@ TEST(DataFileRecord, LosesAPropertyThatIsSetToNothing) {
     EXPECT_EQ(record.Find("Text"), std::nullopt);
 }
 
-TEST(DataFileRecordTable, GivesBackWhatWasSaved) {
+TEST(DataFileRecordTable, ReturnsWhatWasSaved) {
     const auto books = SampleBooks();
     DataFileRecordTable records(*books);
     DataFileRecord record = WithText(" a ");

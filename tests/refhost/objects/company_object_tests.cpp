@@ -300,7 +300,7 @@ TEST_F(DataFileRecords, RefuseNullAndEmptyNames) {
     }
 }
 
-TEST_F(DataFileRecords, AnswerAPointerErrorWithoutAPlaceForTheResult) {
+TEST_F(DataFileRecords, ReturnEPointerForANullOutParameter) {
     const auto record = Added(1);
     EXPECT_HRESULT(E_POINTER,
                    host_.Create<IHostApplicationLocator>(kHostApplicationLocatorClass)->GetRunningApplication(nullptr));

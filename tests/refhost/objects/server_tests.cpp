@@ -368,7 +368,7 @@ TEST_F(Server, CanFailEveryCallOfTheProcessor) {
     EXPECT_HRESULT(E_ABORT, processor->CloseConnection());
 }
 
-TEST_F(Server, TellsWhichFailuresAreStillToCome) {
+TEST_F(Server, ReturnsTheFailuresThatAreStillToCome) {
     ASSERT_HRESULT(S_OK, control_->FailCall(MakeBstr(L"RequestProcessor.ProcessRequest").Get(), 0x80070005, 2));
     ASSERT_HRESULT(S_OK, control_->FailCall(MakeBstr(L"PropertyBag.Read").Get(), E_FAIL, 0));
     OwnedBstr planned;

@@ -14,7 +14,7 @@ TEST(AccountServices, KnowTheUser) {
     EXPECT_EQ(UserData("Locale"), "en-US");
 }
 
-TEST(AccountServices, TellWhatTheyDoNotKnow) {
+TEST(AccountServices, RefuseAnUnknownNameAndListTheKnownOnes) {
     const std::string error =
         R"({"error":"there is no user data of this name; UserName, CompanyName, Email and Locale are known"})";
     EXPECT_EQ(UserData(""), error);

@@ -145,7 +145,7 @@ TEST(DescribeTlv, IsEmptyWithoutTheWantedTags) {
     EXPECT_EQ(DescribeTlv("", ""), "{}");
 }
 
-TEST(DescribeTlv, TellsUndecodableData) {
+TEST(DescribeTlv, ReportsUndecodableData) {
     EXPECT_EQ(DescribeTlv("5A02AA", ""), kUndecodable);
     EXPECT_EQ(DescribeTlv("hello", "5A"), kUndecodable);
 }

@@ -47,12 +47,12 @@ TEST_P(Forwarding, CallsTheFunctionWithTheArgumentsInOrder) {
     EXPECT_EQ(bridge_.calls, (Texts{call, call}));
 }
 
-TEST_P(Forwarding, GivesCharactersOutsideTheCodePageWhereTextsAreNotReencoded) {
+TEST_P(Forwarding, ReturnsCharactersOutsideTheCodePageWhereTextsAreNotReencoded) {
     bridge_.text = L"caf\xE9 \x20AC \x0416 \x2606 \xD83D\xDE00";
     EXPECT_EQ(Forward(GetParam(), control_), Expected(GetParam().returns, bridge_.text, L"caf\xE9 \x20AC ? ? ??"));
 }
 
-TEST_P(Forwarding, GivesAnEmptyTextForNullWhereTextsAreReencoded) {
+TEST_P(Forwarding, ReturnsAnEmptyTextForNullWhereTextsAreReencoded) {
     bridge_.text = nullptr;
     EXPECT_EQ(Forward(GetParam(), control_), Expected(GetParam().returns, kNull, L""));
     bridge_.text = L"";
@@ -77,7 +77,7 @@ TEST_P(Forwarding, HasEmptiedTheResultBeforeTheCallWhereItIsNullWithoutTheFuncti
     EXPECT_EQ(before, WithoutFunction(GetParam()).text);
 }
 
-TEST_P(Forwarding, GivesLongTextsWhole) {
+TEST_P(Forwarding, ReturnsLongTextsWhole) {
     const std::wstring text(5'000'000, L'\xE9');
     bridge_.text = text.c_str();
     // Compared without showing them.
@@ -93,7 +93,7 @@ INSTANTIATE_TEST_SUITE_P(Control, ForwardingAResult,
                                                       })),
                          NameOfForwarder);
 
-TEST_P(ForwardingAResult, NeedsAPlaceForTheResult) {
+TEST_P(ForwardingAResult, NullOutParameterIsEPointer) {
     EXPECT_HRESULT(E_POINTER, GetParam().run(control_, nullptr, nullptr));
 }
 
@@ -106,7 +106,7 @@ INSTANTIATE_TEST_SUITE_P(Control, ForwardingAByte,
                                                       })),
                          NameOfForwarder);
 
-TEST_P(ForwardingAByte, GivesAnyByteButZeroAsTrue) {
+TEST_P(ForwardingAByte, ReturnsAnyByteButZeroAsTrue) {
     for (int byte = 0; byte <= 0xFF; ++byte) {
         bridge_.byte = static_cast<unsigned char>(byte);
         EXPECT_EQ(Forward(GetParam(), control_), (Result{S_OK, byte == 0 ? kFalse : kTrue})) << byte;
@@ -151,7 +151,7 @@ TEST_P(ForwardingAText, LeavesTextsToTheLibrary) {
 }
 
 // The result is allocated last.
-TEST_P(ForwardingAText, RaisesTheFailedAllocationOfItsResult) {
+TEST_P(ForwardingAText, ThrowsOnAFailedAllocationOfItsResult) {
     int last = 0;
     {
         const BstrAllocations allocations;
@@ -163,7 +163,7 @@ TEST_P(ForwardingAText, RaisesTheFailedAllocationOfItsResult) {
         const BstrAllocations allocations(last);
         try {
             const HRESULT code = GetParam().run(control_, text.Slot(), nullptr);
-            ADD_FAILURE() << "no error was raised, and the code is " << code;
+            ADD_FAILURE() << "no error was thrown, and the code is " << code;
         } catch (const _com_error& error) {
             EXPECT_HRESULT(E_OUTOFMEMORY, error.Error());
         }

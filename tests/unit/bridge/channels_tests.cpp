@@ -180,17 +180,17 @@ TEST_F(Channels, AControlThatIsGoneIsNoSubscriber) {
     EXPECT_EQ(g_mapChannelControls.size(), 1U);
 }
 
-TEST_F(Channels, FailedAllocationsAreRaised) {
+TEST_F(Channels, FailedAllocationsAreThrown) {
     Subscribe(control_, L"A");
     const Argument name(L"B");
     BstrAllocations allocations(1);
-    HRESULT raised = S_OK;
+    HRESULT thrown = S_OK;
     try {
         static_cast<void>(control_.SetChannelName(name));
     } catch (const _com_error& error) {
-        raised = error.Error();
+        thrown = error.Error();
     }
-    EXPECT_HRESULT(E_OUTOFMEMORY, raised);
+    EXPECT_HRESULT(E_OUTOFMEMORY, thrown);
     EXPECT_EQ(View(g_bstrChannelName), L"Default");
 }
 
@@ -238,7 +238,7 @@ TEST_F(NotificationData, IsHandedOutAsANewCopyEachTime) {
     EXPECT_EQ(Get(), L"data");
 }
 
-TEST_F(NotificationData, NeedsAPlaceForIt) {
+TEST_F(NotificationData, NullOutParameterIsEPointer) {
     EXPECT_HRESULT(E_POINTER, control_.get_LHTransactionNotificationData(nullptr));
 }
 

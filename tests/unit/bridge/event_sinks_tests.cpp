@@ -31,7 +31,7 @@ TEST_F(Sinks, DoNotStopTheOthersWhenTheyFail) {
     EXPECT_EQ(events_.size(), 3U);
 }
 
-TEST_F(Sinks, GiveTheResultOfTheLast) {
+TEST_F(Sinks, ReturnTheResultOfTheLast) {
     c_->code = E_NOTIMPL;
     EXPECT_HRESULT(E_NOTIMPL, Send());
     EXPECT_HRESULT(S_OK, Unadvise(control_, cookie_c_));
@@ -65,7 +65,7 @@ TEST_F(Sinks, MayPushThemselves) {
     EXPECT_EQ(events_.size(), 6U);
 }
 
-TEST_F(Sinks, MayUnsubscribeTheControlAndLetGoOfIt) {
+TEST_F(Sinks, MayUnsubscribeTheControlAndReleaseIt) {
     ComPtr<Control> brief = Control::Create();
     ComPtr<ComObject<EventSink>> sink = MakeSink(L"brief");
     static_cast<void>(Advise(*brief.Get(), *sink.Get()));

@@ -104,7 +104,7 @@ TEST(HostProgram, ReachesTheFunctionsOfThePage) {
                                         "$.fn.CustomerSearchResultFromLH[string [{\"name\":\"Alder Court\"}]]"}));
 }
 
-TEST(HostProgram, TellsWhichModuleIsMissing) {
+TEST(HostProgram, NamesTheMissingModule) {
     const Outcome outcome = RunHostProgram(L"C:\\missing\\Paylodge.dll");
     EXPECT_EQ(outcome.exit_code, 1U);
     EXPECT_EQ(outcome.output, "C:\\missing\\Paylodge.dll cannot be loaded: name its path as the argument\n");

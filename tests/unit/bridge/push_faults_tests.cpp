@@ -69,7 +69,7 @@ struct LibraryFault {
 constexpr LibraryFault kLibraryFaults[] = {
     {"no library", L".", nullptr},
     {"no function in the library", L"without_functions", nullptr},
-    {"an exception of the platform's compiler", L"first", [] { HostFault{FaultKind::kRaisedByHost, E_FAIL}.Raise(); }},
+    {"an exception of the platform's compiler", L"first", [] { HostFault{FaultKind::kThrownByHost, E_FAIL}.Throw(); }},
     {"a crash", L"first", [] { ::RaiseException(EXCEPTION_ACCESS_VIOLATION, 0, 0, nullptr); }},
 #ifdef _WIN64
     // On x86 exceptions do not cross from one module to another with this compiler.
@@ -143,7 +143,7 @@ TEST_P(PushFaults, ASinkThatFailsStopsNoOther) {
     }
     for (size_t failing = 0; failing < sinks_.size(); ++failing) {
         for (const HostFault& fault : kHostFaults) {
-            if (fault.IsRaised()) {
+            if (fault.IsThrown()) {
                 continue;
             }
             SCOPED_TRACE(::testing::Message() << "sink " << failing << " " << fault);

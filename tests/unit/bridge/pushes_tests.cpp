@@ -47,7 +47,7 @@ const Push kPushes[] = {
 
 std::string NameOf(const ::testing::TestParamInfo<Push>& information) { return information.param.name; }
 
-// The HRESULT of the COM error that a call raises, or what it returns.
+// The HRESULT of the COM error that a call throws, or what it returns.
 template <class Call>
 [[nodiscard]] HRESULT CodeOf(const Call& call) {
     try {
@@ -107,7 +107,7 @@ TEST_P(Pushes, RaiseTheirEventWithNullEmptyAndEmbeddedNuls) {
     EXPECT_EQ(events_, (Texts{Event(L"null"), Event(L"\"\""), Event(std::wstring{L'"', L'a', L'\0', L'b', L'"'})}));
 }
 
-TEST_P(Pushes, GiveWhatTheSinkAnswers) {
+TEST_P(Pushes, ReturnWhatTheSinkReturns) {
     sink_->code = DISP_E_MEMBERNOTFOUND;
     EXPECT_HRESULT(DISP_E_MEMBERNOTFOUND, Send(Argument(L"a")));
     sink_->code = S_FALSE;
@@ -179,7 +179,7 @@ TEST_P(Pushes, StoreNothingUnlessTheyNotifyOfATransaction) {
     }
 }
 
-TEST_P(Pushes, RaiseFailedAllocations) {
+TEST_P(Pushes, ThrowOnFailedAllocations) {
     const Argument data(L"a");
     for (const wchar_t* const browser : {L"", L"7"}) {
         ::SetBrowserInstance(browser);
@@ -372,7 +372,7 @@ TEST_F(ReconPayments, SucceedWithoutASink) {
     EXPECT_EQ(events_, Texts{});
 }
 
-TEST_F(ReconPayments, GiveWhatTheLastSinkAnswers) {
+TEST_F(ReconPayments, ReturnWhatTheLastSinkReturns) {
     const auto last = MakeSink(L"last");
     const DWORD cookie = Advise(control_, *last.Get());
     sink_->code = E_ABORT;
@@ -510,7 +510,7 @@ TEST_F(RequestData, FailsWithoutASubscriber) {
     EXPECT_EQ(events_, Texts{});
 }
 
-TEST_F(RequestData, NeedsAPlaceForTheResponseOnceSomebodyIsSubscribed) {
+TEST_F(RequestData, NullResponseIsEPointerOnceAControlIsSubscribed) {
     EXPECT_HRESULT(E_FAIL, control_.ProcessLHRequestData(Argument(L"r"), nullptr));
     control_.SubscribeToNotifications();
     EXPECT_HRESULT(E_POINTER, control_.ProcessLHRequestData(Argument(L"r"), nullptr));

@@ -32,7 +32,7 @@ class RequestNotification : public OperationTest {
     ComPtr<ComObject<EventSink>> sink_ = ComObject<EventSink>::Create(L"sink", events_);
 };
 
-TEST_F(RequestNotification, TellsTheControlOnTheObjectsChannel) {
+TEST_F(RequestNotification, NotifiesTheControlOnTheObjectsChannel) {
     UseChannel(L"Feature");
     control_->SubscribeToNotifications2(Argument(L"Feature"));
     RespondExactly(L"<caf\xE9/>");
@@ -56,7 +56,7 @@ TEST_F(RequestNotification, RaisesTheEventInScriptModeToo) {
     EXPECT_EQ(events_.size(), 1U);
 }
 
-TEST_F(RequestNotification, DoesNotCareWhatTheControlAnswers) {
+TEST_F(RequestNotification, IgnoresWhatTheControlReturns) {
     UseChannel(L"Feature");
     control_->SubscribeToNotifications2(Argument(L"Feature"));
     sink_->code = E_ABORT;
@@ -69,7 +69,7 @@ TEST_F(RequestNotification, DoesNotCareWhatTheControlAnswers) {
     EXPECT_EQ(events_.size(), 1U);
 }
 
-TEST_F(RequestNotification, TellsNobodyWithoutAChannelName) {
+TEST_F(RequestNotification, NotifiesNobodyWithoutAChannelName) {
     control_->SubscribeToNotifications();
     RespondExactly(L"<R/>");
     EXPECT_EQ(Process(), (Result{S_OK, L"<R/>"}));
@@ -95,7 +95,7 @@ TEST_F(RequestNotification, ReachesTheControlOnTheChannelOfThePushes) {
 }
 
 // Null is the empty name.
-TEST_F(RequestNotification, TellsTheControlOnTheEmptyChannelWithoutAChannelName) {
+TEST_F(RequestNotification, NotifiesTheControlOnTheEmptyChannelWithoutAChannelName) {
     control_->SubscribeToNotifications2(Argument(L""));
     EXPECT_HRESULT(S_OK, control_->SetChannelName(nullptr));
     EXPECT_HRESULT(S_OK, Process().code);
@@ -108,7 +108,7 @@ TEST_F(RequestNotification, TellsTheControlOnTheEmptyChannelWithoutAChannelName)
     EXPECT_EQ(events_.size(), 2U);
 }
 
-TEST_F(RequestNotification, TellsTheControlOnTheChannelThatWasSetLast) {
+TEST_F(RequestNotification, NotifiesTheControlOnTheChannelThatWasSetLast) {
     control_->SubscribeToNotifications2(Argument(L"second"));
     EXPECT_HRESULT(S_OK, control_->SetChannelName(Argument(L"second")));
     EXPECT_HRESULT(S_OK, object_.SetNotificationChannel(Argument(L"first")));
@@ -129,7 +129,7 @@ TEST_F(RequestNotification, KeepsACopyOfTheChannelName) {
     EXPECT_EQ(events_.size(), 1U);
 }
 
-TEST_F(RequestNotification, TellsNobodyOfARequestOfARefusedPage) {
+TEST_F(RequestNotification, NotifiesNobodyOfARequestOfARefusedPage) {
     UseChannel(L"Feature");
     control_->SubscribeToNotifications2(Argument(L"Feature"));
     FakeSite site(PageAt(kRefusedPage));
@@ -139,14 +139,14 @@ TEST_F(RequestNotification, TellsNobodyOfARequestOfARefusedPage) {
     EXPECT_TRUE(host_.requests.empty());
 }
 
-TEST_F(RequestNotification, TellsNobodyOfAnotherChannel) {
+TEST_F(RequestNotification, NotifiesNobodyOfAnotherChannel) {
     UseChannel(L"Feature");
     control_->SubscribeToNotifications2(Argument(L"feature"));
     EXPECT_HRESULT(S_OK, Process().code);
     EXPECT_EQ(events_, Texts{});
 }
 
-TEST_F(RequestNotification, TellsNobodyOfARequestThatFails) {
+TEST_F(RequestNotification, NotifiesNobodyOfARequestThatFails) {
     UseChannel(L"Feature");
     control_->SubscribeToNotifications2(Argument(L"Feature"));
     host_.answers.push_back({.result = kHostFailure});
@@ -156,7 +156,7 @@ TEST_F(RequestNotification, TellsNobodyOfARequestThatFails) {
     EXPECT_EQ(events_, Texts{});
 }
 
-TEST_F(RequestNotification, TellsNobodyOfASavedPayment) {
+TEST_F(RequestNotification, NotifiesNobodyOfASavedPayment) {
     UseChannel(L"Feature");
     control_->SubscribeToNotifications2(Argument(L"Feature"));
     RespondExactly(L"<R/>");
@@ -164,7 +164,7 @@ TEST_F(RequestNotification, TellsNobodyOfASavedPayment) {
     EXPECT_EQ(events_, Texts{});
 }
 
-TEST_F(RequestNotification, OutlivesASinkThatLetsGoOfTheControl) {
+TEST_F(RequestNotification, OutlivesASinkThatReleasesTheControl) {
     UseChannel(L"Feature");
     control_->SubscribeToNotifications2(Argument(L"Feature"));
     sink_->on_event = [this] { control_.Reset(); };

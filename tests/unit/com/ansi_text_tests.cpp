@@ -144,12 +144,12 @@ class LackOfMemory : public testing::TestWithParam<Convert> {};
 
 INSTANTIATE_TEST_SUITE_P(AnsiText, LackOfMemory, testing::Values(&BstrFromAnsi, &BstrFromThreadAnsi));
 
-TEST_P(LackOfMemory, IsRaised) {
+TEST_P(LackOfMemory, IsThrown) {
     for (const std::string_view text : {"", "text"}) {
         const BstrAllocations allocations(1);
         try {
             static_cast<void>(GetParam()(text));
-            ADD_FAILURE() << "nothing was raised";
+            ADD_FAILURE() << "nothing was thrown";
         } catch (const _com_error& error) {
             EXPECT_HRESULT(E_OUTOFMEMORY, error.Error());
         }

@@ -160,7 +160,7 @@ class Aggregation : public ClassObject {
     OuterObject outer;
 };
 
-TEST_F(Aggregation, GivesTheInnerUnknownWithOneReference) {
+TEST_F(Aggregation, ReturnsTheInnerUnknownWithOneReference) {
     ASSERT_TRUE(outer.part);
     EXPECT_EQ(2U, outer.part->AddRef());
     EXPECT_EQ(1U, outer.part->Release());
@@ -210,13 +210,13 @@ TEST_F(Aggregation, PartWorks) {
     EXPECT_TRUE(IsEqualCLSID(kExampleClass, class_id));
 }
 
-TEST(Module, RaisesAComErrorForEveryAllocationThatFails) {
+TEST(Module, ThrowsAComErrorForEveryAllocationThatFails) {
     EXPECT_EQ(0, Module::References());
     volatile size_t impossible = std::numeric_limits<size_t>::max() / 2;
     EXPECT_THROW(static_cast<void>(::operator new(impossible)), std::bad_alloc);
     try {
         ::operator delete(::operator new(impossible));
-        ADD_FAILURE() << "nothing was raised";
+        ADD_FAILURE() << "nothing was thrown";
     } catch (const _com_error& error) {
         EXPECT_HRESULT(E_OUTOFMEMORY, error.Error());
     }

@@ -30,7 +30,7 @@ class Example : public Dispatch {
         return result;
     }
     STDMETHODIMP GetItems(BSTR*) override {
-        raise();
+        on_call();
         return Call("GetItems");
     }
     STDMETHODIMP CreateTxns(BSTR requests, VARIANT_BOOL full, BSTR*) override {
@@ -51,7 +51,7 @@ class Example : public Dispatch {
 
     std::vector<std::string> calls;
     HRESULT result = S_OK;
-    std::function<void()> raise = [] {};
+    std::function<void()> on_call = [] {};
 
   protected:
     ~Example() = default;
@@ -130,7 +130,7 @@ TEST_F(DispatchImpl, FindsNamesInAnyLetterCase) {
     }
 }
 
-TEST_F(DispatchImpl, UnknownNamesAreTold) {
+TEST_F(DispatchImpl, UnknownNamesAreDispEUnknownName) {
     for (const wchar_t* name : {L"", L"GetAccount", L"GetAccountsX", L"get_GetAccounts", L"ProcessLHRequest"}) {
         DISPID id = 7;
         EXPECT_HRESULT(DISP_E_UNKNOWNNAME, FindId(*object.Get(), name, &id));
@@ -148,7 +148,7 @@ TEST_F(DispatchImpl, FindsArgumentsBesideTheirMember) {
     EXPECT_EQ(0, ids[2]);
 }
 
-TEST_F(DispatchImpl, NamesAreRefusedForAnotherInterfaceOrWithoutPlaces) {
+TEST_F(DispatchImpl, NamesAreRefusedForAnotherInterfaceOrNullArguments) {
     DISPID id = 7;
     std::wstring text = L"GetAccounts";
     LPOLESTR names[] = {text.data()};
@@ -204,33 +204,33 @@ TEST_F(DispatchImpl, FailureIsAnExceptionWithItsCode) {
 // The platform's code between a script and the member is not made for exceptions.
 TEST_F(DispatchImpl, MemoryThatRunsOutIsReturnedToScripts) {
     OwnedVariant result;
-    object->raise = [] { throw std::bad_alloc(); };
+    object->on_call = [] { throw std::bad_alloc(); };
     EXPECT_HRESULT(E_OUTOFMEMORY, Invoke(2, {}, result.Receive()));
-    object->raise = [] { _com_issue_error(E_OUTOFMEMORY); };
+    object->on_call = [] { _com_issue_error(E_OUTOFMEMORY); };
     EXCEPINFO exception{};
     EXPECT_HRESULT(E_OUTOFMEMORY, Invoke(2, {}, result.Receive(), &exception));
-    object->raise = [] { static_cast<void>(std::string(std::string().max_size(), 'x')); };
+    object->on_call = [] { static_cast<void>(std::string(std::string().max_size(), 'x')); };
     EXPECT_HRESULT(E_OUTOFMEMORY, Invoke(2, {}, result.Receive()));
     EXPECT_EQ(VT_EMPTY, result.Type());
     EXPECT_TRUE(object->calls.empty());
 }
 
-TEST_F(DispatchImpl, ComErrorThatAMemberRaisesIsAnExceptionWithItsCode) {
-    object->raise = [] { _com_issue_error(DISP_E_OVERFLOW); };
+TEST_F(DispatchImpl, ComErrorThatAMemberThrowsIsAnExceptionWithItsHResult) {
+    object->on_call = [] { _com_issue_error(DISP_E_OVERFLOW); };
     EXCEPINFO exception{};
     EXPECT_HRESULT(DISP_E_EXCEPTION, Invoke(2, {}, nullptr, &exception));
     EXPECT_HRESULT(DISP_E_OVERFLOW, exception.scode);
 }
 
-TEST_F(DispatchImpl, AnythingElseThatAMemberRaisesIsUnexpected) {
-    object->raise = [] { throw std::runtime_error("unexpected"); };
+TEST_F(DispatchImpl, AnythingElseThatAMemberThrowsIsUnexpected) {
+    object->on_call = [] { throw std::runtime_error("unexpected"); };
     EXCEPINFO exception{};
     EXPECT_HRESULT(DISP_E_EXCEPTION, Invoke(2, {}, nullptr, &exception));
     EXPECT_HRESULT(E_UNEXPECTED, exception.scode);
 }
 
-TEST_F(DispatchImpl, CallersOfTheSlotGetWhatAMemberRaises) {
-    object->raise = [] { _com_issue_error(E_OUTOFMEMORY); };
+TEST_F(DispatchImpl, CallersOfTheSlotGetWhatAMemberThrows) {
+    object->on_call = [] { _com_issue_error(E_OUTOFMEMORY); };
     EXPECT_THROW(object->GetItems(nullptr), _com_error);
 }
 
@@ -279,7 +279,7 @@ TEST_F(DispatchImpl, ArgumentThatCannotBeConvertedIsNamed) {
     EXPECT_TRUE(object->calls.empty());
 }
 
-TEST_F(DispatchImpl, SurplusArgumentsAreTold) {
+TEST_F(DispatchImpl, SurplusArgumentsAreDispEBadParamCount) {
     const OwnedBstr text = MakeBstr(L"x");
     VARIANT three[] = {Argument(text), Argument(text), Argument(text)};
     // Wine leaves them aside.

@@ -131,13 +131,13 @@ TEST(HostCall, ReturnsWhatTheHostReturns) {
     EXPECT_HRESULT(S_FALSE, CallHost([] { return S_FALSE; }));
 }
 
-TEST(HostCall, RaisesAForeignCppExceptionAsAComError) {
+TEST(HostCall, ThrowsAForeignCppExceptionAsAComError) {
     try {
         static_cast<void>(CallHost([]() -> HRESULT {
             Raise(kForeignCppException);
             return S_OK;
         }));
-        ADD_FAILURE() << "nothing was raised";
+        ADD_FAILURE() << "nothing was thrown";
     } catch (const _com_error& error) {
         EXPECT_HRESULT(E_FAIL, error.Error());
     }
@@ -146,7 +146,7 @@ TEST(HostCall, RaisesAForeignCppExceptionAsAComError) {
 TEST(HostCall, LetsComErrorsOfThisCompilerThrough) {
     try {
         static_cast<void>(CallHost([]() -> HRESULT { throw _com_error(E_ABORT); }));
-        ADD_FAILURE() << "nothing was raised";
+        ADD_FAILURE() << "nothing was thrown";
     } catch (const _com_error& error) {
         EXPECT_HRESULT(E_ABORT, error.Error());
     }

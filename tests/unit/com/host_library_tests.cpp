@@ -10,7 +10,7 @@
 namespace paylodge {
 namespace {
 
-TEST(HostLibrary, GivesAnExportThatCanBeCalled) {
+TEST(HostLibrary, ReturnsAnExportThatCanBeCalled) {
     HostLibrary library(L"kernel32.dll");
     const auto get_process_id = library.Find<DWORD WINAPI()>("GetCurrentProcessId");
     ASSERT_NE(nullptr, get_process_id);

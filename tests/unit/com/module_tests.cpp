@@ -81,11 +81,11 @@ TEST(Module, PathMayBeOfAnyLength) {
     }
 }
 
-TEST(Module, PathThatTheSystemDoesNotTellRaisesItsError) {
+TEST(Module, PathThatTheSystemRefusesThrowsItsError) {
     const FakePath fake(ERROR_ACCESS_DENIED);
     try {
         static_cast<void>(Module::Path());
-        ADD_FAILURE() << "nothing was raised";
+        ADD_FAILURE() << "nothing was thrown";
     } catch (const _com_error& error) {
         EXPECT_HRESULT(E_ACCESSDENIED, error.Error());
     }

@@ -86,7 +86,7 @@ TEST_F(ObjectRoot, IdentityIsTheSameThroughEveryInterface) {
     EXPECT_EQ(from_object.Get(), from_window.Get());
 }
 
-TEST_F(ObjectRoot, UnknownInterfaceGivesNullAndNoReference) {
+TEST_F(ObjectRoot, UnknownInterfaceReturnsNullAndNoReference) {
     const auto object = ComObject<Example>::Create();
     void* found = &found;
     EXPECT_HRESULT(E_NOINTERFACE, object->QueryInterface(IID_IDispatch, &found));

@@ -68,7 +68,7 @@ TEST_F(ObjectWithSite, HoldsOneReferenceOnTheLatestSite) {
     ASSERT_HRESULT(S_OK, object->SetSite(nullptr));
 }
 
-TEST_F(ObjectWithSite, LetsTheSiteGoWithTheObject) {
+TEST_F(ObjectWithSite, ReleasesTheSiteWithTheObject) {
     ASSERT_HRESULT(S_OK, object->SetSite(first_site.Get()));
     object.Reset();
     EXPECT_EQ(0, first_site.references);

@@ -180,7 +180,7 @@ TEST(Bstr, CopyOfNullIsNullAndOfAnEmptyStringIsNot) {
     EXPECT_TRUE(CopyBstr(MakeBstr(L"").Get()));
 }
 
-TEST(Bstr, LackOfMemoryIsRaised) {
+TEST(Bstr, FailedAllocationIsThrown) {
     const OwnedBstr text = MakeBstr(L"text");
     for (const auto make :
          {+[](BSTR from) { return CopyBstr(from); }, +[](BSTR from) { return MakeBstr(View(from)); }}) {

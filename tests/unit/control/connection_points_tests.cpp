@@ -127,7 +127,7 @@ TEST_F(ConnectionPoints, KeepTheirControlAlive) {
     control_ = ComObject<TestControl>::Create();
 }
 
-TEST_F(ConnectionPoints, AnswerNullPointers) {
+TEST_F(ConnectionPoints, NullPointersAreEPointer) {
     DWORD cookie = 1;
     EXPECT_HRESULT(E_POINTER, container_->EnumConnectionPoints(nullptr));
     EXPECT_HRESULT(E_POINTER, container_->FindConnectionPoint(IID_IPropertyNotifySink, nullptr));
@@ -156,7 +156,7 @@ TEST_F(ConnectionPoints, HoldASinkUntilItIsUnadvised) {
     EXPECT_HRESULT(CONNECT_E_NOCONNECTION, point_->Unadvise(0));
 }
 
-TEST_F(ConnectionPoints, LetTheirSinksGoWithTheControl) {
+TEST_F(ConnectionPoints, ReleaseTheirSinksWithTheControl) {
     static_cast<void>(Connect(NewSink("a")));
     point_.Reset();
     container_.Reset();
@@ -165,7 +165,7 @@ TEST_F(ConnectionPoints, LetTheirSinksGoWithTheControl) {
     control_ = ComObject<TestControl>::Create();
 }
 
-TEST_F(ConnectionPoints, NeverGiveACookieTwice) {
+TEST_F(ConnectionPoints, NeverReturnTheSameCookieTwice) {
     auto& sink = NewSink("a");
     const DWORD first = Connect(sink);
     EXPECT_HRESULT(S_OK, point_->Unadvise(first));

@@ -110,7 +110,7 @@ TEST_F(DataObject, RendersAlikeForAllDevices) {
     EXPECT_HRESULT(E_POINTER, data_->GetCanonicalFormatEtc(&asked, nullptr));
 }
 
-TEST_F(DataObject, TellsItsSinksOfANewSize) {
+TEST_F(DataObject, NotifiesItsSinksOfANewSize) {
     DWORD cookie = 0;
     EXPECT_HRESULT(S_OK, data_->DAdvise(&picture_, ADVF_NODATA, site_.Get(), &cookie));
     EXPECT_NE(0u, cookie);
@@ -131,7 +131,7 @@ TEST_F(DataObject, GivesItsSinksThePicture) {
     EXPECT_HRESULT(S_OK, data_->DUnadvise(cookie));
 }
 
-TEST_F(DataObject, AnswersNullPointersOfItsSinks) {
+TEST_F(DataObject, NullPointersForSinksAreRefused) {
     DWORD cookie = 1;
     EXPECT_HRESULT(E_INVALIDARG, data_->DAdvise(&picture_, 0, nullptr, &cookie));
     EXPECT_EQ(0u, cookie);

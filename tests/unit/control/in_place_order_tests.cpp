@@ -10,7 +10,7 @@
 namespace paylodge::test {
 namespace {
 
-TEST_F(InPlace, WindowIsGoneWhenTheSiteHearsOfTheDeactivation) {
+TEST_F(InPlace, WindowIsDestroyedBeforeTheSiteIsNotifiedOfTheDeactivation) {
     ShowControl();
     const HWND window = ControlWindow();
     int times = 0;
@@ -72,7 +72,7 @@ TEST_F(FrameAndDocument, AreHeldWhileTheControlIsActiveOnly) {
     ExpectReferences(0);
 }
 
-TEST_F(FrameAndDocument, AreReleasedBeforeTheSiteHearsOfTheDeactivation) {
+TEST_F(FrameAndDocument, AreReleasedBeforeTheSiteIsNotifiedOfTheDeactivation) {
     ShowControl();
     record_.reactions["OnInPlaceDeactivate"] = [this] { ExpectReferences(0); };
     EXPECT_HRESULT(S_OK, object_->Close(OLECLOSE_NOSAVE));
@@ -97,7 +97,7 @@ TEST_F(FrameAndDocument, AreReleasedWithTheControl) {
     ExpectReferences(0);
 }
 
-TEST_F(FrameAndDocument, BothHearOfTheActiveObject) {
+TEST_F(FrameAndDocument, BothAreNotifiedOfTheActiveObject) {
     ASSERT_HRESULT(S_OK, Do(OLEIVERB_UIACTIVATE));
     EXPECT_EQ(std::string(kActivation) + " OnUIActivate ActiveObject NoBorderSpace ActiveObject NoBorderSpace OnFocus",
               record_.Take());

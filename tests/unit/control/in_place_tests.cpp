@@ -183,7 +183,7 @@ TEST_F(InPlace, ClosingDeactivates) {
     EXPECT_HRESULT(S_OK, object_->Unadvise(cookie));
 }
 
-TEST_F(InPlace, UiActivationTellsSiteAndFrame) {
+TEST_F(InPlace, UiActivationNotifiesSiteAndFrame) {
     EXPECT_HRESULT(S_OK, Do(OLEIVERB_UIACTIVATE));
     EXPECT_EQ(std::string(kActivation) + " OnUIActivate ActiveObject NoBorderSpace OnFocus", record_.Take());
     EXPECT_EQ(ControlWindow(), ::GetFocus());
@@ -223,7 +223,7 @@ TEST_F(InPlace, AClickInADesignerDoesNot) {
     EXPECT_EQ("Ambient-709", record_.Take());
 }
 
-TEST_F(InPlace, TellsItsSiteOfTheFocus) {
+TEST_F(InPlace, NotifiesItsSiteOfTheFocus) {
     ShowControl();
     ::SetFocus(ControlWindow());
     ::SetFocus(site_->parent);
@@ -242,7 +242,7 @@ TEST_F(InPlace, OffersKeysToItsSite) {
     EXPECT_HRESULT(S_FALSE, active_object->TranslateAccelerator(&key));
 }
 
-TEST_F(InPlace, AnswersWhatItDoesNotHave) {
+TEST_F(InPlace, UnsupportedMethodsReturnTheirStockResults) {
     LRESULT result = 5;
     EXPECT_HRESULT(S_FALSE, in_place_->OnWindowMessage(WM_PAINT, 0, 0, &result));
     EXPECT_EQ(0, result);
@@ -260,7 +260,7 @@ TEST_F(InPlace, AnswersWhatItDoesNotHave) {
     EXPECT_HRESULT(S_OK, active_object->EnableModeless(FALSE));
 }
 
-TEST_F(InPlace, RedrawsAndTellsTheViewSinkOfANewSize) {
+TEST_F(InPlace, RedrawsAndNotifiesTheViewSinkOfANewSize) {
     ShowControl();
     ::UpdateWindow(ControlWindow());
     EXPECT_HRESULT(S_OK, Query<IViewObjectEx>(control_)->SetAdvise(DVASPECT_CONTENT, 0, site_.Get()));

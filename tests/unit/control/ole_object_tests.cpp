@@ -44,7 +44,7 @@ TEST_F(OleObject, HoldsItsClientSite) {
     EXPECT_HRESULT(E_POINTER, object_->GetClientSite(nullptr));
 }
 
-TEST_F(OleObject, LetsItsSiteGoWhenItIsReleased) {
+TEST_F(OleObject, ReleasesItsSiteWhenItIsReleased) {
     EXPECT_HRESULT(S_OK, object_->SetClientSite(Site()));
     object_.Reset();
     control_.Reset();
@@ -102,7 +102,7 @@ TEST_F(OleObject, ClosesUnsavedWithoutASite) {
     EXPECT_HRESULT(E_INVALIDARG, object_->Close(OLECLOSE_PROMPTSAVE + 1));
 }
 
-TEST_F(OleObject, TellsItsSinksWhenItCloses) {
+TEST_F(OleObject, NotifiesItsSinksWhenItCloses) {
     DWORD cookie = 0;
     EXPECT_HRESULT(S_OK, object_->Advise(site_.Get(), &cookie));
     EXPECT_NE(0u, cookie);
@@ -178,7 +178,7 @@ TEST_F(OleObject, NeedsNoRegistrationForItsIdentity) {
     EXPECT_HRESULT(E_POINTER, object_->GetUserType(USERCLASSTYPE_FULL, nullptr));
 }
 
-TEST_F(OleObject, AnswersWhatItDoesNotHave) {
+TEST_F(OleObject, UnsupportedMethodsReturnTheirStockResults) {
     ComPtr<IMoniker> moniker;
     EXPECT_HRESULT(E_NOTIMPL, object_->GetMoniker(0, 0, moniker.Receive()));
     EXPECT_HRESULT(E_POINTER, object_->GetMoniker(0, 0, nullptr));

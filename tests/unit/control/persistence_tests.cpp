@@ -213,7 +213,7 @@ TEST_F(Persistence, LoadingFromAStorageMakesTheControlClean) {
     EXPECT_HRESULT(S_OK, in_storage_->IsDirty()) << "a load that is refused changes nothing";
 }
 
-TEST_F(Persistence, AnswersNullPointers) {
+TEST_F(Persistence, NullPointersAreRefused) {
     EXPECT_HRESULT(E_INVALIDARG, in_stream_->Load(nullptr));
     EXPECT_HRESULT(E_INVALIDARG, in_stream_->Save(nullptr, TRUE));
     EXPECT_HRESULT(E_POINTER, in_stream_->GetSizeMax(nullptr));

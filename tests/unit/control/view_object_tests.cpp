@@ -237,7 +237,7 @@ TEST_F(ViewObject, IsHitInsideItsBounds) {
     EXPECT_HRESULT(E_POINTER, view_->QueryHitRect(DVASPECT_CONTENT, &bounds, &bounds, 0, nullptr));
 }
 
-TEST_F(ViewObject, AnswersWhatItDoesNotHave) {
+TEST_F(ViewObject, UnsupportedMethodsReturnTheirStockResults) {
     LOGPALETTE* colors = nullptr;
     EXPECT_HRESULT(S_FALSE, view_->GetColorSet(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, &colors));
     EXPECT_HRESULT(E_POINTER, view_->GetColorSet(DVASPECT_CONTENT, -1, nullptr, nullptr, nullptr, nullptr));
@@ -283,7 +283,7 @@ class ViewAdvise : public ViewObject {
     ComPtr<ComObject<RecordingSite>> site_ = ComObject<RecordingSite>::Create(record_);
 };
 
-TEST_F(ViewAdvise, IsHeldAndToldOfANewSize) {
+TEST_F(ViewAdvise, IsHeldAndNotifiedOfANewSize) {
     EXPECT_HRESULT(S_OK, view_->SetAdvise(DVASPECT_CONTENT, 0, site_.Get()));
     EXPECT_EQ(2u, References(site_));
     SetWidth(1);
@@ -295,12 +295,12 @@ TEST_F(ViewAdvise, IsHeldAndToldOfANewSize) {
     EXPECT_EQ("", record_.Take());
 }
 
-TEST_F(ViewAdvise, IsToldAtOnceWhenItAsks) {
+TEST_F(ViewAdvise, IsNotifiedAtOnceWhenItAsks) {
     EXPECT_HRESULT(S_OK, view_->SetAdvise(DVASPECT_CONTENT, ADVF_PRIMEFIRST, site_.Get()));
     EXPECT_EQ("OnViewChange(1,-1)", record_.Take());
 }
 
-TEST_F(ViewAdvise, IsToldOnlyOnceWhenItAsks) {
+TEST_F(ViewAdvise, IsNotifiedOnlyOnceWhenItAsks) {
     EXPECT_HRESULT(S_OK, view_->SetAdvise(DVASPECT_CONTENT, ADVF_ONLYONCE, site_.Get()));
     SetWidth(1);
     SetWidth(2);

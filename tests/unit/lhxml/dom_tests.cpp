@@ -196,7 +196,7 @@ TEST_F(Dom, AttributeNamesAreOfTheThreadsCodePageNotTheSystems) {
     EXPECT_EQ((Reading{S_OK, "1"}), ReadAttribute("<A \xE1='1'/>", "\xE1"));
 }
 
-TEST_F(Dom, AttributeLookupGivesItsFailureAndLeavesTheValue) {
+TEST_F(Dom, AttributeLookupReturnsItsFailureAndLeavesTheValue) {
     const auto attributes = MakeFakeAttributes({.failures = {{L"b", E_ACCESSDENIED}}});
     EXPECT_EQ((Reading{E_ACCESSDENIED, "sentinel"}), ReadAttribute(attributes.Get(), "b"));
 }
@@ -217,7 +217,7 @@ TEST_F(Dom, NullNodeChangesNothing) {
     EXPECT_EQ(kSentinel, NameOf(nullptr));
 }
 
-TEST_F(Dom, NodeThatCannotBeReadGivesItsCodeAndChangesNothing) {
+TEST_F(Dom, NodeThatCannotBeReadReturnsItsHResultAndChangesNothing) {
     const auto node = MakeFakeNode({});
     std::string text(kSentinel);
     EXPECT_HRESULT(E_NOTIMPL, GetNodeText(node.Get(), text));

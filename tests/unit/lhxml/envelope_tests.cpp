@@ -161,7 +161,7 @@ TEST(MakeRequestID, IsTheWordAnUnderscoreAndADecimalNumber) {
     }
 }
 
-TEST(MakeRequestID, GivesTheNextNumbersOfTheGeneratorAndNeverSeedsItAgain) {
+TEST(MakeRequestID, ReturnsTheNextNumbersOfTheGeneratorAndNeverSeedsItAgain) {
     std::srand(23);
     const std::string expected[] = {IdentifierOf(std::rand()), IdentifierOf(std::rand()), IdentifierOf(std::rand())};
 

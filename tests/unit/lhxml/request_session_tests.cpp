@@ -39,7 +39,7 @@ constexpr HRESULT kRefused = static_cast<HRESULT>(0x80040400);
     return doubled;
 }
 
-// Error information with this description, as a host attaches it to what it raises.
+// Error information with this description, as a host attaches it to what it throws.
 [[nodiscard]] ComPtr<IErrorInfo> ErrorInformation(std::wstring description) {
     ComPtr<ICreateErrorInfo> creation;
     EXPECT_HRESULT(S_OK, ::CreateErrorInfo(creation.Receive()));
@@ -155,7 +155,7 @@ TEST_F(RequestSession, SendsALongRequest) {
     EXPECT_EQ(std::wstring(3'000'000, L'x'), host_.requests.at(0));
 }
 
-TEST_F(RequestSession, GivesTheResponseAsItIs) {
+TEST_F(RequestSession, ReturnsTheResponseAsItIs) {
     host_.answers = {{.response = L"<A>caf\xE9 \x65E5\0z</A>"s}};
     OwnedBstr response;
     EXPECT_HRESULT(S_OK, Wrap().SendRequest(response.Receive()));
@@ -197,7 +197,7 @@ TEST_F(RequestSession, CanBeRunTwiceByOneObject) {
     EXPECT_EQ(Twice(kWholeSession), host_.calls);
 }
 
-TEST_F(RequestSession, GivesTheProcessorsSuccessCode) {
+TEST_F(RequestSession, ReturnsTheProcessorsSuccessCode) {
     host_.answers = {{.result = S_FALSE, .response = L"<A/>"}};
     EXPECT_HRESULT(S_FALSE, Send());
     EXPECT_EQ("<A/>", response_);
@@ -211,7 +211,7 @@ TEST_F(RequestSession, FailedRequestStillEndsItsSession) {
     ExpectUntroubled();
 }
 
-TEST_F(RequestSession, GivesTheResponseOfAFailedRequest) {
+TEST_F(RequestSession, ReturnsTheResponseOfAFailedRequest) {
     host_.answers = {{.result = kRefused, .response = L"<A/>"}};
     EXPECT_HRESULT(kRefused, Send());
     EXPECT_EQ("<A/>", response_);
@@ -239,7 +239,7 @@ TEST_F(RequestSession, EndThatFailsGoesUnnoticed) {
     ExpectUntroubled();
 }
 
-TEST_F(RequestSession, GivesTheRequestsCodeWhenEverythingFails) {
+TEST_F(RequestSession, ReturnsTheRequestsHResultWhenEverythingFails) {
     host_.failures = {{"OpenConnection", E_ABORT},
                       {"BeginSession", E_ABORT},
                       {"ProcessRequest", kRefused},
@@ -316,26 +316,26 @@ TEST_F(RequestSession, CanSucceedAfterAFailure) {
     ExpectUntroubled();
 }
 
-// A COM error raised at the first call of a method, and the calls that follow from it.
-struct Raising {
+// A COM error thrown at the first call of a method, and the calls that follow from it.
+struct Throwing {
     std::string method;
     std::vector<std::string> calls;
 };
-class RaisedError : public RequestSession, public testing::WithParamInterface<Raising> {};
+class ThrownError : public RequestSession, public testing::WithParamInterface<Throwing> {};
 
-INSTANTIATE_TEST_SUITE_P(At, RaisedError,
+INSTANTIATE_TEST_SUITE_P(At, ThrownError,
                          testing::Values(
                              // Outside the session: nothing is open.
-                             Raising{"CreateObjectFromClassId", {kCreate}},
+                             Throwing{"CreateObjectFromClassId", {kCreate}},
                              // What is marked open is closed again, the session before the connection.
-                             Raising{"OpenConnection", {kCreate, kOpen}},
-                             Raising{"BeginSession", {kCreate, kOpen, kBegin, kClose}},
-                             Raising{"ProcessRequest", {kCreate, kOpen, kBegin, kProcess, kEnd, kClose}},
-                             Raising{"EndSession", {kCreate, kOpen, kBegin, kProcess, kEnd, kEnd, kClose}},
-                             Raising{"CloseConnection", {kCreate, kOpen, kBegin, kProcess, kEnd, kClose, kClose}}),
-                         [](const auto& raising) { return raising.param.method; });
+                             Throwing{"OpenConnection", {kCreate, kOpen}},
+                             Throwing{"BeginSession", {kCreate, kOpen, kBegin, kClose}},
+                             Throwing{"ProcessRequest", {kCreate, kOpen, kBegin, kProcess, kEnd, kClose}},
+                             Throwing{"EndSession", {kCreate, kOpen, kBegin, kProcess, kEnd, kEnd, kClose}},
+                             Throwing{"CloseConnection", {kCreate, kOpen, kBegin, kProcess, kEnd, kClose, kClose}}),
+                         [](const auto& throwing) { return throwing.param.method; });
 
-TEST_P(RaisedError, FailsWithItsDescriptionAndClosesWhatIsOpen) {
+TEST_P(ThrownError, FailsWithItsDescriptionAndClosesWhatIsOpen) {
     Once(GetParam().method, [] { RaiseDescribed(L"The company file is in use: caf\xE9 \x65E5"); });
     host_.answers = {{.is_null = true}};
     EXPECT_HRESULT(E_FAIL, Send());
@@ -343,7 +343,7 @@ TEST_P(RaisedError, FailsWithItsDescriptionAndClosesWhatIsOpen) {
     ExpectFailure("The company file is in use: caf\xE9 ?");
 }
 
-TEST_P(RaisedError, HasAnEmptyDescriptionWithoutErrorInformation) {
+TEST_P(ThrownError, HasAnEmptyDescriptionWithoutErrorInformation) {
     Once(GetParam().method, RaiseBare);
     host_.answers = {{.is_null = true}};
     EXPECT_HRESULT(E_FAIL, Send());
@@ -352,7 +352,7 @@ TEST_P(RaisedError, HasAnEmptyDescriptionWithoutErrorInformation) {
 }
 
 // A host that the platform's own compiler built raises its COM errors as structured exceptions.
-TEST_P(RaisedError, OfThePlatformsCompilerEndsTheSessionAlike) {
+TEST_P(ThrownError, OfThePlatformsCompilerEndsTheSessionAlike) {
     Once(GetParam().method, RaiseAsThePlatformsCompiler);
     host_.answers = {{.is_null = true}};
     EXPECT_HRESULT(E_FAIL, Send());
@@ -361,13 +361,13 @@ TEST_P(RaisedError, OfThePlatformsCompilerEndsTheSessionAlike) {
     EXPECT_HRESULT(S_OK, Send()) << "the next request finds everything closed";
 }
 
-TEST_P(RaisedError, LeavesOneReferenceOnTheBroker) {
+TEST_P(ThrownError, LeavesOneReferenceOnTheBroker) {
     Once(GetParam().method, RaiseBare);
     EXPECT_HRESULT(E_FAIL, Send());
     EXPECT_EQ(1U, host_.broker_references);
 }
 
-TEST_P(RaisedError, OfAnotherTypeIsNotCaught) {
+TEST_P(ThrownError, OfAnotherTypeIsNotCaught) {
     Once(GetParam().method, [] { throw std::runtime_error("not a COM error"); });
     EXPECT_THROW(static_cast<void>(Send()), std::runtime_error);
     EXPECT_FALSE(wrapper_->HasFailed());
@@ -375,15 +375,15 @@ TEST_P(RaisedError, OfAnotherTypeIsNotCaught) {
 }
 
 // An error while closing after an error ends in the outer region, which closes nothing more.
-class RaisedTwice : public RaisedError {};
+class ThrownTwice : public ThrownError {};
 
-INSTANTIATE_TEST_SUITE_P(At, RaisedTwice,
-                         testing::Values(Raising{"EndSession", {kCreate, kOpen, kBegin, kProcess, kEnd, kEnd}},
-                                         Raising{"CloseConnection",
-                                                 {kCreate, kOpen, kBegin, kProcess, kEnd, kClose, kClose}}),
-                         [](const auto& raising) { return raising.param.method; });
+INSTANTIATE_TEST_SUITE_P(At, ThrownTwice,
+                         testing::Values(Throwing{"EndSession", {kCreate, kOpen, kBegin, kProcess, kEnd, kEnd}},
+                                         Throwing{"CloseConnection",
+                                                  {kCreate, kOpen, kBegin, kProcess, kEnd, kClose, kClose}}),
+                         [](const auto& throwing) { return throwing.param.method; });
 
-TEST_P(RaisedTwice, OfThePlatformsCompilerFailsAlike) {
+TEST_P(ThrownTwice, OfThePlatformsCompilerFailsAlike) {
     host_.on_call[GetParam().method] = RaiseAsThePlatformsCompiler;
     host_.answers = {{.is_null = true}};
     EXPECT_HRESULT(E_FAIL, Send());
@@ -391,7 +391,7 @@ TEST_P(RaisedTwice, OfThePlatformsCompilerFailsAlike) {
     ExpectFailure("");
 }
 
-TEST_P(RaisedTwice, FailsWithTheDescriptionOfTheLater) {
+TEST_P(ThrownTwice, FailsWithTheDescriptionOfTheLater) {
     int count = 0;
     host_.on_call[GetParam().method] = [&count] { RaiseDescribed(L"error " + std::to_wstring(++count)); };
     host_.answers = {{.is_null = true}};
@@ -400,14 +400,14 @@ TEST_P(RaisedTwice, FailsWithTheDescriptionOfTheLater) {
     ExpectFailure("error 2");
 }
 
-TEST_F(RequestSession, GivesTheResponseAlsoWhenAnErrorFollowsIt) {
+TEST_F(RequestSession, ReturnsTheResponseAlsoWhenAnErrorFollowsIt) {
     Once("EndSession", RaiseBare);
     EXPECT_HRESULT(E_FAIL, Send());
     EXPECT_EQ("<LHXML></LHXML>", response_);
 }
 
 // The four strings of a session: none of them can be done without, and nothing has been sent before.
-TEST_F(RequestSession, RaisesOutOfMemoryBeforeAnythingIsSent) {
+TEST_F(RequestSession, ThrowsOutOfMemoryBeforeAnythingIsSent) {
     for (int number = 1; number <= 4; ++number) {
         const BstrAllocations allocations(number);
         try {
@@ -446,7 +446,7 @@ TEST_F(RequestProcessor, BelongsToTheCallerAlone) {
     EXPECT_EQ(0U, processor.Detach()->Release());
 }
 
-TEST_F(RequestProcessor, CreationGivesTheCodeOfTheStepThatFails) {
+TEST_F(RequestProcessor, CreationReturnsTheHResultOfTheStepThatFails) {
     const std::vector<std::string> steps = {"CreateInstance", "CreateObjectFromClassId"};
     for (const std::string& step : steps) {
         host_.failures = {{step, kRefused}};
@@ -456,7 +456,7 @@ TEST_F(RequestProcessor, CreationGivesTheCodeOfTheStepThatFails) {
     }
 }
 
-TEST_F(RequestProcessor, CreationGivesTheCodeOfAskingForTheInterface) {
+TEST_F(RequestProcessor, CreationReturnsTheHResultOfAskingForTheInterface) {
     const auto object = ComObject<SomeObject>::Create();
     host_.created_object = ComPtr<IUnknown>(object.Get());
     ComPtr<IRequestProcessor> processor;
@@ -528,13 +528,13 @@ TEST_F(SendLHRequest, FailsWithoutAProcessor) {
     EXPECT_EQ(nullptr, response_.Get());
 }
 
-TEST_F(SendLHRequest, FailsOnARaisedError) {
+TEST_F(SendLHRequest, FailsOnAThrownError) {
     Once("BeginSession", RaiseBare);
     EXPECT_HRESULT(E_FAIL, Send(response_));
     EXPECT_EQ(nullptr, response_.Get());
 }
 
-TEST_F(SendLHRequest, RaisesOutOfMemory) {
+TEST_F(SendLHRequest, ThrowsOutOfMemory) {
     const BstrAllocations allocations(1);
     EXPECT_THROW(static_cast<void>(Send(response_)), _com_error);
     EXPECT_TRUE(host_.calls.empty());

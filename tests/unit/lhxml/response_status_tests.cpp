@@ -94,12 +94,12 @@ TEST_F(ResponseStatus, IsNotReadFromChildren) {
     EXPECT_EQ((Status{S_FALSE, "old code", "old message"}), ReadStatus("<A><B statusCode='0' statusMessage='m'/></A>"));
 }
 
-TEST_F(ResponseStatus, GivesTheCodeOfFetchingTheAttributes) {
+TEST_F(ResponseStatus, ReturnsTheHResultOfFetchingTheAttributes) {
     const auto node = MakeFakeNode({.fetch = E_ACCESSDENIED});
     EXPECT_EQ((Status{E_ACCESSDENIED, "old code", "old message"}), ReadStatus(node.Get()));
 }
 
-TEST_F(ResponseStatus, GivesTheCodeOfReadingTheStatusCodeBeforeTheMessages) {
+TEST_F(ResponseStatus, ReturnsTheHResultOfReadingTheStatusCodeBeforeTheMessages) {
     const auto node = MakeFakeNode({.failures = {{L"statusCode", E_ABORT}, {L"statusMessage", E_ACCESSDENIED}}});
     EXPECT_EQ((Status{E_ABORT, "old code", "old message"}), ReadStatus(node.Get()));
 }
@@ -161,7 +161,7 @@ TEST_F(ResponseStatus, IsCopiedEscaped) {
               CopyStatus("<A requestID=\"'\" statusCode='\"' statusSeverity='>' statusMessage='a&lt;b &amp; c'/>"));
 }
 
-TEST_F(ResponseStatus, CopyGivesTheCodeOfTheLastRead) {
+TEST_F(ResponseStatus, CopyReturnsTheHResultOfTheLastRead) {
     const auto last =
         MakeFakeNode({.failures = {{L"statusMessage", E_ACCESSDENIED}}, .values = {{L"statusCode", L"0"}}});
     EXPECT_EQ(Copied(E_ACCESSDENIED, "", "0", "", ""), CopyStatus(last.Get()));
@@ -169,7 +169,7 @@ TEST_F(ResponseStatus, CopyGivesTheCodeOfTheLastRead) {
     EXPECT_EQ(Copied(S_OK, "", "", "", "m"), CopyStatus(earlier.Get()));
 }
 
-TEST_F(ResponseStatus, CopyGivesTheCodeOfFetchingTheAttributes) {
+TEST_F(ResponseStatus, CopyReturnsTheHResultOfFetchingTheAttributes) {
     EXPECT_EQ(Copied(E_ABORT, "", "", "", ""), CopyStatus(MakeFakeNode({.fetch = E_ABORT}).Get()));
     EXPECT_EQ(Copied(E_POINTER, "", "", "", ""), CopyStatus(nullptr));
 }

@@ -133,7 +133,7 @@ TEST_F(GetAccountsForMultipleTypes, AsksForAllTypesWithoutAType) {
     }
 }
 
-TEST_F(GetAccountsForMultipleTypes, GivesNameTypeAndListIDOfEachRecord) {
+TEST_F(GetAccountsForMultipleTypes, ReturnsNameTypeAndListIDOfEachRecord) {
     Respond(kAccounts);
     EXPECT_EQ((Result{S_OK, Lines(std::wstring_view(LR"(
 <AccountQueryRs>
@@ -152,13 +152,13 @@ TEST_F(GetAccountsForMultipleTypes, GivesNameTypeAndListIDOfEachRecord) {
               Ask(object_, &CPaylodge::GetAccountsForMultipleTypes, L"Bank"));
 }
 
-TEST_F(GetAccountsForMultipleTypes, GivesAnEmptyListForAnEmptyQueryResponse) {
+TEST_F(GetAccountsForMultipleTypes, ReturnsAnEmptyListForAnEmptyQueryResponse) {
     Respond(LR"(<AccountQueryRs statusCode="1"/>)");
     EXPECT_EQ((Result{S_OK, L"<AccountQueryRs>\r\n</AccountQueryRs>\r\n"}),
               Ask(object_, &CPaylodge::GetAccountsForMultipleTypes, L"Bank"));
 }
 
-TEST_F(GetAccountsForMultipleTypes, GivesAnEmptyRecordForARecordWithoutTheElements) {
+TEST_F(GetAccountsForMultipleTypes, ReturnsAnEmptyRecordForARecordWithoutTheElements) {
     Respond(L"<AccountQueryRs><AccountRet/></AccountQueryRs>");
     EXPECT_EQ((Result{S_OK, L"<AccountQueryRs>\r\n    <AccountRet>\r\n    </AccountRet>\r\n</AccountQueryRs>\r\n"}),
               Ask(object_, &CPaylodge::GetAccountsForMultipleTypes, L"Bank"));
@@ -206,7 +206,7 @@ TEST_F(GetBalanceForAccountType, AsksForAllTypesWithoutAType) {
     EXPECT_EQ(ActiveAccountQuery({{"IncludeRetElement", "FullName"}, {"IncludeRetElement", "Balance"}}), OnlySent());
 }
 
-TEST_F(GetBalanceForAccountType, GivesNameBalanceAndNumbersOfEachRecord) {
+TEST_F(GetBalanceForAccountType, ReturnsNameBalanceAndNumbersOfEachRecord) {
     Respond(kAccounts);
     EXPECT_EQ((Result{S_OK, Lines(std::wstring_view(LR"(
 <AccountQueryRs>

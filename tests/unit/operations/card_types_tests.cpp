@@ -10,7 +10,7 @@ struct Case {
     const char* expected;
 };
 
-TEST(CardTypeFromMemo, GivesTheTypeThatTheMemoNames) {
+TEST(CardTypeFromMemo, ReturnsTheTypeThatTheMemoNames) {
     for (const auto& [memo, type] : {Case{"Visa", "Visa"}, Case{"Refund to AmEx card", "American Express"},
                                      Case{"xDiscoverx", "Discover"}, Case{"paid by Diners", "Diners Club"}}) {
         EXPECT_EQ(type, CardTypeFromMemo(memo)) << memo;

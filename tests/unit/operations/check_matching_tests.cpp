@@ -81,16 +81,16 @@ struct Invoice {
 
 const std::vector<Invoice> kFortyAndSixty = {{"1001", "40.00"}, {"1002", "60.00"}};
 
-TEST(CheckMatcher, GivesAllInvoicesWhenTheyComeToTheAmount) {
+TEST(CheckMatcher, ReturnsAllInvoicesWhenTheyComeToTheAmount) {
     EXPECT_EQ("1001, 1002", Match("100.00", kFortyAndSixty));
 }
 
-TEST(CheckMatcher, GivesTheOneInvoiceWithThisBalance) {
+TEST(CheckMatcher, ReturnsTheOneInvoiceWithThisBalance) {
     EXPECT_EQ("1002", Match("60.00", kFortyAndSixty));
     EXPECT_EQ("1001", Match("40", kFortyAndSixty));
 }
 
-TEST(CheckMatcher, GivesTheFirstOfEqualBalancesAndIsDecidedThen) {
+TEST(CheckMatcher, ReturnsTheFirstOfEqualBalancesAndIsDecidedThen) {
     CheckMatcher matcher("60.00");
     EXPECT_FALSE(matcher.IsDecided());
     matcher.AddInvoice("7", "60.00");

@@ -77,7 +77,7 @@ TEST_F(GetCustomerIDForName, TrimsSpacesOnly) {
     EXPECT_THAT(OnlySent(), ::testing::HasSubstr("<Name>\tSmith\xA0</Name>"));
 }
 
-TEST_F(GetCustomerIDForName, GivesTheFirstCustomerOfThisNameInAnyLetterCase) {
+TEST_F(GetCustomerIDForName, ReturnsTheFirstCustomerOfThisNameInAnyLetterCase) {
     for (const wchar_t* name : {L"Smith", L"smith", L"  SMITH  "}) {
         Respond(kSmiths);
         EXPECT_EQ((Result{S_OK, L"3"}), Find(name));
@@ -163,7 +163,7 @@ TEST_F(GetCustomerNameForID, SendsAnEmptyIDToo) {
               OnlySent());
 }
 
-TEST_F(GetCustomerNameForID, GivesTheNameOfTheFirstRecord) {
+TEST_F(GetCustomerNameForID, ReturnsTheNameOfTheFirstRecord) {
     Respond(
         L"<CustomerQueryRs statusCode=\"500\" statusSeverity=\"Error\">"
         L"<C><FullName>A:B</FullName><Name>B\u00e9 &amp; \u4e2d</Name></C>"
@@ -235,7 +235,7 @@ struct Matched {
     const wchar_t* result;
 };
 
-TEST_F(GetInvoiceInfoForCustomerID, GivesOneInvoiceOrAllOrNone) {
+TEST_F(GetInvoiceInfoForCustomerID, ReturnsOneInvoiceOrAllOrNone) {
     for (const auto& [amount, result] :
          {Matched{L"100.00", L"1001, 1002"}, Matched{L"60.00", L"1002"}, Matched{L"40", L"1001"},
           Matched{L"99.99", L""}, Matched{L"40.004", L"1001"}}) {

@@ -153,7 +153,7 @@ TEST_F(DownloadTimes, TimeOutsideTheCodePageComesBackWithItsDefaultCharacter) {
     EXPECT_EQ((Result{S_OK, L"? caf\u00e9 \u20ac"}), Get(L"A"));
 }
 
-TEST_F(DownloadTimes, GetWithoutAPlaceForTheTimeAsksNothing) {
+TEST_F(DownloadTimes, GetWithANullOutParameterIsEPointerAndCallsNothing) {
     EXPECT_HRESULT(E_POINTER, object_.GetLastTxnDownloadTime(Argument(L"A"), nullptr));
     EXPECT_EQ(Calls(), TakeCalls());
 }
@@ -291,8 +291,8 @@ TEST_F(DownloadTimes, AccountThatIsNoStringIsComparedAsOne) {
     EXPECT_EQ((Result{S_OK, L"3"}), Get(L"C"));
 }
 
-// What a member raises; S_OK when it returns.
-[[nodiscard]] HRESULT Raised(const std::function<void()>& call) {
+// What a member throws; S_OK when it returns.
+[[nodiscard]] HRESULT Thrown(const std::function<void()>& call) {
     try {
         call();
     } catch (const _com_error& error) {
@@ -301,23 +301,23 @@ TEST_F(DownloadTimes, AccountThatIsNoStringIsComparedAsOne) {
     return S_OK;
 }
 
-TEST_F(DownloadTimes, AccountThatCannotBeConvertedIsRaised) {
+TEST_F(DownloadTimes, AccountThatCannotBeConvertedThrows) {
     Records()[1].Put(kAccount, NullValue());
     StringSink time;
     EXPECT_HRESULT(DISP_E_TYPEMISMATCH,
-                   Raised([&] { static_cast<void>(object_.GetLastTxnDownloadTime(Argument(L"A"), time.Slot())); }));
+                   Thrown([&] { static_cast<void>(object_.GetLastTxnDownloadTime(Argument(L"A"), time.Slot())); }));
     EXPECT_EQ(kNull, time.Show());
-    EXPECT_HRESULT(DISP_E_TYPEMISMATCH, Raised([&] { static_cast<void>(Set(L"A", L"1")); }));
+    EXPECT_HRESULT(DISP_E_TYPEMISMATCH, Thrown([&] { static_cast<void>(Set(L"A", L"1")); }));
     EXPECT_EQ(VT_NULL, Records()[1].properties[kAccount].Type());
     EXPECT_EQ(1U, Records().size());
 }
 
-TEST_F(DownloadTimes, TimeThatCannotBeConvertedIsRaised) {
+TEST_F(DownloadTimes, TimeThatCannotBeConvertedThrows) {
     Store(1, L"A", L"1");
     Records()[1].Put(kTime, NullValue());
     StringSink time;
     EXPECT_HRESULT(DISP_E_TYPEMISMATCH,
-                   Raised([&] { static_cast<void>(object_.GetLastTxnDownloadTime(Argument(L"A"), time.Slot())); }));
+                   Thrown([&] { static_cast<void>(object_.GetLastTxnDownloadTime(Argument(L"A"), time.Slot())); }));
     EXPECT_EQ(kNull, time.Show());
 }
 
@@ -447,19 +447,19 @@ class DownloadTimesMemory : public DownloadTimes {
     void FailEachAllocation(const std::function<void()>& call) {
         for (int number = 1;; ++number) {
             BstrAllocations allocations(number);
-            const HRESULT raised = Raised(call);
+            const HRESULT thrown = Thrown(call);
             if (!allocations.HasFailed()) {
                 EXPECT_GT(number, 3);
                 break;
             }
-            EXPECT_TRUE(raised == S_OK || raised == E_OUTOFMEMORY) << number << ": " << raised;
+            EXPECT_TRUE(thrown == S_OK || thrown == E_OUTOFMEMORY) << number << ": " << thrown;
             EXPECT_EQ(0, host_of_records_->held_locks) << number;
         }
         static_cast<void>(log_.Take());
     }
 };
 
-TEST_F(DownloadTimesMemory, LackOfItIsRaisedByGetOrReadsAsZero) {
+TEST_F(DownloadTimesMemory, LackOfItIsThrownByGetOrReadsAsZero) {
     const Argument account(L"A");
     FailEachAllocation([&] {
         StringSink time;
@@ -470,7 +470,7 @@ TEST_F(DownloadTimesMemory, LackOfItIsRaisedByGetOrReadsAsZero) {
     EXPECT_EQ((Result{S_OK, L"1"}), Get(L"A"));
 }
 
-TEST_F(DownloadTimesMemory, LackOfItIsRaisedBySetOrFails) {
+TEST_F(DownloadTimesMemory, LackOfItIsThrownBySetOrFails) {
     const Argument account(L"B");
     const Argument time(L"2");
     FailEachAllocation([&] { static_cast<void>(object_.SetLastTxnDownloadTime(account, time)); });
@@ -491,7 +491,7 @@ TEST_F(DownloadTimesMemory, IsFreedOnEveryWay) {
     host_of_records_->codes["Save"] = kHostFailure;
     EXPECT_EQ(Result{E_FAIL}, Set(L"A", L"4"));
     Records()[1].Put(kAccount, NullValue());
-    EXPECT_HRESULT(DISP_E_TYPEMISMATCH, Raised([&] { static_cast<void>(Get(L"A")); }));
+    EXPECT_HRESULT(DISP_E_TYPEMISMATCH, Thrown([&] { static_cast<void>(Get(L"A")); }));
     host_of_records_->categories.clear();
     EXPECT_EQ(0, allocations.Count());
     EXPECT_NE("", log_.Take());

@@ -17,7 +17,7 @@ namespace paylodge::test {
 namespace {
 
 // Makes the call fail at one of its allocations after the other; what the host allocates does not fail. `check` gets
-// whether the failure was raised.
+// whether the failure was thrown.
 template <class Call, class Check>
 void FailEachAllocation(FakeHost& host, const Call& call, const Check& check) {
     for (int number = 1;; ++number) {
@@ -94,7 +94,7 @@ TEST_P(EveryOperation, FailsWithoutTheHost) {
     EXPECT_EQ(Result{E_FAIL}, Call());
 }
 
-TEST_P(EveryOperation, FailsWhenTheHostRaisesAnError) {
+TEST_P(EveryOperation, FailsWhenTheHostThrows) {
     host_.on_call["ProcessRequest"] = [] { _com_issue_error(kHostFailure); };
     EXPECT_EQ(Result{E_FAIL}, Call());
     EXPECT_EQ(0, host_.live_processors);
@@ -119,7 +119,7 @@ TEST_P(EveryOperation, TakesEverySuccessCodeWithAnAnswerForSuccess) {
     EXPECT_HRESULT(S_OK, Call().code);
 }
 
-TEST_P(EveryOperation, RaisesAFailedAllocationAndWorksAgainAfterwards) {
+TEST_P(EveryOperation, ThrowsOnAFailedAllocationAndWorksAgainAfterwards) {
     AnswerAll();
     const Result healthy = Call();
     AnswerAll();

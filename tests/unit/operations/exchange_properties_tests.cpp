@@ -22,7 +22,7 @@ class ExchangeTest : public OperationTest {
   protected:
     ~ExchangeTest() override { EXPECT_TRUE(host_.calls.empty()); }
 
-    // Whether the allocation failure is raised by the call.
+    // Whether the allocation failure is thrown by the call.
     template <class Call>
     [[nodiscard]] static bool RaisesWithoutMemory(int number, const Call& call) {
         const BstrAllocations allocations(number);
@@ -66,7 +66,7 @@ class PlainProperty : public ExchangeTest, public ::testing::WithParamInterface<
 };
 INSTANTIATE_TEST_SUITE_P(, PlainProperty, RowsOf(kPlainProperties), kRowName);
 
-TEST_P(PlainProperty, GivesBackWhatWasPutLast) {
+TEST_P(PlainProperty, ReturnsWhatWasPutLast) {
     for (const std::wstring& text : {std::wstring(L"first"), kAnyText, std::wstring(), std::wstring(100'000, L'x')}) {
         EXPECT_EQ(kDone, PutText(text));
         EXPECT_EQ((Result{S_OK, text}), Get());
@@ -74,7 +74,7 @@ TEST_P(PlainProperty, GivesBackWhatWasPutLast) {
     }
 }
 
-TEST_P(PlainProperty, GivesNullBackForNull) {
+TEST_P(PlainProperty, ReturnsNullForNull) {
     EXPECT_EQ(kDone, PutText(L"x"));
     EXPECT_EQ(kDone, PutText(nullptr));
     EXPECT_EQ((Result{S_OK, kNull}), Get());
@@ -91,7 +91,7 @@ TEST_P(PlainProperty, KeepsAnOddNumberOfBytes) {
     EXPECT_EQ(0, std::memcmp("abc", sink.Get(), 3));
 }
 
-TEST_P(PlainProperty, StoresAndGivesCopies) {
+TEST_P(PlainProperty, StoresAndReturnsCopies) {
     const OwnedBstr text = MakeBstr(L"abc");
     EXPECT_HRESULT(S_OK, (object_.*GetParam().put)(text.Get()));
     text.Get()[0] = L'x';
@@ -128,7 +128,7 @@ TEST_P(PlainProperty, IsSharedByAllObjectsAndOutlivesThem) {
     EXPECT_EQ((Result{S_OK, L"shared"}), Get());
 }
 
-TEST_P(PlainProperty, RaisesAFailedAllocationAndKeepsTheStoredString) {
+TEST_P(PlainProperty, ThrowsOnAFailedAllocationAndKeepsTheStoredString) {
     EXPECT_EQ(kDone, PutText(L"kept"));
     const Argument other(L"other");
     EXPECT_TRUE(RaisesWithoutMemory(1, [&] { return (object_.*GetParam().put)(other); }));
@@ -139,7 +139,7 @@ TEST_P(PlainProperty, RaisesAFailedAllocationAndKeepsTheStoredString) {
     EXPECT_EQ((Result{S_OK, L"kept"}), Get());
 }
 
-TEST_P(PlainProperty, NeedsAPlaceForTheResult) { EXPECT_HRESULT(E_POINTER, (object_.*GetParam().get)(nullptr)); }
+TEST_P(PlainProperty, NullOutParameterIsEPointer) { EXPECT_HRESULT(E_POINTER, (object_.*GetParam().get)(nullptr)); }
 
 class PlainProperties : public ExchangeTest {};
 
@@ -155,7 +155,7 @@ TEST_F(PlainProperties, AreIndependentOfEachOther) {
 
 class ExchangeOnARefusedPage : public ExchangeTest {};
 
-TEST_F(ExchangeOnARefusedPage, ChangesAndTellsNothing) {
+TEST_F(ExchangeOnARefusedPage, ChangesAndReturnsNothing) {
     const auto page_object = ComObject<CPaylodge>::Create();
     FakeSite site(PageAt(kRefusedPage));
     CPaylodge& refused = *page_object.Get();
@@ -188,7 +188,7 @@ TEST_F(ExchangeOnARefusedPage, ChangesAndTellsNothing) {
     }
 }
 
-TEST_F(ExchangeOnARefusedPage, LooksAtThePageBeforeThePlaceForTheResult) {
+TEST_F(ExchangeOnARefusedPage, ChecksThePageBeforeTheOutParameter) {
     FakeSite site(PageAt(kRefusedPage));
     const OnSite on_site(static_cast<IObjectWithSite*>(&object_), site);
     for (const TextProperty& property : kPlainProperties) {
@@ -207,7 +207,7 @@ TEST_F(ExchangeOnARefusedPage, LooksAtThePageBeforeThePlaceForTheResult) {
     EXPECT_HRESULT(S_OK, object_.GetReconPaymentParams(nullptr, nullptr));
 }
 
-TEST_F(ExchangeOnARefusedPage, DoesNotTellThatAMailboxIsFull) {
+TEST_F(ExchangeOnARefusedPage, DoesNotRevealThatAMailboxIsFull) {
     for (const FlagProperty& flag : kFlags) {
         SetFlag(flag, VARIANT_TRUE);
     }
@@ -244,7 +244,7 @@ TEST_P(Flag, IsSharedByAllObjectsAndIndependentOfTheOthers) {
     }
 }
 
-TEST_P(Flag, NeedsAPlaceForTheResult) { EXPECT_HRESULT(E_POINTER, (object_.*GetParam().get)(nullptr)); }
+TEST_P(Flag, NullOutParameterIsEPointer) { EXPECT_HRESULT(E_POINTER, (object_.*GetParam().get)(nullptr)); }
 
 class GuardedText : public ExchangeTest, public ::testing::WithParamInterface<GuardedProperty> {
   protected:
@@ -324,7 +324,7 @@ TEST_P(GuardedText, RefusesAPutAfterTheFlagAloneWasPutToTrue) {
     EXPECT_EQ((Result{S_OK, L""}), Get());
 }
 
-TEST_P(GuardedText, RaisesAFailedAllocationAndStaysAsItWas) {
+TEST_P(GuardedText, ThrowsOnAFailedAllocationAndStaysAsItWas) {
     SetReady(VARIANT_FALSE);
     const Argument text(L"data");
     EXPECT_TRUE(RaisesWithoutMemory(1, [&] { return (object_.*GetParam().put)(text); }));
@@ -339,7 +339,7 @@ TEST_P(GuardedText, RaisesAFailedAllocationAndStaysAsItWas) {
     EXPECT_EQ(kEmptyMailbox, Get());
 }
 
-TEST_P(GuardedText, NeedsAPlaceForTheResult) {
+TEST_P(GuardedText, NullOutParameterIsEPointer) {
     for (const VARIANT_BOOL value : {VARIANT_FALSE, VARIANT_TRUE}) {
         SetReady(value);
         EXPECT_HRESULT(E_POINTER, (object_.*GetParam().get)(nullptr));
@@ -408,7 +408,7 @@ TEST_F(ScanTxn, HoldsEmbeddedNuls) {
     }
 }
 
-TEST_F(ScanTxn, StoresAndGivesCopies) {
+TEST_F(ScanTxn, StoresAndReturnsCopies) {
     SetCreated(VARIANT_FALSE);
     const Argument text(L"abc");
     EXPECT_HRESULT(S_OK, object_.SetScanTxnInfo(text, text, text, text, text));
@@ -428,7 +428,7 @@ TEST_F(ScanTxn, StaysUnsetWhenAnyAllocationFails) {
     }
 }
 
-TEST_F(ScanTxn, RaisesAFailedAllocationOnReadingAndClearing) {
+TEST_F(ScanTxn, ThrowsOnAFailedAllocationOnReadingAndClearing) {
     SetCreated(VARIANT_FALSE);
     EXPECT_EQ(kDone, SetInfo(kInfo));
     for (const TextGetter& getter : kScanTxnGetters) {
@@ -441,7 +441,7 @@ TEST_F(ScanTxn, RaisesAFailedAllocationOnReadingAndClearing) {
     }
 }
 
-TEST_F(ScanTxn, NeedsAPlaceForTheResult) {
+TEST_F(ScanTxn, NullOutParameterIsEPointer) {
     for (const TextGetter& getter : kScanTxnGetters) {
         EXPECT_HRESULT(E_POINTER, (object_.*getter.get)(nullptr)) << getter.name;
     }
@@ -482,7 +482,7 @@ TEST_F(ReconPayment, HasTheDefaultAccountForMinusOneAlone) {
     }
 }
 
-TEST_F(ReconPayment, AnswersWithDefaultsWhileItIsEmpty) {
+TEST_F(ReconPayment, ReturnsDefaultsWhileItIsEmpty) {
     EmptyAfter(L"d", L"s", VARIANT_FALSE);
     EXPECT_EQ(kEmptyMailbox, Data());
     EXPECT_EQ((PaymentParams{S_FALSE, kTrue, L""}), AskPaymentParams(object_));
@@ -525,7 +525,7 @@ TEST_F(ReconPayment, StaysAsItWasWhenAnyAllocationFails) {
     }
 }
 
-TEST_F(ReconPayment, RaisesAFailedAllocationOnReadingAndEmptying) {
+TEST_F(ReconPayment, ThrowsOnAFailedAllocationOnReadingAndEmptying) {
     for (const VARIANT_BOOL value : {VARIANT_TRUE, VARIANT_FALSE}) {
         EmptyAfter(L"d", L"s", VARIANT_FALSE);
         SetReady(value);
@@ -539,7 +539,7 @@ TEST_F(ReconPayment, RaisesAFailedAllocationOnReadingAndEmptying) {
     EXPECT_TRUE(RaisesWithoutMemory(1, [&] { return object_.put_IsReconPaymentDataReady(VARIANT_FALSE); }));
 }
 
-TEST_F(ReconPayment, NeedsAPlaceForEachResult) {
+TEST_F(ReconPayment, EachNullOutParameterIsEPointer) {
     for (const VARIANT_BOOL value : {VARIANT_FALSE, VARIANT_TRUE}) {
         SetReady(value);
         StringSink text;

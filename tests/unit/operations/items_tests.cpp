@@ -98,7 +98,7 @@ TEST_F(GetPaymentMethods, ListsEveryNameEachTimeItOccurs) {
     }
 }
 
-TEST_F(GetPaymentMethods, GivesAnEmptyElementWithoutMethods) {
+TEST_F(GetPaymentMethods, ReturnsAnEmptyElementWithoutMethods) {
     for (const wchar_t* response :
          {L"<PaymentMethodQueryRs/>", L"<PaymentMethodQueryRs statusCode=\"1\"></PaymentMethodQueryRs>",
           L"<PaymentMethodQueryRs><!-- none --></PaymentMethodQueryRs>",

@@ -113,7 +113,7 @@ TEST_P(MemoryOf, IsAtMostTwoCopiesOfTheResponseText) {
 }
 
 // Every heap allocation of an operation in turn.
-TEST_P(MemoryOf, ThatCannotBeHadIsRaisedAndLeavesNothingBehind) {
+TEST_P(MemoryOf, ThatCannotBeHadThrowsAndLeavesNothingBehind) {
     const Operation& operation = GetParam();
     const Argument argument(operation.request.empty() ? std::wstring_view(L"Bank") : operation.request);
     const std::wstring record(operation.record);
@@ -124,7 +124,7 @@ TEST_P(MemoryOf, ThatCannotBeHadIsRaisedAndLeavesNothingBehind) {
     int number = 1;
     for (; has_failed; ++number) {
         host_.answers.clear();
-        // What the fake allocates while the system creates it must not fail: on x86, nothing is raised past that.
+        // What the fake allocates while the system creates it must not fail: on x86, nothing is thrown past that.
         host_.outer_objects.clear();
         host_.outer_objects.reserve(1);
         RespondExactly(response);

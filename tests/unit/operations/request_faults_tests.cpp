@@ -36,7 +36,7 @@ enum Step { kCreateBroker, kCreateProcessor, kOpen, kBegin, kProcess, kEnd, kClo
     if (step == kCreateBroker || step == kCreateProcessor) {
         return {};
     }
-    if (!fault.IsRaised()) {
+    if (!fault.IsThrown()) {
         const Calls whole(kSteps.begin(), kSteps.end());
         return {whole.begin() + step + 1, whole.end()};
     }
@@ -57,7 +57,7 @@ enum Step { kCreateBroker, kCreateProcessor, kOpen, kBegin, kProcess, kEnd, kClo
 
 // The HRESULT of the request.
 [[nodiscard]] HRESULT SendResult(Step step, const HostFault& fault) {
-    if (fault.IsRaised() || step == kCreateBroker || step == kCreateProcessor) {
+    if (fault.IsThrown() || step == kCreateBroker || step == kCreateProcessor) {
         return E_FAIL;
     }
     // Opening and closing are not looked at.
@@ -123,8 +123,8 @@ class RequestFaults : public OperationTest, public ::testing::WithParamInterface
             }
             has_failed_ = true;
             calls_at_fault_ = host_.calls.size();
-            if (fault.IsRaised()) {
-                fault.Raise();
+            if (fault.IsThrown()) {
+                fault.Throw();
             }
             host_.failures[name] = fault.code;
         };
@@ -168,7 +168,7 @@ TEST_P(RequestFaults, EndAsDescribedAndLeaveNothingBehind) {
     for (size_t send = 1; send <= GetParam().sends; ++send) {
         for (const Step step : {kCreateBroker, kCreateProcessor, kOpen, kBegin, kProcess, kEnd, kClose}) {
             for (const HostFault& fault : kHostFaults) {
-                if (step == kCreateBroker && fault.kind == FaultKind::kRaised) {
+                if (step == kCreateBroker && fault.kind == FaultKind::kThrown) {
                     // The system's frames between class object and caller are not this compiler's.
                     continue;
                 }

@@ -102,8 +102,8 @@ class StorageFaults : public OperationTest, public ::testing::WithParamInterface
         records_.failing_call = call;
         records_.failing_code = fault.code;
         records_.on_failing_call = [&fault] {
-            if (fault.IsRaised()) {
-                fault.Raise();
+            if (fault.IsThrown()) {
+                fault.Throw();
             }
         };
         Result result{};
@@ -140,7 +140,7 @@ TEST_P(StorageFaults, EndAsDescribedAndLeaveNothingBehind) {
     const std::vector<std::string> calls = records_.calls;
     for (size_t call = 1; call <= calls.size(); ++call) {
         for (const HostFault& fault : kHostFaults) {
-            if (calls[call - 1] == "CreateInstance()" && fault.IsRaised()) {
+            if (calls[call - 1] == "CreateInstance()" && fault.IsThrown()) {
                 // What the system holds of the class object meanwhile would never be released.
                 continue;
             }

@@ -219,7 +219,7 @@ TEST_F(CreateTxns, RepeatsThePreparationsForEveryRequestInOrder) {
                 ElementsAre(kCustomer, kGenericItem, kHoldingAccount, kCustomer, kGenericItem, kHoldingAccount));
 }
 
-TEST_F(CreateTxns, GivesTheFullResponseForMinusOneAlone) {
+TEST_F(CreateTxns, ReturnsTheFullResponseForMinusOneAlone) {
     const std::wstring response = ResponseDocument(L"<!-- \u00e9 -->\n<CheckAddRs statusCode='1'/>");
     RespondExactly(response);
     EXPECT_EQ((Result{S_OK, response}), Create(L"", VARIANT_TRUE));
@@ -229,14 +229,14 @@ TEST_F(CreateTxns, GivesTheFullResponseForMinusOneAlone) {
     }
 }
 
-TEST_F(CreateTxns, GivesTheFullResponseUnread) {
+TEST_F(CreateTxns, ReturnsTheFullResponseUnread) {
     for (const wchar_t* response : {L"no document", L""}) {
         RespondExactly(response);
         EXPECT_EQ((Result{S_OK, response}), Create(L"", VARIANT_TRUE));
     }
 }
 
-TEST_F(CreateTxns, GivesTheFullResponseInTheCodePage) {
+TEST_F(CreateTxns, ReturnsTheFullResponseInTheCodePage) {
     RespondExactly(L"<R>\u00e9\u20ac\u4e2d</R>");
     EXPECT_EQ((Result{S_OK, L"<R>\u00e9\u20ac?</R>"}), Create(L"", VARIANT_TRUE));
 }

@@ -155,33 +155,33 @@ TEST_P(FailingCall, DoesNotHinderTheNextCall) {
     EXPECT_EQ(kSuccess, Run());
 }
 
-// What a host raises, and the HRESULT that the log has for it.
-struct RaisedByHost {
+// What a host throws, and the HRESULT that the log has for it.
+struct ThrownByHost {
     const char* name;
-    void (*raise)();
+    void (*throw_it)();
     HRESULT logged;
-    // Raised by code of this compiler, whose exceptions do not pass the system's creation of an object on x86.
+    // Thrown by code of this compiler, whose exceptions do not pass the system's creation of an object on x86.
     bool is_ours;
 };
-const RaisedByHost kRaisedByHost[] = {
+const ThrownByHost kThrownByHost[] = {
     {"ComError", [] { throw _com_error(kHostFailure); }, kHostFailure, true},
     {"BadAlloc", [] { throw std::bad_alloc(); }, E_OUTOFMEMORY, true},
     {"OtherException", [] { throw std::runtime_error("unexpected"); }, E_UNEXPECTED, true},
     {"PlatformsCompiler", [] { ::RaiseException(0xE06D7363, EXCEPTION_NONCONTINUABLE, 0, nullptr); }, E_FAIL, false},
 };
 
-TEST_P(FailingCall, ThatRaisesIsLoggedOnceAndReturned) {
+TEST_P(FailingCall, ThatThrowsIsLoggedOnceAndReturned) {
     const std::string method = GetParam().method;
-    for (const auto& [name, raise, logged, is_ours] : kRaisedByHost) {
+    for (const auto& [name, throw_it, logged, is_ours] : kThrownByHost) {
         SCOPED_TRACE(name);
         if (is_ours && method == "CreateInstance") {
             continue;
         }
-        host_.on_call[method] = raise;
+        host_.on_call[method] = throw_it;
         EXPECT_EQ(kFailure, Run());
         EXPECT_EQ(Logged(false, logged), log_.Take());
         if (method == "Unlock") {
-            // The host raised before it unlocked.
+            // The host threw before it unlocked.
             host_.held_locks = 0;
         }
         EXPECT_EQ(0, host_.held_locks);
@@ -213,7 +213,7 @@ INSTANTIATE_TEST_SUITE_P(Host, FailureUnderLock, testing::ValuesIn(RowsThat(kFai
 class FailingRecordCall : public FailingCall {};
 
 // Every heap allocation of the operation and of the host in it in turn.
-TEST_P(FailingRecordCall, WithoutMemoryLeavesNoLockAndRaisesNothing) {
+TEST_P(FailingRecordCall, WithoutMemoryLeavesNoLockAndThrowsNothing) {
     EXPECT_EQ(kFailure, FailWith(kHostFailure)) << "the log's place is known from here on";
     bool has_failed = true;
     for (int number = 1; has_failed; ++number) {

@@ -149,7 +149,7 @@ TEST_F(DataFileStorage, OperationsAfterAFailedSelectLogThatAndLeaveTheHostAlone)
 
 // Reading
 
-TEST_F(DataFileStorage, ReadGivesTheValueWithoutALock) {
+TEST_F(DataFileStorage, ReadReturnsTheValueWithoutALock) {
     Select();
     OwnedVariant value;
     EXPECT_EQ(kSuccess, storage_.ReadProperty("Key", value.Receive()));
@@ -157,7 +157,7 @@ TEST_F(DataFileStorage, ReadGivesTheValueWithoutALock) {
     EXPECT_EQ(kGettingRecord + Calls({"GetPropertyBag()", "Read(\"Key\")"}), host_.calls);
 }
 
-TEST_F(DataFileStorage, ReadGivesValuesOfAnyType) {
+TEST_F(DataFileStorage, ReadReturnsValuesOfAnyType) {
     Select();
     VARIANT number;
     V_VT(&number) = VT_I4;

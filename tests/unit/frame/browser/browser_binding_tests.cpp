@@ -81,7 +81,7 @@ TEST_F(BrowserBinding, HugeTextIsKeptWhole) {
     return S_OK;
 }
 
-TEST_F(BrowserBinding, FailedAllocationIsRaisedAndKeepsTheText) {
+TEST_F(BrowserBinding, FailedAllocationIsThrownAndKeepsTheText) {
     SetBrowserInstance(L"browser-1");
     EXPECT_HRESULT(E_OUTOFMEMORY, RaisedBySetting(L"browser-2"));
     EXPECT_EQ(L"browser-1", View(g_bstrBrowserInstance));

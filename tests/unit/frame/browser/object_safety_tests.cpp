@@ -49,7 +49,7 @@ class ObjectSafety : public ::testing::Test {
 
 TEST_F(ObjectSafety, NothingIsEnabledAtFirst) { EXPECT_EQ(0U, EnabledOptions()); }
 
-TEST_F(ObjectSafety, GetWithoutAPlaceForAResultIsEPointer) {
+TEST_F(ObjectSafety, GetWithANullOutParameterIsEPointer) {
     DWORD value = kSentinel;
     EXPECT_HRESULT(E_POINTER, object->GetInterfaceSafetyOptions(IID_IUnknown, nullptr, &value));
     EXPECT_HRESULT(E_POINTER, object->GetInterfaceSafetyOptions(IID_IUnknown, &value, nullptr));

@@ -83,7 +83,7 @@ TEST_F(ModuleRegistration, MayBeDoneTwice) {
     EXPECT_EQ(CountSubkeys(L"CLSID"), 2u);
 }
 
-TEST_F(ModuleRegistration, GivesTheRegistrysFailureAndLeavesNothingHalfDone) {
+TEST_F(ModuleRegistration, ReturnsTheRegistrysFailureAndLeavesNothingHalfDone) {
     MakeVolatile(L"CLSID");
     EXPECT_HRESULT(HRESULT_FROM_WIN32(ERROR_CHILD_MUST_BE_VOLATILE), Call("DllRegisterServer"));
     EXPECT_FALSE(HasKey(L"Paylodge.Paylodge"));
@@ -91,7 +91,7 @@ TEST_F(ModuleRegistration, GivesTheRegistrysFailureAndLeavesNothingHalfDone) {
     EXPECT_FALSE(HasKey(L"TypeLib"));
 }
 
-TEST_F(ModuleRegistration, GivesTheFailureOfTheTypeLibraryAndLeavesNothingHalfDone) {
+TEST_F(ModuleRegistration, ReturnsTheFailureOfTheTypeLibraryAndLeavesNothingHalfDone) {
     MakeVolatile(L"TypeLib");
     const HRESULT failure = RegisterLibraryAlone();
     ASSERT_TRUE(FAILED(failure));

@@ -258,7 +258,7 @@ TEST(RewriteForCurrentUser, PutsTheUsersClassesInPlaceOfTheClassesRoot) {
               u"HKCU\r\n{\tSoftware\r\n\t{\r\n\t\tClasses\n{\n    'a' = s 'b'\n}\r\n\t}\r\n}\r\n");
 }
 
-TEST(RewriteForCurrentUser, GivesAScriptThatWritesToTheUsersClasses) {
+TEST(RewriteForCurrentUser, ReturnsAScriptThatWritesToTheUsersClasses) {
     const RegistryScript script = Parse(RewriteForCurrentUser(u"HKCR { CLSID { {F8A9} { } } }"));
     ASSERT_EQ(script.size(), 1u);
     EXPECT_EQ(script[0].root, RegistryRoot::kCurrentUser);
