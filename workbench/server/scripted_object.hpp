@@ -27,7 +27,7 @@ struct Outcome {
 
 // Calls a member through IDispatch, as a script engine does. Throws E_OUTOFMEMORY.
 [[nodiscard]] Outcome CallMember(IDispatch& object, const std::string& member, CallKind kind,
-                                 const std::vector<Value>& arguments);
+                                 const std::vector<Value>& values);
 
 // Its members for scripts, in the order of their ids. Throws COM errors.
 [[nodiscard]] Json DescribeMembers(IDispatch& object);

@@ -62,8 +62,8 @@ TEST(CompanyFileLock, OfAnotherProcessRefusesASecondOpenerUntilThatProcessIsGone
 
 TEST(CompanyFileLock, OfAProgramThatSharesTheFileWithNobodyRefusesAnOpenerUntilTheFileIsClosed) {
     const TemporaryCompanyFile file;
-    FileHandle held(::CreateFileW(file.Path().c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL,
-                                  nullptr));
+    FileHandle held(
+        ::CreateFileW(file.Path().c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     ASSERT_TRUE(held);
     EXPECT_EQ(ProblemOf(file), Problem::kLocked);
     held.Reset();
