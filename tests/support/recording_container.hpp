@@ -140,7 +140,9 @@ class RecordingSite : public IOleClientSite,
         return S_OK;
     }
     STDMETHODIMP Scroll(SIZE /*extent*/) override { return E_NOTIMPL; }
-    STDMETHODIMP OnUIDeactivate(BOOL /*undoable*/) override { return Write("OnUIDeactivate"); }
+    STDMETHODIMP OnUIDeactivate(BOOL undoable) override {
+        return Write(undoable ? "OnUIDeactivateUndoable" : "OnUIDeactivate");
+    }
     STDMETHODIMP OnInPlaceDeactivate() override { return Write("OnInPlaceDeactivate"); }
     STDMETHODIMP DiscardUndoState() override { return E_NOTIMPL; }
     STDMETHODIMP DeactivateAndUndo() override { return E_NOTIMPL; }

@@ -118,6 +118,24 @@ TEST_F(ClassObject, CreationFailsWithANullResultAndNothingAlive) {
     EXPECT_EQ(1, Module::References());
 }
 
+// There is never memory for an object of this class.
+class TooLarge : public Example<&kExampleClass> {
+  public:
+    static void* operator new(size_t /*size*/, const std::nothrow_t& /*tag*/) noexcept { return nullptr; }
+    static void operator delete(void* /*memory*/) noexcept {}
+    static void operator delete(void* /*memory*/, const std::nothrow_t& /*tag*/) noexcept {}
+
+  protected:
+    ~TooLarge() = default;
+};
+
+TEST(ClassFactory, ReturnsThatThereIsNoMemory) {
+    const auto too_large = ComObject<ClassFactory<TooLarge>>::Create();
+    void* found = &found;
+    EXPECT_HRESULT(E_OUTOFMEMORY, too_large->CreateInstance(nullptr, IID_IUnknown, &found));
+    EXPECT_EQ(nullptr, found);
+}
+
 // An object that another one is part of: it has all interfaces, its own and the part's.
 class Outer : public IOleWindow {
   public:

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <filesystem>
 #include <string>
 #include <thread>
@@ -58,9 +59,15 @@ TEST(Module, IsTheProgramThatTheCodeIsLinkedInto) {
 }
 
 TEST(Module, CountsTheLocksOfSeveralThreads) {
-    constexpr int kRounds = 100'000;
+    constexpr int kRounds = 1'000'000;
     const LONG before = Module::References();
-    const auto lock_and_unlock = [] {
+    std::atomic<int> ready = 0;
+    const auto lock_and_unlock = [&ready] {
+        // Both at the same time.
+        ++ready;
+        while (ready < 2) {
+            std::this_thread::yield();
+        }
         for (int round = 0; round < kRounds; ++round) {
             Module::Lock();
             Module::Unlock();

@@ -108,6 +108,7 @@ TEST_F(DataObject, RendersAlikeForAllDevices) {
     EXPECT_EQ(nullptr, canonical.ptd);
     EXPECT_EQ(picture_.cfFormat, canonical.cfFormat);
     EXPECT_HRESULT(E_POINTER, data_->GetCanonicalFormatEtc(&asked, nullptr));
+    EXPECT_HRESULT(E_POINTER, data_->GetCanonicalFormatEtc(nullptr, &canonical));
 }
 
 TEST_F(DataObject, NotifiesItsSinksOfANewSize) {
