@@ -25,6 +25,9 @@ MEASURED = ("bridge", "com", "control", "frame", "hostapi", "lhxml", "operations
 # Rooms with rooms of their own.
 DIVIDED = ("frame", "refhost", "workbench")
 
+# What the rooms are parts of; all others are parts of the component.
+PARTS = {"refhost": "the reference host", "workbench": "the workbench"}
+
 # For each file, how often each of its lines ran.
 Counts = dict[Path, dict[int, int]]
 
@@ -84,6 +87,10 @@ def room(path: Path) -> str:
     return "/".join(path.parts[: 2 if path.parts[0] in DIVIDED and len(path.parts) > 2 else 1])
 
 
+def part(path: Path) -> str:
+    return PARTS.get(path.parts[0], "the component")
+
+
 def ranges(lines: Iterable[int]) -> Iterator[str]:
     """7, 8, 9, 12 as 7-9, 12."""
     first = last = None
@@ -97,13 +104,13 @@ def ranges(lines: Iterable[int]) -> Iterator[str]:
 
 def table(counts: Counts) -> list[str]:
     rooms: dict[str, list[int]] = defaultdict(lambda: [0, 0])
+    parts: dict[str, list[int]] = defaultdict(lambda: [0, 0])
     for path, lines in counts.items():
-        for name in (room(path), "all"):
-            rooms[name][0] += len(lines)
-            rooms[name][1] += sum(1 for count in lines.values() if count)
+        for total in (rooms[room(path)], parts[part(path)], parts["all"]):
+            total[0] += len(lines)
+            total[1] += sum(1 for count in lines.values() if count)
     text = [f"{'folder':22}{'lines':>8}{'reached':>9}{'percent':>9}"]
-    for name in [*sorted(name for name in rooms if name != "all"), "all"]:
-        total, reached = rooms[name]
+    for name, (total, reached) in [*sorted(rooms.items()), *sorted(parts.items(), key=lambda row: (row[0] == "all", row[0]))]:
         if total:
             text.append(f"{name:22}{total:8}{reached:9}{100 * reached / total:8.1f} %")
     return text

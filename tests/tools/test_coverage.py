@@ -51,6 +51,14 @@ class Reports(unittest.TestCase):
         self.assertEqual(coverage.room(Path("refhost/books/a.cpp")), "refhost/books")
         self.assertEqual(coverage.room(Path("lhxml/a.cpp")), "lhxml")
 
+    def test_the_parts_have_a_sum_each(self) -> None:
+        lines = {1: 1, 2: 0}
+        counts = {Path(name): lines for name in ("com/a.cpp", "frame/module/b.cpp", "refhost/books/c.cpp", "workbench/server/d.cpp")}
+        self.assertEqual(
+            ["the component                4        2    50.0 %", "the reference host           2        1    50.0 %",
+             "the workbench                2        1    50.0 %", "all                          8        4    50.0 %"],
+            coverage.table(counts)[-4:])
+
 
 class Command(unittest.TestCase):
     def test_refuses_what_it_does_not_know(self) -> None:

@@ -6,9 +6,8 @@ usage() {
 Usage: ./dev coverage [--missed] [native|x64]...
 
 Builds the tests with counters, runs them and prints how many lines of each folder they reach: on this machine, where the
-pure core is tested (native), and under Wine (x64), with the tests of the workbench's server. Without an argument both, and
-their lines together: what one of the two reaches is reached. Takes about as long as './dev test native x64 server' from
-nothing.
+pure core is tested (native), and under Wine (x64), with page scripts and the tests of the workbench's server. Without an
+argument both, and their lines together: what one of the two reaches is reached. Building takes most of the time.
 
   --missed  also prints the lines that no test reaches
 END
@@ -35,7 +34,7 @@ run() {
     kinds=("${presets[@]}")
     . tools/wine.sh
     if [[ ${presets[*]} == *x64* ]]; then
-        kinds+=(server-coverage)
+        kinds+=(script-coverage server-coverage)
         use_wine
         make_sample_company build/x64-coverage
     fi

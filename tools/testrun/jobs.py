@@ -23,7 +23,7 @@ KINDS = (
     *("fuzz", "tools", "format", "lint"),
 )
 # The flavours of which ./dev coverage counts the lines that run; no run of tests has them without being asked.
-COVERAGE_KINDS = ("native-coverage", "x64-coverage", "server-coverage")
+COVERAGE_KINDS = ("native-coverage", "x64-coverage", "script-coverage", "server-coverage")
 PROGRAM_KINDS = ("x64", "x86", "x64-checked", "native", "native-coverage", "x64-coverage")
 NATIVE_KINDS = ("native", "native-coverage")
 # What a flavour for Windows is compiled for.
@@ -113,7 +113,8 @@ class Jobs:
 
     def _jobs_of(self, kind: str) -> list[Job]:
         makers = {
-            "script": self._script_jobs,
+            "script": lambda: self._script_jobs("script", WINE_PACKAGES),
+            "script-coverage": lambda: self._script_jobs("script-coverage", ["x64-coverage"]),
             "workbench": self._workbench_jobs,
             "server": lambda: self._server_jobs("server", {}),
             "server-coverage": lambda: self._server_jobs("server-coverage", {"WORKBENCH_FLAVOUR": "x64-coverage"}),
@@ -163,13 +164,13 @@ class Jobs:
             if self.sources.knows(preset, program.stem) and self._may_run(preset, program.stem)
         ]
 
-    def _script_jobs(self) -> list[Job]:
+    def _script_jobs(self, kind: str, flavours: Iterable[str]) -> list[Job]:
         scripts = self._files("tests/script", "*.js")
         return [
-            self._with_filter(script_job(self._paths, architecture, self._paths.root / file.path), file)
-            for architecture in WINE_PACKAGES
+            self._with_filter(script_job(self._paths, kind, flavour, self._paths.root / file.path), file)
+            for flavour in flavours
             for file in scripts
-            if self._may_select(f"script/{architecture}/{file.path.stem}", [file])
+            if self._may_select(f"{kind}/{flavour}/{file.path.stem}", [file])
         ]
 
     def _workbench_jobs(self) -> list[Job]:
@@ -307,22 +308,23 @@ def check_wine(architecture: str) -> Case | None:
     return Case("(all)", Outcome.SKIPPED, why)
 
 
-def script_job(paths: Paths, architecture: str, script: Path) -> Job:
-    name = f"script/{architecture}/{script.stem}"
+def script_job(paths: Paths, kind: str, flavour: str, script: Path) -> Job:
+    name = f"{kind}/{flavour}/{script.stem}"
+    architecture = ARCHITECTURES[flavour]
     host = wine_session.system_command(architecture, "cscript")
     harness = script.with_name("harness.js")
 
     def prepare() -> list[Case] | None:
-        instead = check_wine(architecture) or register_libraries(paths, architecture)
+        instead = check_wine(architecture) or register_libraries(paths, flavour)
         return [instead] if instead else None
 
     return Job(
         name,
         [*host, "//nologo", windows_path(harness), windows_path(script)],
-        lambda ending: read_lines(ending) + check_books(paths, architecture, name),
+        lambda ending: read_lines(ending) + check_books(paths, flavour, name),
         prepare,
         environment={
-            **wine_environment(paths, architecture, name),
+            **wine_environment(paths, flavour, name),
             "OSKERIN_SCRIPT_FILE": windows_path(paths.scratch(name) / "page-scripts.txt"),
         },
         under_wine=True,
@@ -354,12 +356,12 @@ def workbench_job(paths: Paths, file: Path) -> Job:
     )
 
 
-def check_books(paths: Paths, architecture: str, job_name: str) -> list[Case]:
+def check_books(paths: Paths, flavour: str, job_name: str) -> list[Case]:
     """Whatever a page did, the books that it leaves are true."""
     sample = paths.sample_company_file()
     if not sample:
         return []
-    program = paths.build / architecture / "refhost" / "company.exe"
+    program = paths.build / flavour / "refhost" / "company.exe"
     company_file = paths.scratch(job_name) / sample.name
     command = [*wine_session.wine_command(str(program)), "check", windows_path(company_file)]
     try:
@@ -371,11 +373,11 @@ def check_books(paths: Paths, architecture: str, job_name: str) -> list[Case]:
 
 
 @functools.cache
-def register_libraries(paths: Paths, architecture: str) -> Case | None:
+def register_libraries(paths: Paths, flavour: str) -> Case | None:
     """Registers what scripts create by name; in each run anew, since a test program may have unregistered it."""
-    folder = paths.build / architecture
+    folder = paths.build / flavour
     for library in (folder / "refhost" / "refhost.dll", folder / "Paylodge.dll"):
-        problem = wine_session.register(architecture, library)
+        problem = wine_session.register(ARCHITECTURES[flavour], library)
         if problem:
             return Case("(start of program)", Outcome.FAILED, problem)
     return None
