@@ -20,7 +20,12 @@ namespace {
 // fraction of the platform's time.
 template <class Character>
 [[nodiscard]] bool IsAscii(std::basic_string_view<Character> text) noexcept {
-    return std::ranges::all_of(text, [](std::make_unsigned_t<Character> character) { return character < 0x80; });
+    // Without a way out of the loop, it takes many characters at a time.
+    std::make_unsigned_t<Character> all = 0;
+    for (const Character character : text) {
+        all |= static_cast<std::make_unsigned_t<Character>>(character);
+    }
+    return all < 0x80;
 }
 
 [[nodiscard]] OwnedBstr BstrFromNarrow(UINT code_page, std::string_view text) {
