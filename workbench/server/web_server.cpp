@@ -13,6 +13,7 @@
 #include <boost/beast/websocket.hpp>
 #include <deque>
 #include <map>
+#include <memory>
 #include <set>
 #include <thread>
 
@@ -56,6 +57,8 @@ template <class Body>
 }
 
 using Socket = websocket::stream<beast::tcp_stream>;
+// One for each request.
+using Parser = http::request_parser<http::string_body>;
 
 }  // namespace
 
@@ -204,7 +207,7 @@ class WebServer::Parts::Connection : public std::enable_shared_from_this<Connect
   private:
     // The time of a request counts from its first byte.
     void WaitForRequest(std::chrono::seconds time) {
-        parser_.emplace();
+        parser_ = std::make_unique<Parser>();
         parser_->header_limit(kLargestHeader);
         parser_->body_limit(kLargestBody);
         if (buffer_.size() > 0) {
@@ -332,7 +335,7 @@ class WebServer::Parts::Connection : public std::enable_shared_from_this<Connect
     // What is still on its way is read for a moment, since closing at once could take the reply away from its reader.
     void Finish() {
         error_code ignored;
-        stream_.socket().shutdown(tcp::socket::shutdown_send, ignored);
+        static_cast<void>(stream_.socket().shutdown(tcp::socket::shutdown_send, ignored));
         stream_.expires_after(std::chrono::seconds(1));
         Drain(64);
     }
@@ -357,7 +360,7 @@ class WebServer::Parts::Connection : public std::enable_shared_from_this<Connect
     Parts& server_;
     beast::tcp_stream stream_;
     beast::flat_buffer buffer_;
-    std::optional<http::request_parser<http::string_body>> parser_;
+    std::unique_ptr<Parser> parser_;
     http::response<http::string_body> response_;
     bool keeps_alive_ = false;
     bool is_head_ = false;
@@ -402,7 +405,7 @@ void WebServer::Parts::Accept() {
 
 void WebServer::Parts::EndAll() {
     error_code ignored;
-    acceptor.close(ignored);
+    static_cast<void>(acceptor.close(ignored));
     for (const auto& connection : std::set(connections)) {
         connection->Drop();
     }
@@ -413,6 +416,7 @@ void WebServer::Parts::EndAll() {
 
 WebServer::WebServer(std::uint16_t port) : parts_(std::make_unique<Parts>(port)) {}
 
+// NOLINTNEXTLINE(bugprone-exception-escape): a program that cannot end its server has to end itself.
 WebServer::~WebServer() {
     if (parts_->thread.joinable()) {
         asio::post(parts_->context, [this] {

@@ -161,6 +161,7 @@ Reply Workbench::ServeBridge(const Request& /*request*/, const Target& /*target*
     return {.content_type = "text/javascript; charset=utf-8", .body = std::move(*script)};
 }
 
+// NOLINTNEXTLINE(readability-convert-member-functions-to-static): the table of routes takes members.
 Reply Workbench::AnswerEmpty(const Request& /*request*/, const Target& /*target*/) { return {.body = "{}"}; }
 
 void Workbench::DecideSocket(SocketId socket, const Request& request,
