@@ -9,6 +9,8 @@
 namespace paylodge {
 namespace {
 
+using namespace std::string_view_literals;
+
 // An element of the request and the argument that it carries.
 struct Field {
     std::string_view element;
@@ -43,34 +45,34 @@ STDMETHODIMP CPaylodge::CreatePaymentTxn(BSTR bstrFullName, BSTR bstrTxnDate, BS
     if (pRetValue == nullptr) {
         return E_POINTER;
     }
-    const std::array input_info = {Field{"CreditCardNumber", bstrCCNumber}, Field{"ExpirationMonth", bstrExpMonth},
-                                   Field{"ExpirationYear", bstrExpYear}, Field{"NameOnCard", bstrNameOnCard}};
-    const std::array result_info = {Field{"ResultCode", bstrCCResultCode},
-                                    Field{"ResultMessage", bstrCCMessage},
-                                    Field{"CreditCardTransID", bstrCCTransID},
-                                    Field{"MerchantAccountNumber", bstrMasAccountNumber},
-                                    Field{"AuthorizationCode", bstrAuthCode},
-                                    Field{"ReconBatchID", bstrReconBatchID},
-                                    Field{"PaymentGroupingCode", bstrPaymentGroupingCode},
-                                    Field{"PaymentStatus", bstrCCPaymentStatus},
-                                    Field{"TxnAuthorizationTime", bstrTxnAutTime},
-                                    Field{"TxnAuthorizationStamp", bstrTxnAutTimeStamp},
-                                    Field{"ClientTransID", bstrClientTxnID}};
+    const std::array input_info = {Field{"CreditCardNumber"sv, bstrCCNumber}, Field{"ExpirationMonth"sv, bstrExpMonth},
+                                   Field{"ExpirationYear"sv, bstrExpYear}, Field{"NameOnCard"sv, bstrNameOnCard}};
+    const std::array result_info = {Field{"ResultCode"sv, bstrCCResultCode},
+                                    Field{"ResultMessage"sv, bstrCCMessage},
+                                    Field{"CreditCardTransID"sv, bstrCCTransID},
+                                    Field{"MerchantAccountNumber"sv, bstrMasAccountNumber},
+                                    Field{"AuthorizationCode"sv, bstrAuthCode},
+                                    Field{"ReconBatchID"sv, bstrReconBatchID},
+                                    Field{"PaymentGroupingCode"sv, bstrPaymentGroupingCode},
+                                    Field{"PaymentStatus"sv, bstrCCPaymentStatus},
+                                    Field{"TxnAuthorizationTime"sv, bstrTxnAutTime},
+                                    Field{"TxnAuthorizationStamp"sv, bstrTxnAutTimeStamp},
+                                    Field{"ClientTransID"sv, bstrClientTxnID}};
     std::string document = ComposeRequest("ReceivePaymentAddRq", [&](XMLBuilder& request) {
         const std::string amount = AnsiFromBstr(bstrAmount);
-        request.OpenElement("ReceivePaymentAdd");
-        AddGroup(request, "CustomerRef", std::array{Field{"FullName", bstrFullName}});
-        AddField(request, {"TxnDate", bstrTxnDate});
-        AddField(request, {"RefNumber", bstrRefNum});
+        request.OpenElement("ReceivePaymentAdd"sv);
+        AddGroup(request, "CustomerRef"sv, std::array{Field{"FullName"sv, bstrFullName}});
+        AddField(request, {"TxnDate"sv, bstrTxnDate});
+        AddField(request, {"RefNumber"sv, bstrRefNum});
         // A text too long for an amount is sent as it stands.
-        request.AddElement("TotalAmount", AmountWithTwoDecimals(amount).value_or(amount));
-        AddGroup(request, "PaymentMethodRef", std::array{Field{"FullName", bstrPaymentName}});
-        request.OpenElement("CreditCardTxnInfo");
-        AddGroup(request, "CreditCardTxnInputInfo", input_info);
-        AddGroup(request, "CreditCardTxnResultInfo", result_info);
-        request.CloseElement("CreditCardTxnInfo");
-        AddField(request, {"IsAutoApply", bstrAutoApply});
-        request.CloseElement("ReceivePaymentAdd");
+        request.AddElement("TotalAmount"sv, AmountWithTwoDecimals(amount).value_or(amount));
+        AddGroup(request, "PaymentMethodRef"sv, std::array{Field{"FullName"sv, bstrPaymentName}});
+        request.OpenElement("CreditCardTxnInfo"sv);
+        AddGroup(request, "CreditCardTxnInputInfo"sv, input_info);
+        AddGroup(request, "CreditCardTxnResultInfo"sv, result_info);
+        request.CloseElement("CreditCardTxnInfo"sv);
+        AddField(request, {"IsAutoApply"sv, bstrAutoApply});
+        request.CloseElement("ReceivePaymentAdd"sv);
     });
     std::string response;
     if (FAILED(Send(std::move(document), response)) || response.empty()) {
