@@ -109,21 +109,36 @@ def draw() -> None:
             file.write_text(picture(f"Lists and batches, {architecture}: cost over size", bench[architecture]))
 
 
+def duration(microseconds: float) -> str:
+    if microseconds >= 1000:
+        return f"{microseconds / 1000:,.1f} ms"
+    return f"{microseconds:.1f} µs" if microseconds >= 1 else f"{microseconds:.2f} µs"
+
+
 def table(rows: list[dict]) -> str:
     text = "| | records | time | floor | ratio | agreement |\n|---|---:|---:|---:|---:|---:|\n"
     for row in rows:
         text += (
-            f"| {row['name']} | {row['records'] or ''} | {row['microseconds']:,.1f} µs "
-            f"| {row['floor_microseconds']:,.1f} µs | {row['ratio']:.2f} | {row['disagreement'] * 100:.1f} % |\n"
+            f"| {row['name']} | {format(row['records'], ',') if row['records'] else ''} | {duration(row['microseconds'])} "
+            f"| {duration(row['floor_microseconds'])} | {row['ratio']:.2f} | {row['disagreement'] * 100:.1f} % |\n"
         )
     return text
 
 
+# The tables of an architecture, by the number of records.
+TABLES = {
+    "calls with few records": lambda records: records == 1,
+    "lists and batches": lambda records: records > 1,
+    "properties, pushes, loading": lambda records: records == 0,
+}
+
+
 def tables() -> None:
     bench = json.loads(BENCH.read_text())
-    for architecture in ARCHITECTURES:
-        if architecture in bench:
-            print(f"## {architecture}\n\n{table(bench[architecture])}")
+    for title, belongs in TABLES.items():
+        for architecture in ARCHITECTURES:
+            if rows := [row for row in bench.get(architecture, []) if belongs(row["records"])]:
+                print(f"{title}, {architecture}:\n\n{table(rows)}")
     for row in bench.get("writer", []):
         print(f"| {row['name']} | {row['microseconds']:,.3f} µs | {row['bytes_per_second'] / 1e6:,.0f} MB/s |")
     for name, count in bench.get("instructions", {}).items():

@@ -207,17 +207,23 @@ struct Operation {
     return row;
 }
 
-// A call that is recorded by the host: its floor sends a request of about the same length, and hands the response back.
+// A call that is recorded by the host: its floor converts the arguments, sends a request of about the same length that
+// is ready, and hands the response back.
 struct SmallCall {
     std::string name;
+    std::vector<BSTR> arguments;
     std::string request;
     std::string response;
     // Whether the response's status is judged.
     std::wstring_view judged_element;
-    std::function<HRESULT(CPaylodge&, BSTR* result)> call;
+    std::function<HRESULT(CPaylodge&, std::span<const BSTR> arguments, BSTR* result)> call;
 };
 
-void RunFloor(const SmallCall& small_call) {
+[[nodiscard]] size_t RunFloor(const SmallCall& small_call) {
+    size_t length = 0;
+    for (const BSTR argument : small_call.arguments) {
+        length += AnsiFromBstr(argument).size();
+    }
     OwnedBstr response;
     static_cast<void>(CPaylodge::SendLHRequest(small_call.request, response.Receive()));
     const std::string text = AnsiFromBstr(response.Get());
@@ -228,20 +234,22 @@ void RunFloor(const SmallCall& small_call) {
         GetAttributeValue(attributes.Get(), "statusCode"sv, value);
     }
     const OwnedBstr result = BstrFromAnsi(text);
+    return length + ::SysStringLen(result.Get());
 }
 
 [[nodiscard]] bench::Row Measure(CPaylodge& object, const SmallCall& small_call, const bench::Limits& limits) {
     g_response = BstrFromAnsi(small_call.response);
+    size_t length = 0;
     return bench::Compare(
         small_call.name, 1, limits,
         [&] {
             OwnedBstr result;
-            if (FAILED(small_call.call(object, result.Receive()))) {
+            if (FAILED(small_call.call(object, small_call.arguments, result.Receive()))) {
                 std::fprintf(stderr, "%s failed\n", small_call.name.c_str());
                 std::exit(1);
             }
         },
-        [&] { RunFloor(small_call); });
+        [&] { length += RunFloor(small_call); });
 }
 
 // An argument of a small call, made before.
@@ -263,50 +271,53 @@ void RunFloor(const SmallCall& small_call) {
                                 "<DepositRet><TxnID>1F2</TxnID><DepositTotal>12.50</DepositTotal></DepositRet>"
                                 "</DepositAddRs>" +
                                 tail;
-    const std::array arguments = {Text(L"Harbor Cafe"),
-                                  Text(L"2026-11-21"),
-                                  Text(L"12.5"),
-                                  Text(L"PL-1001"),
-                                  Text(L"Visa"),
-                                  Text(L"memo"),
-                                  Text(L"true"),
-                                  Text(L"************1111"),
-                                  Text(L"12"),
-                                  Text(L"2028"),
-                                  Text(L"A. Holder"),
-                                  Text(L"0"),
-                                  Text(L"Approved"),
-                                  Text(L"MB0012345678"),
-                                  Text(L"5247710012345678"),
-                                  Text(L"185PNI"),
-                                  Text(L"MB0012345678"),
-                                  Text(L"4"),
-                                  Text(L"Completed"),
-                                  Text(L"2026-11-21T10:00:00"),
-                                  Text(L"1795255200"),
-                                  Text(L"q00d6e61")};
-    const std::array accounts = {Text(L"Riverside Checking"), Text(L"Riverside Savings"), Text(L"100"), Text(L"memo")};
+    // Without the memo, which a payment does not carry.
+    const std::vector arguments = {Text(L"Harbor Cafe"),
+                                   Text(L"2026-11-21"),
+                                   Text(L"12.5"),
+                                   Text(L"PL-1001"),
+                                   Text(L"Visa"),
+                                   Text(L"true"),
+                                   Text(L"************1111"),
+                                   Text(L"12"),
+                                   Text(L"2028"),
+                                   Text(L"A. Holder"),
+                                   Text(L"0"),
+                                   Text(L"Approved"),
+                                   Text(L"MB0012345678"),
+                                   Text(L"5247710012345678"),
+                                   Text(L"185PNI"),
+                                   Text(L"MB0012345678"),
+                                   Text(L"4"),
+                                   Text(L"Completed"),
+                                   Text(L"2026-11-21T10:00:00"),
+                                   Text(L"1795255200"),
+                                   Text(L"q00d6e61")};
+    const std::vector accounts = {Text(L"Riverside Checking"), Text(L"Riverside Savings"), Text(L"100"), Text(L"memo")};
     const BSTR body = Text(L"<AccountQueryRq requestID=\"1\"><ActiveStatus>ActiveOnly</ActiveStatus></AccountQueryRq>");
     return {
         {"CreatePaymentTxn",
+         arguments,
          std::string(1900, 'x'),
          payment,
          {},
-         [arguments](CPaylodge& object, BSTR* result) {
-             const auto& a = arguments;
-             return object.CreatePaymentTxn(a[0], a[1], a[2], a[3], a[4], a[5], a[6], a[7], a[8], a[9], a[10], a[11],
-                                            a[12], a[13], a[14], a[15], a[16], a[17], a[18], a[19], a[20], a[21],
+         [](CPaylodge& object, std::span<const BSTR> a, BSTR* result) {
+             return object.CreatePaymentTxn(a[0], a[1], a[2], a[3], a[4], nullptr, a[5], a[6], a[7], a[8], a[9], a[10],
+                                            a[11], a[12], a[13], a[14], a[15], a[16], a[17], a[18], a[19], a[20],
                                             result);
          }},
-        {"TransferFunds", std::string(700, 'x'), deposit, L"DepositAddRs",
-         [accounts](CPaylodge& object, BSTR* result) {
-             return object.TransferFunds(accounts[0], accounts[1], accounts[2], accounts[3], result);
+        {"TransferFunds", accounts, std::string(700, 'x'), deposit, L"DepositAddRs",
+         [](CPaylodge& object, std::span<const BSTR> a, BSTR* result) {
+             return object.TransferFunds(a[0], a[1], a[2], a[3], result);
          }},
         {"ProcessLHRequest",
+         {body},
          std::string(200, 'x'),
          payment,
          {},
-         [body](CPaylodge& object, BSTR* result) { return object.ProcessLHRequest(body, result); }},
+         [](CPaylodge& object, std::span<const BSTR> a, BSTR* result) {
+             return object.ProcessLHRequest(a[0], result);
+         }},
     };
 }
 
