@@ -34,7 +34,7 @@ def collect() -> None:
     writer = RESULTS / "writer.json"
     if writer.exists():
         collected["writer"] = [
-            {"name": row["name"], "microseconds": row["cpu_time"] / 1000, "bytes_per_second": row["bytes_per_second"]}
+            {"name": row["name"], "microseconds": row["cpu_time"] / 1000}
             for row in json.loads(writer.read_text())["benchmarks"]
         ]
     counts = RESULTS / "writer-instructions.txt"
@@ -140,7 +140,7 @@ def tables() -> None:
             if rows := [row for row in bench.get(architecture, []) if belongs(row["records"])]:
                 print(f"{title}, {architecture}:\n\n{table(rows)}")
     for row in bench.get("writer", []):
-        print(f"| {row['name']} | {row['microseconds']:,.3f} µs | {row['bytes_per_second'] / 1e6:,.0f} MB/s |")
+        print(f"| {row['name']} | {duration(row['microseconds'])} |")
     for name, count in bench.get("instructions", {}).items():
         print(f"| {name} | {count:,} |")
 
