@@ -115,17 +115,23 @@ def duration(microseconds: float) -> str:
     return f"{microseconds:.1f} µs" if microseconds >= 1 else f"{microseconds:.2f} µs"
 
 
-def table(rows: list[dict]) -> str:
-    text = "| | records | time | floor | ratio | agreement |\n|---|---:|---:|---:|---:|---:|\n"
-    for row in rows:
-        text += (
-            f"| {row['name']} | {format(row['records'], ',') if row['records'] else ''} | {duration(row['microseconds'])} "
-            f"| {duration(row['floor_microseconds'])} | {row['ratio']:.2f} | {row['disagreement'] * 100:.1f} % |\n"
-        )
+def table(rows: dict[str, list[dict]]) -> str:
+    """A row for each name and number of records, with the columns of each architecture that was measured."""
+    names = [(row["name"], row["records"]) for row in next(iter(rows.values()))]
+    by_name = {architecture: {(row["name"], row["records"]): row for row in rows[architecture]} for architecture in rows}
+    has_sizes = len({records for _, records in names}) > 1
+    text = "| |" + " records |" * has_sizes + "".join(f" {architecture} | floor | ratio |" for architecture in rows)
+    text += "\n|---|" + "---:|" * (has_sizes + 3 * len(rows)) + "\n"
+    for name, records in names:
+        text += f"| {name} |" + f" {records:,} |" * has_sizes
+        for architecture in rows:
+            row = by_name[architecture][name, records]
+            text += f" {duration(row['microseconds'])} | {duration(row['floor_microseconds'])} | {row['ratio']:.2f} |"
+        text += "\n"
     return text
 
 
-# The tables of an architecture, by the number of records.
+# The tables, by the number of records.
 TABLES = {
     "calls with few records": lambda records: records == 1,
     "lists and batches": lambda records: records > 1,
@@ -136,9 +142,13 @@ TABLES = {
 def tables() -> None:
     bench = json.loads(BENCH.read_text())
     for title, belongs in TABLES.items():
-        for architecture in ARCHITECTURES:
-            if rows := [row for row in bench.get(architecture, []) if belongs(row["records"])]:
-                print(f"{title}, {architecture}:\n\n{table(rows)}")
+        rows = {
+            architecture: [row for row in bench[architecture] if belongs(row["records"])]
+            for architecture in ARCHITECTURES
+            if architecture in bench
+        }
+        if rows:
+            print(f"{title}:\n\n{table(rows)}")
     for row in bench.get("writer", []):
         print(f"| {row['name']} | {duration(row['microseconds'])} |")
     for name, count in bench.get("instructions", {}).items():

@@ -20,7 +20,7 @@ Measures and prints tables; without a part, all of them:
   --quick   fewer runs, at most 10,000 records, and no counts of instructions; without x86 unless it is named
 
 The rows go to build/bench.json; 'python3 benchmarks/draw.py draw' draws docs/pictures/performance-*.svg from them.
-All of it takes about half an hour; nothing else should run meanwhile.
+All of it takes about a quarter of an hour; nothing else should run meanwhile.
 END
 }
 
