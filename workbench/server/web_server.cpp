@@ -121,7 +121,7 @@ class WebServer::Parts::SocketSession : public std::enable_shared_from_this<Sock
     // Without the closing handshake, which a page that does not read would never answer.
     void Drop() {
         error_code ignored;
-        beast::get_lowest_layer(socket_).socket().close(ignored);
+        static_cast<void>(beast::get_lowest_layer(socket_).socket().close(ignored));
         End();
     }
 
@@ -200,7 +200,7 @@ class WebServer::Parts::Connection : public std::enable_shared_from_this<Connect
 
     void Drop() {
         error_code ignored;
-        stream_.socket().close(ignored);
+        static_cast<void>(stream_.socket().close(ignored));
         End();
     }
 
@@ -335,7 +335,6 @@ class WebServer::Parts::Connection : public std::enable_shared_from_this<Connect
     // What is still on its way is read for a moment, since closing at once could take the reply away from its reader.
     void Finish() {
         error_code ignored;
-        // The code that it returns is `ignored`. NOLINTNEXTLINE(bugprone-unused-return-value)
         static_cast<void>(stream_.socket().shutdown(tcp::socket::shutdown_send, ignored));
         stream_.expires_after(std::chrono::seconds(1));
         Drain(64);
@@ -406,7 +405,6 @@ void WebServer::Parts::Accept() {
 
 void WebServer::Parts::EndAll() {
     error_code ignored;
-    // The code that it returns is `ignored`. NOLINTNEXTLINE(bugprone-unused-return-value)
     static_cast<void>(acceptor.close(ignored));
     for (const auto& connection : std::set(connections)) {
         connection->Drop();
