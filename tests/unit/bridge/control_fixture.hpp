@@ -77,8 +77,7 @@ class LibraryFolder {
 
 // A fault, and a C++ exception of the platform's own compiler.
 inline constexpr DWORD kThrownByAnotherCompiler = 0xE06D7363;
-inline constexpr DWORD kStructuredExceptions[] = {static_cast<DWORD>(EXCEPTION_ACCESS_VIOLATION),
-                                                  kThrownByAnotherCompiler};
+inline constexpr DWORD kStructuredExceptions[] = {EXCEPTION_ACCESS_VIOLATION, kThrownByAnotherCompiler};
 
 #ifndef _WIN64
 inline constexpr auto kNoExceptionsBetweenModules =
