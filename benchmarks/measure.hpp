@@ -189,6 +189,7 @@ template <class Action, class Floor>
     };
     const auto ratios_of = [](const Samples& samples) {
         std::vector<double> ratios;
+        ratios.reserve(samples.times.size());
         for (size_t run = 0; run < samples.times.size(); ++run) {
             ratios.push_back(samples.times[run] / samples.floors[run]);
         }

@@ -92,7 +92,7 @@ class StorageFaults : public OperationTest, public ::testing::WithParamInterface
         EXPECT_EQ("", log_.Take());
         ExpectNothingHeld();
     }
-    void ExpectNothingHeld() {
+    void ExpectNothingHeld() const {
         EXPECT_EQ(0, records_.held_locks);
         EXPECT_EQ(0, records_.live_objects);
     }
