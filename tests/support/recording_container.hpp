@@ -237,7 +237,7 @@ class RecordingSite : public IOleClientSite,
 class SiteWithLastWord : public RecordingSite {
   public:
     using RecordingSite::RecordingSite;
-    void FinalRelease() { on_last_release(); }
+    void FinalRelease() const { on_last_release(); }
 
     std::function<void()> on_last_release = [] {};
 

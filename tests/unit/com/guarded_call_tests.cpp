@@ -35,8 +35,8 @@ TEST(GuardedCall, FailsWhenTheFunctionCallsWhatIsNotThere) {
 }
 
 TEST(GuardedCall, FailsOnEveryOtherStructuredException) {
-    for (const DWORD code : {static_cast<DWORD>(EXCEPTION_INT_DIVIDE_BY_ZERO),
-                             static_cast<DWORD>(EXCEPTION_IN_PAGE_ERROR), kForeignCppException, DWORD{0xE0000001}}) {
+    for (const DWORD code :
+         {EXCEPTION_INT_DIVIDE_BY_ZERO, EXCEPTION_IN_PAGE_ERROR, kForeignCppException, DWORD{0xE0000001}}) {
         EXPECT_FALSE(Guarded([code] { Raise(code); })) << std::hex << code;
     }
 }
@@ -98,7 +98,7 @@ TEST(GuardedCall, LetsCppExceptionsThrough) {
 }
 
 TEST(GuardedCall, ReturnsTheCodeThatItCaught) {
-    for (const DWORD code : {static_cast<DWORD>(EXCEPTION_ACCESS_VIOLATION), kForeignCppException, DWORD{0xE0000001}}) {
+    for (const DWORD code : {EXCEPTION_ACCESS_VIOLATION, kForeignCppException, DWORD{0xE0000001}}) {
         EXPECT_EQ(code, RunGuarded([code] { Raise(code); }, &IsForeignExceptionOrCrash));
     }
     EXPECT_EQ(0U, RunGuarded([] {}, &IsForeignExceptionOrCrash));
@@ -106,8 +106,7 @@ TEST(GuardedCall, ReturnsTheCodeThatItCaught) {
 
 // Debuggers wait for the first two; after an overflow there is no stack to go on with.
 TEST(GuardedCall, LeavesBreakpointsAndOverflowsOfTheStackToOthers) {
-    for (const DWORD code : {static_cast<DWORD>(EXCEPTION_BREAKPOINT), static_cast<DWORD>(EXCEPTION_SINGLE_STEP),
-                             static_cast<DWORD>(EXCEPTION_STACK_OVERFLOW)}) {
+    for (const DWORD code : {EXCEPTION_BREAKPOINT, EXCEPTION_SINGLE_STEP, EXCEPTION_STACK_OVERFLOW}) {
         bool has_returned = false;
         const auto inner = [&] {
             static_cast<void>(Guarded([code] { Raise(code); }));
