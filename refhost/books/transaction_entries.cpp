@@ -61,15 +61,19 @@ constexpr AccountTypes kEveryType{};
     return entry;
 }
 
-// A required amount, which the check of the request has found to be one.
-[[nodiscard]] std::int64_t CheckedCents(const Element& element, std::string_view name) {
-    return ParseCents(ChildText(element, name)).value_or(0);
+// A required amount, which the check of the request has found to be one: nothing is ever entered as zero instead.
+[[nodiscard]] std::int64_t RequiredCents(const Element& element, std::string_view name) {
+    const auto cents = ParseCents(ChildText(element, name));
+    if (!cents) {
+        throw RefusedRequest(Code::kInvalidValue, std::string(name) + " is no amount.");
+    }
+    return *cents;
 }
 
 [[nodiscard]] EnteredLine ReadLine(const Element& element) {
     return {.description = std::string(ChildText(element, "Desc")),
             .memo = std::string(ChildText(element, "Memo")),
-            .cents = CheckedCents(element, "Amount")};
+            .cents = RequiredCents(element, "Amount")};
 }
 
 // A line that sells or takes back an item, with its posting to the item's account on the given side.
@@ -167,7 +171,7 @@ void PayOpenInvoices(const RequestContext& context, RecordNumber payment, Record
 Answer AddReceivedPayment(const RequestContext& context) {
     const Element& add = *FindChild(context.request, "ReceivePaymentAdd");
     Entry entry = NewEntry(context, kReceivedPayments, add);
-    entry.total = CheckedCents(add, "TotalAmount");
+    entry.total = RequiredCents(add, "TotalAmount");
     if (entry.total <= 0) {
         throw RefusedRequest(Code::kInvalidValue, "ReceivePaymentAdd/TotalAmount is not above 0.");
     }
