@@ -69,7 +69,7 @@ TEST_F(Interfaces, ChainIsOneTable) {
 TEST_F(Interfaces, OthersAreRefused) {
     for (const IID& id : {IID_IPersist, IID_IProvideClassInfo, IID_IConnectionPointContainer, IID_IPaylodgeCtrl,
                           CLSID_Paylodge, IID_IMarshal}) {
-        void* found = &found;
+        void* found = static_cast<void*>(&found);
         EXPECT_HRESULT(E_NOINTERFACE, paylodge->QueryInterface(id, &found));
         EXPECT_EQ(nullptr, found);
     }
